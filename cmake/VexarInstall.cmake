@@ -1,0 +1,24 @@
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS vexar vexar_static EXPORT VexarTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# Headers keep the source layout under include/vexar so that both
+# "vexar/Vexar.h" and "type/vexar.h" resolve with -I<prefix>/include/vexar.
+install(FILES ${VEXAR_PUBLIC_HEADERS_PLATFORM} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/platform)
+install(FILES ${VEXAR_PUBLIC_HEADERS_TYPE} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/type)
+install(FILES ${VEXAR_PUBLIC_HEADERS_VEXAR} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/vexar)
+install(FILES ${VEXAR_PUBLIC_HEADERS_CONFIG} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/config)
+
+install(EXPORT VexarTargets NAMESPACE Vexar:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vexar)
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/VexarConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/VexarConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vexar)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VexarConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VexarConfig.cmake ${PROJECT_BINARY_DIR}/VexarConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vexar)
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/vexar.pc.in ${PROJECT_BINARY_DIR}/vexar.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vexar.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_SOURCE_DIR}/etc/cyclonedds-loopback.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/vexar)

@@ -1,0 +1,26 @@
+// Listeners of writers and readers on Cyclone.
+//
+// Each endpoint installs one Cyclone listener whose argument is the
+// endpoint's record; the Cyclone callbacks convert the status and call the
+// application's callback from the record's listener slot. A status that
+// changed before the listener was installed (a local reader matched while
+// the writer was being created, data that arrived in between) is delivered
+// at once on the installing thread, so installing after creation loses
+// nothing.
+#pragma once
+
+#include "platform/entity.hpp"
+
+namespace vexar::platform {
+
+// Installs `listener`'s callbacks whose status bits are in `mask`; a null
+// listener or a zero mask removes them. Reported under `context`.
+DDS_ReturnCode_t installListener(DDS_DataWriterImpl &writer, const DDS_DataWriterListener *listener,
+                                 DDS_StatusMask mask, const char *context) noexcept;
+DDS_ReturnCode_t installListener(DDS_DataReaderImpl &reader, const DDS_DataReaderListener *listener,
+                                 DDS_StatusMask mask, const char *context) noexcept;
+
+DDS_PublicationMatchedStatus fromCyclone(const dds_publication_matched_status_t &status) noexcept;
+DDS_SubscriptionMatchedStatus fromCyclone(const dds_subscription_matched_status_t &status) noexcept;
+
+}  // namespace vexar::platform

@@ -1,0 +1,244 @@
+/* QoS records of the DDS entities: the policies Vexar chooses, with their
+ * OMG names and defaults. Each entity record has
+ *   _initialize (the OMG defaults, as its static _INITIALIZER),
+ *   _finalize   (frees the strings that the record owns),
+ *   _copy       (deep copy into an initialized record).
+ * The bridge maps a record onto Cyclone's QoS when it creates the entity.
+ * What Cyclone cannot honour is passed on where Cyclone accepts it and
+ * reported through the middleware logger, never dropped in silence:
+ *   - presentation coherent_access (Cyclone has no coherent sets) and
+ *     ordered_access beyond INSTANCE scope;
+ *   - durability TRANSIENT and PERSISTENT (no durability service: late
+ *     joiners get no history);
+ *   - wire_protocol ids other than DDS_RTPS_AUTO_ID (Cyclone derives them
+ *     from the participant's GUID; the bridge reads them back from there).
+ * Two policies have no Cyclone counterpart and travel as entity properties,
+ * readable again from the entity's QoS: protocol.vendor_specific_entity as
+ * "vexar.vendor_specific_entity" = "true", and participant_name.role_name as
+ * "vexar.role_name". participant_name.name is Cyclone's entity name. */
+#ifndef VEXAR_PLATFORM_QOS_H
+#define VEXAR_PLATFORM_QOS_H
+
+#include "platform/dds_types.h"
+#include "platform/export.h"
+
+VEXAR_BEGIN_DECLS
+
+#define DDS_DURATION_ZERO_INITIALIZER {0, 0}
+#define DDS_DURATION_INFINITE_INITIALIZER {DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC}
+
+typedef enum DDS_ReliabilityQosPolicyKind {
+    DDS_BEST_EFFORT_RELIABILITY_QOS = 0,
+    DDS_RELIABLE_RELIABILITY_QOS = 1
+} DDS_ReliabilityQosPolicyKind;
+
+typedef struct DDS_ReliabilityQosPolicy {
+    DDS_ReliabilityQosPolicyKind kind;
+    DDS_Duration_t max_blocking_time; /* how long a reliable write may wait for room */
+} DDS_ReliabilityQosPolicy;
+
+typedef enum DDS_DurabilityQosPolicyKind {
+    DDS_VOLATILE_DURABILITY_QOS = 0,
+    DDS_TRANSIENT_LOCAL_DURABILITY_QOS = 1,
+    DDS_TRANSIENT_DURABILITY_QOS = 2,
+    DDS_PERSISTENT_DURABILITY_QOS = 3
+} DDS_DurabilityQosPolicyKind;
+
+typedef struct DDS_DurabilityQosPolicy {
+    DDS_DurabilityQosPolicyKind kind;
+} DDS_DurabilityQosPolicy;
+
+typedef enum DDS_HistoryQosPolicyKind {
+    DDS_KEEP_LAST_HISTORY_QOS = 0,
+    DDS_KEEP_ALL_HISTORY_QOS = 1
+} DDS_HistoryQosPolicyKind;
+
+typedef struct DDS_HistoryQosPolicy {
+    DDS_HistoryQosPolicyKind kind;
+    DDS_Long depth; /* samples kept per instance; at least 1 for KEEP_LAST, ignored for KEEP_ALL */
+} DDS_HistoryQosPolicy;
+
+typedef enum DDS_OwnershipQosPolicyKind {
+    DDS_SHARED_OWNERSHIP_QOS = 0,
+    DDS_EXCLUSIVE_OWNERSHIP_QOS = 1
+} DDS_OwnershipQosPolicyKind;
+
+typedef struct DDS_OwnershipQosPolicy {
+    DDS_OwnershipQosPolicyKind kind;
+} DDS_OwnershipQosPolicy;
+
+typedef enum DDS_PresentationQosPolicyAccessScopeKind {
+    DDS_INSTANCE_PRESENTATION_QOS = 0,
+    DDS_TOPIC_PRESENTATION_QOS = 1,
+    DDS_GROUP_PRESENTATION_QOS = 2
+} DDS_PresentationQosPolicyAccessScopeKind;
+
+typedef struct DDS_PresentationQosPolicy {
+    DDS_PresentationQosPolicyAccessScopeKind access_scope;
+    DDS_Boolean coherent_access;
+    DDS_Boolean ordered_access;
+} DDS_PresentationQosPolicy;
+
+typedef struct DDS_LatencyBudgetQosPolicy {
+    DDS_Duration_t duration;
+} DDS_LatencyBudgetQosPolicy;
+
+typedef struct DDS_DeadlineQosPolicy {
+    DDS_Duration_t period;
+} DDS_DeadlineQosPolicy;
+
+typedef enum DDS_LivelinessQosPolicyKind {
+    DDS_AUTOMATIC_LIVELINESS_QOS = 0,
+    DDS_MANUAL_BY_PARTICIPANT_LIVELINESS_QOS = 1,
+    DDS_MANUAL_BY_TOPIC_LIVELINESS_QOS = 2
+} DDS_LivelinessQosPolicyKind;
+
+typedef struct DDS_LivelinessQosPolicy {
+    DDS_LivelinessQosPolicyKind kind;
+    DDS_Duration_t lease_duration;
+} DDS_LivelinessQosPolicy;
+
+typedef enum DDS_DestinationOrderQosPolicyKind {
+    DDS_BY_RECEPTION_TIMESTAMP_DESTINATIONORDER_QOS = 0,
+    DDS_BY_SOURCE_TIMESTAMP_DESTINATIONORDER_QOS = 1
+} DDS_DestinationOrderQosPolicyKind;
+
+typedef struct DDS_DestinationOrderQosPolicy {
+    DDS_DestinationOrderQosPolicyKind kind;
+} DDS_DestinationOrderQosPolicy;
+
+/* Both strings are owned by the record: set them with DDS_String_dup
+ * (platform/dds_string.h); _finalize frees them. Null means unset. */
+typedef struct DDS_EntityNameQosPolicy {
+    char *name;
+    char *role_name;
+} DDS_EntityNameQosPolicy;
+
+typedef struct DDS_ProtocolQosPolicy {
+    DDS_Boolean vendor_specific_entity; /* the entity belongs to the middleware's own tooling */
+} DDS_ProtocolQosPolicy;
+
+/* Lets the middleware choose the id. */
+#define DDS_RTPS_AUTO_ID 0
+
+/* The participant's RTPS identity: the words 0, 1 and 2 of its GUID prefix. */
+typedef struct DDS_WireProtocolQosPolicy {
+    DDS_Long rtps_host_id;
+    DDS_Long rtps_app_id;
+    DDS_Long rtps_instance_id;
+} DDS_WireProtocolQosPolicy;
+
+typedef struct DDS_DomainParticipantQos {
+    DDS_EntityNameQosPolicy participant_name;
+    DDS_WireProtocolQosPolicy wire_protocol;
+    DDS_ProtocolQosPolicy protocol;
+} DDS_DomainParticipantQos;
+
+typedef struct DDS_PublisherQos {
+    DDS_PresentationQosPolicy presentation;
+    DDS_ProtocolQosPolicy protocol;
+} DDS_PublisherQos;
+
+typedef struct DDS_SubscriberQos {
+    DDS_PresentationQosPolicy presentation;
+    DDS_ProtocolQosPolicy protocol;
+} DDS_SubscriberQos;
+
+/* Topics, writers and readers carry the same policies; only their defaults
+ * differ (writers are reliable). */
+typedef struct DDS_TopicQos {
+    DDS_ReliabilityQosPolicy reliability;
+    DDS_DurabilityQosPolicy durability;
+    DDS_HistoryQosPolicy history;
+    DDS_OwnershipQosPolicy ownership;
+    DDS_DeadlineQosPolicy deadline;
+    DDS_LatencyBudgetQosPolicy latency_budget;
+    DDS_LivelinessQosPolicy liveliness;
+    DDS_DestinationOrderQosPolicy destination_order;
+    DDS_ProtocolQosPolicy protocol;
+} DDS_TopicQos;
+
+typedef struct DDS_DataWriterQos {
+    DDS_ReliabilityQosPolicy reliability;
+    DDS_DurabilityQosPolicy durability;
+    DDS_HistoryQosPolicy history;
+    DDS_OwnershipQosPolicy ownership;
+    DDS_DeadlineQosPolicy deadline;
+    DDS_LatencyBudgetQosPolicy latency_budget;
+    DDS_LivelinessQosPolicy liveliness;
+    DDS_DestinationOrderQosPolicy destination_order;
+    DDS_ProtocolQosPolicy protocol;
+} DDS_DataWriterQos;
+
+typedef struct DDS_DataReaderQos {
+    DDS_ReliabilityQosPolicy reliability;
+    DDS_DurabilityQosPolicy durability;
+    DDS_HistoryQosPolicy history;
+    DDS_OwnershipQosPolicy ownership;
+    DDS_DeadlineQosPolicy deadline;
+    DDS_LatencyBudgetQosPolicy latency_budget;
+    DDS_LivelinessQosPolicy liveliness;
+    DDS_DestinationOrderQosPolicy destination_order;
+    DDS_ProtocolQosPolicy protocol;
+} DDS_DataReaderQos;
+
+/* The OMG defaults. Writers are reliable, everything else best effort;
+ * max_blocking_time is 100 ms either way. */
+#define DDS_PRESENTATION_QOS_POLICY_DEFAULT \
+    {DDS_INSTANCE_PRESENTATION_QOS, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE}
+#define DDS_PROTOCOL_QOS_POLICY_DEFAULT {DDS_BOOLEAN_FALSE}
+#define DDS_ENDPOINT_QOS_INITIALIZER(reliability_kind)                   \
+    {{(reliability_kind), {0, 100000000}},                               \
+     {DDS_VOLATILE_DURABILITY_QOS},                                      \
+     {DDS_KEEP_LAST_HISTORY_QOS, 1},                                     \
+     {DDS_SHARED_OWNERSHIP_QOS},                                         \
+     {DDS_DURATION_INFINITE_INITIALIZER},                                \
+     {DDS_DURATION_ZERO_INITIALIZER},                                    \
+     {DDS_AUTOMATIC_LIVELINESS_QOS, DDS_DURATION_INFINITE_INITIALIZER},  \
+     {DDS_BY_RECEPTION_TIMESTAMP_DESTINATIONORDER_QOS},                  \
+     DDS_PROTOCOL_QOS_POLICY_DEFAULT}
+
+/* Static initializers: a record declared with one holds the defaults and
+ * owns nothing, exactly as after _initialize. */
+#define DDS_DomainParticipantQos_INITIALIZER \
+    {{NULL, NULL}, {DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID}, DDS_PROTOCOL_QOS_POLICY_DEFAULT}
+#define DDS_PublisherQos_INITIALIZER {DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PROTOCOL_QOS_POLICY_DEFAULT}
+#define DDS_SubscriberQos_INITIALIZER {DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PROTOCOL_QOS_POLICY_DEFAULT}
+#define DDS_TopicQos_INITIALIZER DDS_ENDPOINT_QOS_INITIALIZER(DDS_BEST_EFFORT_RELIABILITY_QOS)
+#define DDS_DataWriterQos_INITIALIZER DDS_ENDPOINT_QOS_INITIALIZER(DDS_RELIABLE_RELIABILITY_QOS)
+#define DDS_DataReaderQos_INITIALIZER DDS_ENDPOINT_QOS_INITIALIZER(DDS_BEST_EFFORT_RELIABILITY_QOS)
+
+/* Every operation returns DDS_RETCODE_OK, DDS_RETCODE_BAD_PARAMETER for a
+ * null argument (reported), or DDS_RETCODE_OUT_OF_RESOURCES when a string
+ * copy fails (reported; dst is then left as it was).
+ * _initialize overwrites without freeing: use it on fresh memory or after
+ * _finalize. _finalize frees the owned strings and leaves the defaults.
+ * _copy frees what dst owned first; dst == src is allowed. */
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantQos_initialize(DDS_DomainParticipantQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantQos_finalize(DDS_DomainParticipantQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantQos_copy(DDS_DomainParticipantQos *dst,
+                                                         const DDS_DomainParticipantQos *src);
+
+VEXAR_API DDS_ReturnCode_t DDS_PublisherQos_initialize(DDS_PublisherQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_PublisherQos_finalize(DDS_PublisherQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_PublisherQos_copy(DDS_PublisherQos *dst, const DDS_PublisherQos *src);
+
+VEXAR_API DDS_ReturnCode_t DDS_SubscriberQos_initialize(DDS_SubscriberQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_SubscriberQos_finalize(DDS_SubscriberQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_SubscriberQos_copy(DDS_SubscriberQos *dst, const DDS_SubscriberQos *src);
+
+VEXAR_API DDS_ReturnCode_t DDS_TopicQos_initialize(DDS_TopicQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_TopicQos_finalize(DDS_TopicQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_TopicQos_copy(DDS_TopicQos *dst, const DDS_TopicQos *src);
+
+VEXAR_API DDS_ReturnCode_t DDS_DataWriterQos_initialize(DDS_DataWriterQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_DataWriterQos_finalize(DDS_DataWriterQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_DataWriterQos_copy(DDS_DataWriterQos *dst, const DDS_DataWriterQos *src);
+
+VEXAR_API DDS_ReturnCode_t DDS_DataReaderQos_initialize(DDS_DataReaderQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_DataReaderQos_finalize(DDS_DataReaderQos *self);
+VEXAR_API DDS_ReturnCode_t DDS_DataReaderQos_copy(DDS_DataReaderQos *dst, const DDS_DataReaderQos *src);
+
+VEXAR_END_DECLS
+
+#endif

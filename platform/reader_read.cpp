@@ -1,0 +1,348 @@
+// Untyped read and take on Cyclone, with loans and with copies.
+//
+// On loan: Cyclone lends its samples when the buffer's first pointer is
+// null. It keeps one cached array per reader and, in 0.10.2, writes as many
+// pointers as that array has elements (the largest count ever asked for)
+// into the caller's pointer buffer, whatever the count of this call; so our
+// pointer buffer is never smaller than the largest count asked for on this
+// reader. DDS_LENGTH_UNLIMITED counts the reader cache's samples with
+// dds_reader_lock_samples, which leaves the cache locked for the read or
+// take that follows (with DDS_READ_WITHOUT_LOCK), so nothing may fail
+// between the two: every buffer is allocated before.
+//
+// With copies: the caller's initialized elements are the buffer; Cyclone
+// decodes each sample straight into one.
+#include "platform/entity.hpp"
+
+#include <algorithm>
+
+#include <dds/ddsc/dds_internal_api.h>
+
+#include "platform/sample_states.hpp"
+
+namespace vexar::platform {
+namespace {
+
+// What to read: from the reader or one of its conditions, all instances or
+// one, which states (0 with a condition: the condition's), read or take.
+struct Selection {
+    dds_entity_t source;
+    dds_instance_handle_t instance;
+    std::uint32_t states;
+    bool take;
+};
+
+// The caller's data sequence and where the results go.
+struct Destination {
+    DDS_Boolean *isLoan;
+    void ***received;
+    DDS_Long *count;
+    DDS_SampleInfoSeq *infos;
+    DDS_Long maximum;
+    bool owned;
+    void *buffer;
+    DDS_Long elementSize;
+};
+
+dds_return_t readOrTake(const Selection &selection, void **samples, dds_sample_info_t *infos, size_t capacity,
+                        std::uint32_t count) noexcept {
+    if (selection.instance == DDS_HANDLE_NIL) {
+        return selection.take ? dds_take_mask(selection.source, samples, infos, capacity, count, selection.states)
+                              : dds_read_mask(selection.source, samples, infos, capacity, count, selection.states);
+    }
+    return selection.take ? dds_take_instance_mask(selection.source, samples, infos, capacity, count,
+                                                   selection.instance, selection.states)
+                          : dds_read_instance_mask(selection.source, samples, infos, capacity, count,
+                                                   selection.instance, selection.states);
+}
+
+DDS_ReturnCode_t noData(const Destination &out) noexcept {
+    *out.count = 0;
+    DDS_SampleInfoSeq_set_length(out.infos, 0);
+    return DDS_RETCODE_NO_DATA;
+}
+
+DDS_ReturnCode_t failed(dds_return_t result, const char *context) noexcept {
+    // An unknown instance is the caller's mistake, not a failure of the reader.
+    if (result == -DDS_RETCODE_PRECONDITION_NOT_MET) return DDS_RETCODE_PRECONDITION_NOT_MET;
+    return reportCycloneFailure(context, "read or take", result);
+}
+
+// The loan's buffers, sized before the reader cache may be locked.
+std::unique_ptr<ReaderLoan> prepareLoan(std::uint32_t count, std::uint32_t largestLoan) {
+    auto loan = std::make_unique<ReaderLoan>();
+    loan->samples.assign(std::max(count, largestLoan), nullptr);
+    loan->infos.resize(count);
+    return loan;
+}
+
+// Grows the loan's buffers while the reader cache is locked; on failure the
+// take is cut to what fits, which still unlocks the cache.
+std::uint32_t growLockedLoan(ReaderLoan &loan, std::vector<dds_sample_info_t> &cycloneInfos,
+                             std::uint32_t count) noexcept {
+    try {
+        if (count > loan.samples.size()) loan.samples.resize(count, nullptr);
+        if (count > loan.infos.size()) loan.infos.resize(count);
+        if (count > cycloneInfos.size()) cycloneInfos.resize(count);
+        return count;
+    } catch (...) {
+        return static_cast<std::uint32_t>(std::min({loan.samples.size(), loan.infos.size(), cycloneInfos.size()}));
+    }
+}
+
+// Cyclone's infos, converted in place over the loan's DDS_SampleInfo array.
+void convertInfos(ReaderLoan &loan, const std::vector<dds_sample_info_t> &cyclone) noexcept {
+    for (std::int32_t i = 0; i < loan.count; ++i) loan.infos[static_cast<size_t>(i)] = fromCyclone(cyclone[i]);
+}
+
+DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> loan, const Destination &out,
+                      const char *context) {
+    if (!DDS_SampleInfoSeq_loan_contiguous(out.infos, loan->infos.data(), loan->count, loan->count)) {
+        dds_return_loan(reader.handle, loan->samples.data(), loan->count);
+        OBLX_Report_failure(context, "cannot loan the sample infos");
+        return DDS_RETCODE_ERROR;
+    }
+    *out.received = loan->samples.data();
+    *out.count = loan->count;
+    *out.isLoan = DDS_BOOLEAN_TRUE;
+    reader.loans.push_back(std::move(loan));
+    return DDS_RETCODE_OK;
+}
+
+DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selection, DDS_Long maxSamples,
+                            const Destination &out, const char *context) {
+    std::lock_guard lock(reader.loanMutex);
+    bool unlimited = maxSamples == DDS_LENGTH_UNLIMITED;
+    std::uint32_t count = unlimited ? reader.largestLoan : static_cast<std::uint32_t>(maxSamples);
+    std::unique_ptr<ReaderLoan> loan = prepareLoan(std::max(count, 1u), reader.largestLoan);
+    std::vector<dds_sample_info_t> cycloneInfos(loan->infos.size());
+    std::uint32_t countArgument = count;
+    if (unlimited) {
+        count = dds_reader_lock_samples(reader.handle);
+        if (count == 0) return noData(out);
+        count = growLockedLoan(*loan, cycloneInfos, count);
+        countArgument = DDS_READ_WITHOUT_LOCK;
+    }
+    reader.largestLoan = std::max(reader.largestLoan, count);
+    dds_return_t result = readOrTake(selection, loan->samples.data(), cycloneInfos.data(), count, countArgument);
+    if (result < 0) return failed(result, context);
+    if (result == 0) return noData(out);
+    loan->count = result;
+    convertInfos(*loan, cycloneInfos);
+    return lend(reader, std::move(loan), out, context);
+}
+
+DDS_ReturnCode_t readCopies(const Selection &selection, DDS_Long maxSamples, const Destination &out,
+                            const char *context) {
+    auto count = static_cast<std::uint32_t>(maxSamples == DDS_LENGTH_UNLIMITED ? out.maximum
+                                                                                : std::min(maxSamples, out.maximum));
+    std::vector<void *> samples(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        samples[i] = static_cast<char *>(out.buffer) + static_cast<size_t>(i) * static_cast<size_t>(out.elementSize);
+    }
+    std::vector<dds_sample_info_t> cycloneInfos(count);
+    dds_return_t result = readOrTake(selection, samples.data(), cycloneInfos.data(), count, count);
+    if (result < 0) return failed(result, context);
+    if (result == 0) return noData(out);
+    if (!DDS_SampleInfoSeq_ensure_length(out.infos, result, static_cast<DDS_Long>(count))) {
+        OBLX_Report_failure(context, "cannot hold the sample infos");
+        return DDS_RETCODE_OUT_OF_RESOURCES;
+    }
+    for (dds_return_t i = 0; i < result; ++i) *DDS_SampleInfoSeq_get_reference(out.infos, i) = fromCyclone(cycloneInfos[i]);
+    *out.received = nullptr;
+    *out.count = result;
+    *out.isLoan = DDS_BOOLEAN_FALSE;
+    return DDS_RETCODE_OK;
+}
+
+// The checks that every form shares; on success `lend` says whether the
+// samples go on loan.
+DDS_ReturnCode_t checkDestination(DDS_DataReaderImpl *reader, const Destination &out, DDS_Long maxSamples,
+                                  bool &lend, const char *context) noexcept {
+    if (checked(reader, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
+    const char *missing = out.isLoan == nullptr     ? "is_loan"
+                          : out.received == nullptr ? "received_data"
+                          : out.count == nullptr    ? "data_count"
+                          : out.infos == nullptr    ? "info_seq"
+                                                    : nullptr;
+    if (missing == nullptr && (maxSamples == 0 || maxSamples < DDS_LENGTH_UNLIMITED)) missing = "max_samples";
+    if (missing == nullptr && out.maximum < 0) missing = "data_seq_max_len";
+    if (missing != nullptr) {
+        OBLX_Report_badParameter(context, missing);
+        return DDS_RETCODE_BAD_PARAMETER;
+    }
+    if (!out.owned || !DDS_SampleInfoSeq_has_ownership(out.infos)) {
+        OBLX_Report_sequenceNotOwner(context);
+        return DDS_RETCODE_PRECONDITION_NOT_MET;
+    }
+    lend = out.maximum == 0;
+    if (lend && (!*out.isLoan || DDS_SampleInfoSeq_get_maximum(out.infos) != 0)) {
+        OBLX_Report_failure(context, "an empty sequence needs a loan and an empty info sequence");
+        return DDS_RETCODE_PRECONDITION_NOT_MET;
+    }
+    if (!lend && (out.buffer == nullptr || out.elementSize <= 0)) {
+        OBLX_Report_badParameter(context, out.buffer == nullptr ? "data_seq_contiguous_buffer" : "data_size");
+        return DDS_RETCODE_BAD_PARAMETER;
+    }
+    return DDS_RETCODE_OK;
+}
+
+DDS_ReturnCode_t readOrTakeInto(DDS_DataReaderImpl *reader, const std::optional<Selection> &selection,
+                                DDS_Long maxSamples, const Destination &out, const char *context) {
+    bool lend = false;
+    DDS_ReturnCode_t checkedResult = checkDestination(reader, out, maxSamples, lend, context);
+    if (checkedResult != DDS_RETCODE_OK) return checkedResult;
+    if (!selection) return noData(out);  // the state masks select nothing
+    return lend ? readOnLoan(*reader, *selection, maxSamples, out, context)
+                : readCopies(*selection, maxSamples, out, context);
+}
+
+// The selection of the state-mask forms; empty when the masks select nothing.
+std::optional<Selection> byStates(const DDS_DataReaderImpl *reader, dds_instance_handle_t instance,
+                                  DDS_SampleStateMask sampleStates, DDS_ViewStateMask viewStates,
+                                  DDS_InstanceStateMask instanceStates, DDS_Boolean take) noexcept {
+    std::optional<std::uint32_t> states = toCycloneStates(sampleStates, viewStates, instanceStates);
+    if (!states || reader == nullptr) return std::nullopt;
+    return Selection{reader->handle, instance, *states, take != DDS_BOOLEAN_FALSE};
+}
+
+DDS_ReadConditionImpl *conditionOf(DDS_DataReaderImpl *reader, DDS_ReadCondition *condition,
+                                   const char *context) noexcept {
+    if (checked(condition, context, "condition") == nullptr) return nullptr;
+    if (reader != nullptr && &condition->reader != reader) {
+        reportBadEntity(context, "condition (of another reader)");
+        return nullptr;
+    }
+    return condition;
+}
+
+DDS_ReturnCode_t readByStates(DDS_DataReaderImpl *self, const Destination &out, DDS_Long maxSamples,
+                              dds_instance_handle_t instance, DDS_SampleStateMask sampleStates,
+                              DDS_ViewStateMask viewStates, DDS_InstanceStateMask instanceStates, DDS_Boolean take,
+                              const char *context) noexcept {
+    std::optional<Selection> selection = byStates(self, instance, sampleStates, viewStates, instanceStates, take);
+    return guarded(context, DDS_RETCODE_ERROR,
+                   [&] { return readOrTakeInto(self, selection, maxSamples, out, context); });
+}
+
+DDS_ReturnCode_t readByCondition(DDS_DataReaderImpl *self, const Destination &out, DDS_Long maxSamples,
+                                 dds_instance_handle_t instance, DDS_ReadCondition *condition, DDS_Boolean take,
+                                 const char *context) noexcept {
+    DDS_ReadConditionImpl *checkedCondition = conditionOf(self, condition, context);
+    if (checkedCondition == nullptr) return DDS_RETCODE_BAD_PARAMETER;
+    std::optional<Selection> selection = Selection{checkedCondition->handle, instance, 0, take != DDS_BOOLEAN_FALSE};
+    return guarded(context, DDS_RETCODE_ERROR,
+                   [&] { return readOrTakeInto(self, selection, maxSamples, out, context); });
+}
+
+bool hasInstance(dds_instance_handle_t handle, const char *context) noexcept {
+    if (handle == DDS_HANDLE_NIL) OBLX_Report_badParameter(context, "handle");
+    return handle != DDS_HANDLE_NIL;
+}
+
+DDS_ReturnCode_t returnLoan(DDS_DataReaderImpl &reader, void **samples, DDS_SampleInfoSeq *infos,
+                            const char *context) {
+    std::unique_ptr<ReaderLoan> loan;
+    {
+        std::lock_guard lock(reader.loanMutex);
+        auto found = std::find_if(reader.loans.begin(), reader.loans.end(),
+                                  [samples](const auto &candidate) { return candidate->samples.data() == samples; });
+        if (found == reader.loans.end()) {
+            OBLX_Report_failure(context, "not a loan of this reader");
+            return DDS_RETCODE_PRECONDITION_NOT_MET;
+        }
+        loan = std::move(*found);
+        reader.loans.erase(found);
+        dds_return_t result = dds_return_loan(reader.handle, samples, loan->count);
+        if (result < 0) reportCycloneFailure(context, "dds_return_loan", result);
+    }
+    if (infos != nullptr && DDS_SampleInfoSeq_get_contiguous_bufferI(infos) == loan->infos.data()) {
+        DDS_SampleInfoSeq_unloan(infos);
+    }
+    return DDS_RETCODE_OK;
+}
+
+}  // namespace
+}  // namespace vexar::platform
+
+using namespace vexar::platform;
+
+#define VEXAR_DESTINATION                                                                                         \
+    Destination {                                                                                                 \
+        is_loan, received_data, data_count, info_seq, data_seq_max_len, data_seq_has_ownership != DDS_BOOLEAN_FALSE, \
+            data_seq_contiguous_buffer, data_size                                                                 \
+    }
+
+extern "C" {
+
+DDS_ReturnCode_t DDS_DataReader_read_or_take_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                      DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                                      DDS_InstanceStateMask instance_states, DDS_Boolean take) {
+    (void)data_seq_len;
+    return readByStates(self, VEXAR_DESTINATION, max_samples, DDS_HANDLE_NIL, sample_states, view_states,
+                        instance_states, take, "DDS_DataReader_read_or_take_untypedI");
+}
+
+DDS_ReturnCode_t DDS_DataReader_read_or_take_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                                  DDS_ReadCondition *condition, DDS_Boolean take) {
+    (void)data_seq_len;
+    return readByCondition(self, VEXAR_DESTINATION, max_samples, DDS_HANDLE_NIL, condition, take,
+                           "DDS_DataReader_read_or_take_w_condition_untypedI");
+}
+
+DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                               DDS_InstanceHandle_t handle,
+                                                               DDS_SampleStateMask sample_states,
+                                                               DDS_ViewStateMask view_states,
+                                                               DDS_InstanceStateMask instance_states,
+                                                               DDS_Boolean take) {
+    const char *context = "DDS_DataReader_read_or_take_instance_untypedI";
+    (void)data_seq_len;
+    if (!hasInstance(handle, context)) return DDS_RETCODE_BAD_PARAMETER;
+    return readByStates(self, VEXAR_DESTINATION, max_samples, handle, sample_states, view_states, instance_states,
+                        take, context);
+}
+
+DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                                           DDS_InstanceHandle_t handle,
+                                                                           DDS_ReadCondition *condition,
+                                                                           DDS_Boolean take) {
+    const char *context = "DDS_DataReader_read_or_take_instance_w_condition_untypedI";
+    (void)data_seq_len;
+    if (!hasInstance(handle, context)) return DDS_RETCODE_BAD_PARAMETER;
+    return readByCondition(self, VEXAR_DESTINATION, max_samples, handle, condition, take, context);
+}
+
+DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                                    DDS_InstanceHandle_t, DDS_SampleStateMask,
+                                                                    DDS_ViewStateMask, DDS_InstanceStateMask,
+                                                                    DDS_Boolean) {
+    (void)self, (void)is_loan, (void)received_data, (void)data_count, (void)info_seq, (void)data_seq_len;
+    (void)data_seq_max_len, (void)data_seq_has_ownership, (void)data_seq_contiguous_buffer, (void)data_size;
+    (void)max_samples;
+    OBLX_Report_unsupported("DDS_DataReader_read_or_take_next_instance_untypedI", "finding the next instance");
+    return DDS_RETCODE_UNSUPPORTED;
+}
+
+DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_w_condition_untypedI(
+    OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t, DDS_ReadCondition *, DDS_Boolean) {
+    (void)self, (void)is_loan, (void)received_data, (void)data_count, (void)info_seq, (void)data_seq_len;
+    (void)data_seq_max_len, (void)data_seq_has_ownership, (void)data_seq_contiguous_buffer, (void)data_size;
+    (void)max_samples;
+    OBLX_Report_unsupported("DDS_DataReader_read_or_take_next_instance_w_condition_untypedI",
+                            "finding the next instance");
+    return DDS_RETCODE_UNSUPPORTED;
+}
+
+DDS_ReturnCode_t DDS_DataReader_return_loan_untypedI(DDS_DataReader *self, void **received_data, DDS_Long,
+                                                     DDS_SampleInfoSeq *info_seq) {
+    const char *context = "DDS_DataReader_return_loan_untypedI";
+    if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
+    if (received_data == nullptr) {
+        OBLX_Report_badParameter(context, "received_data");
+        return DDS_RETCODE_BAD_PARAMETER;
+    }
+    return guarded(context, DDS_RETCODE_ERROR, [&] { return returnLoan(*self, received_data, info_seq, context); });
+}
+
+}  // extern "C"

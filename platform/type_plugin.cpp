@@ -1,0 +1,75 @@
+// The parts of every type plugin that do not depend on the sample type.
+#include "platform/type_plugin.hpp"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace vexar::cdr {
+
+TypePlan makeTypePlan(const DDS_TypeCode &type) noexcept {
+    TypePlan plan{};
+    plan.type = &type;
+    plan.maxSize = boundSize(type, Bound::largest, 0, false);
+    plan.keyMaxSize = boundSize(type, Bound::largest, 0, true);
+    plan.isMutableStruct = kindOf(type) == DDS_TK_STRUCT && isMutable(type);
+    plan.keyed = hasKeyMembers(type);
+    bool extended = plan.maxSize >= kExtendedHeaderThreshold;
+    plan.sampleEncoding = Encoding{extended, false};
+    plan.keyEncoding = Encoding{extended, true};
+    return plan;
+}
+
+bool encapsulationIdFor(const TypePlan &plan, DDS_UnsignedShort requested, DDS_UnsignedShort &written) noexcept {
+    if (requested > kLastEncapsulationId) return false;
+    bool parameterList = isMutable(*plan.type);
+    written = parameterList && requested < OBLX_CDR_ENCAPSULATION_PL_CDR_BE
+                  ? static_cast<DDS_UnsignedShort>(requested + OBLX_CDR_ENCAPSULATION_PL_CDR_BE)
+                  : requested;
+    return true;
+}
+
+// Even identifiers are big-endian, odd ones little-endian.
+static void takeByteOrderFrom(OBLX_CdrStream &stream, DDS_UnsignedShort id) noexcept {
+    setBigEndian(stream, (id & 1u) == 0);
+    resetAlignment(stream);
+}
+
+bool writeEncapsulationHeader(OBLX_CdrStream &stream, const TypePlan &plan, DDS_UnsignedShort requested) noexcept {
+    DDS_UnsignedShort id;
+    if (!encapsulationIdFor(plan, requested, id) || !writeEncapsulation(stream, id, 0)) return false;
+    takeByteOrderFrom(stream, id);
+    return true;
+}
+
+bool readEncapsulationHeader(OBLX_CdrStream &stream) noexcept {
+    DDS_UnsignedShort id, options;
+    if (!readEncapsulation(stream, id, options) || id > kLastEncapsulationId) return false;
+    takeByteOrderFrom(stream, id);
+    return true;
+}
+
+bool keyHash(const TypePlan &plan, const void *instance, DDS_KeyHash_t &hash) noexcept {
+    constexpr std::uint64_t kScratchSize = 256;
+    std::array<unsigned char, kScratchSize> scratch;
+    std::vector<unsigned char> large;
+    unsigned char *buffer = scratch.data();
+    if (plan.keyMaxSize > kScratchSize) {
+        try {
+            large.resize(plan.keyMaxSize);
+        } catch (...) {
+            return false;
+        }
+        buffer = large.data();
+    }
+    OBLX_CdrStream stream;
+    init(stream, buffer, static_cast<DDS_UnsignedLong>(std::min<std::uint64_t>(plan.keyMaxSize, UINT32_MAX)));
+    setBigEndian(stream, true);
+    stream.dirty = DDS_BOOLEAN_TRUE;
+    if (!serialize(stream, *plan.type, instance, plan.keyEncoding)) return false;
+    keyHashOf(buffer, stream.position, plan.keyMaxSize, hash.value);
+    hash.length = DDS_KEYHASH_LENGTH;
+    return true;
+}
+
+}  // namespace vexar::cdr

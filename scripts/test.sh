@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds and runs every test: once normally, once
+# under AddressSanitizer + UndefinedBehaviorSanitizer, the concurrency tests
+# under ThreadSanitizer, and the decoders under libFuzzer for a bounded time.
+set -euo pipefail
+source "$(dirname "$0")/env.sh"
+bash "$VEXAR_ROOT/scripts/install-deps.sh"
+cd "$VEXAR_ROOT"
+
+phase() { echo; echo "==== $* ===="; }
+ctest_run() { ctest --test-dir "$1" -j"$VEXAR_JOBS" --output-on-failure --no-tests=error "${@:2}"; }
+
+phase "normal build"
+vexar_configure build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_WERROR=ON
+vexar_build build/test
+ctest_run build/test
+
+phase "AddressSanitizer + UndefinedBehaviorSanitizer"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+export LSAN_OPTIONS="suppressions=$VEXAR_ROOT/tests/sanitizers/lsan.supp:print_suppressions=0"
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+vexar_configure build/asan -DCMAKE_BUILD_TYPE=Debug -DVEXAR_WERROR=ON -DVEXAR_SANITIZE=ON -DVEXAR_BUILD_BENCH=OFF
+vexar_build build/asan
+ctest_run build/asan
+
+phase "ThreadSanitizer (concurrency tests)"
+export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$VEXAR_ROOT/tests/sanitizers/tsan.supp"
+vexar_configure build/tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_WERROR=ON -DVEXAR_TSAN=ON -DVEXAR_BUILD_BENCH=OFF -DVEXAR_BUILD_TOOLS=OFF
+vexar_build build/tsan
+ctest_run build/tsan -R 'Concurrency'
+
+phase "libFuzzer (bounded runs over the decoders)"
+CC=clang CXX=clang++ vexar_configure build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_FUZZ=ON -DVEXAR_BUILD_BENCH=OFF -DVEXAR_BUILD_TOOLS=OFF
+vexar_build build/fuzz
+bash "$VEXAR_ROOT/tests/fuzz/run.sh" build/fuzz
+
+echo
+echo "all test phases passed"

@@ -1,0 +1,218 @@
+// The CDR stream on its own: byte order, alignment, strings, sequences and
+// parameter headers, and that no input moves a read past the buffer.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/cdr_test_support.hpp"
+#include "platform/cdr_stream.h"
+
+using vexar_test::Bytes;
+using vexar_test::WireBytes;
+
+namespace {
+
+struct Stream {
+    Bytes buffer;
+    OBLX_CdrStream s;
+    explicit Stream(size_t size, bool bigEndian = false) : buffer(size, 0xEE) {
+        OBLX_CdrStream_init(&s, buffer.data(), static_cast<DDS_UnsignedLong>(size));
+        OBLX_CdrStream_setBigEndian(&s, bigEndian ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE);
+    }
+    explicit Stream(const Bytes &bytes, bool bigEndian = false) : buffer(bytes) {
+        OBLX_CdrStream_initForRead(&s, buffer.data(), static_cast<DDS_UnsignedLong>(buffer.size()));
+        OBLX_CdrStream_setBigEndian(&s, bigEndian ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE);
+    }
+    Bytes written() const { return Bytes(buffer.begin(), buffer.begin() + OBLX_CdrStream_getPosition(&s)); }
+};
+
+}  // namespace
+
+TEST(CdrStream, WritesAlignedValuesInEitherOrderWithZeroPadding) {
+    for (bool bigEndian : {false, true}) {
+        Stream out(16, bigEndian);
+        ASSERT_TRUE(OBLX_CdrStream_serializeUnsignedShort(&out.s, 0x0102));
+        ASSERT_TRUE(OBLX_CdrStream_serializeLong(&out.s, -2));  // aligned to 4: two zero bytes first
+        ASSERT_TRUE(OBLX_CdrStream_serializeUnsignedLong(&out.s, 0xA1B2C3D4u));
+        EXPECT_EQ(out.written(), WireBytes(bigEndian).u16(0x0102).pad(2).i32(-2).u32(0xA1B2C3D4u).bytes);
+
+        Stream in(out.written(), bigEndian);
+        DDS_UnsignedShort u16;
+        DDS_Long i32;
+        DDS_UnsignedLong u32;
+        ASSERT_TRUE(OBLX_CdrStream_deserializeUnsignedShort(&in.s, &u16));
+        ASSERT_TRUE(OBLX_CdrStream_deserializeLong(&in.s, &i32));
+        ASSERT_TRUE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &u32));
+        EXPECT_EQ(u16, 0x0102);
+        EXPECT_EQ(i32, -2);
+        EXPECT_EQ(u32, 0xA1B2C3D4u);
+        EXPECT_EQ(OBLX_CdrStream_getRemainder(&in.s), 0u);
+    }
+}
+
+TEST(CdrStream, EncapsulationHeaderIsBigEndianAndAlignmentRestartsAfterIt) {
+    Stream out(16, /*bigEndian=*/false);
+    ASSERT_TRUE(OBLX_CdrStream_serializeUnsignedShort(&out.s, 0xFFFF));  // the header sits at offset 2
+    ASSERT_TRUE(OBLX_CdrStream_serializeEncapsulation(&out.s, OBLX_CDR_ENCAPSULATION_PL_CDR_LE, 0));
+    DDS_UnsignedLong origin = OBLX_CdrStream_resetAlignment(&out.s);
+    ASSERT_TRUE(OBLX_CdrStream_serializeLong(&out.s, 1));  // at 6: aligned from the new origin, no padding
+    OBLX_CdrStream_restoreAlignment(&out.s, origin);
+    ASSERT_TRUE(OBLX_CdrStream_serializeLong(&out.s, 2));  // at 10: padded to 12 from the old origin
+    EXPECT_EQ(out.written(), (Bytes{0xFF, 0xFF, 0x00, 0x03, 0x00, 0x00, 1, 0, 0, 0, 0, 0, 2, 0, 0, 0}));
+
+    Stream in(Bytes{0x00, 0x02, 0x00, 0x00});
+    DDS_UnsignedShort id = 99, options = 99;
+    ASSERT_TRUE(OBLX_CdrStream_deserializeEncapsulation(&in.s, &id, &options));
+    EXPECT_EQ(id, OBLX_CDR_ENCAPSULATION_PL_CDR_BE);
+    EXPECT_EQ(options, 0);
+}
+
+TEST(CdrStream, StringsAreBoundedBothWays) {
+    // Bound 4 = three characters and the NUL.
+    Stream out(64);
+    EXPECT_TRUE(OBLX_CdrStream_serializeString(&out.s, "abc", 4));
+    EXPECT_EQ(out.written(), WireBytes(false).str("abc").bytes);
+    DDS_UnsignedLong before = OBLX_CdrStream_getPosition(&out.s);
+    EXPECT_FALSE(OBLX_CdrStream_serializeString(&out.s, "abcd", 4));
+    EXPECT_FALSE(OBLX_CdrStream_serializeString(&out.s, nullptr, 4));
+    EXPECT_EQ(OBLX_CdrStream_getPosition(&out.s), before);
+
+    char buffer[4] = "zz";
+    Stream fits(WireBytes(false).str("abc").bytes);
+    EXPECT_TRUE(OBLX_CdrStream_deserializeString(&fits.s, buffer, 4));
+    EXPECT_STREQ(buffer, "abc");
+    Stream tooLong(WireBytes(false).str("abcd").bytes);
+    EXPECT_FALSE(OBLX_CdrStream_deserializeString(&tooLong.s, buffer, 4));
+    Stream unterminated(WireBytes(false).u32(3).octets({'a', 'b', 'c'}).bytes);
+    EXPECT_FALSE(OBLX_CdrStream_deserializeString(&unterminated.s, buffer, 4));
+    // A length that claims more bytes than remain fails before copying anything.
+    Stream truncated(WireBytes(false).u32(4).octets({'a', 'b'}).bytes);
+    EXPECT_FALSE(OBLX_CdrStream_deserializeString(&truncated.s, buffer, 4));
+    Stream skipped(WireBytes(false).str("ab").pad(1).u32(7).bytes);
+    EXPECT_TRUE(OBLX_CdrStream_skipString(&skipped.s, 4));
+    DDS_UnsignedLong next;
+    EXPECT_TRUE(OBLX_CdrStream_deserializeUnsignedLong(&skipped.s, &next));
+    EXPECT_EQ(next, 7u);
+}
+
+namespace {
+DDS_Boolean pairElement(OBLX_CdrStream *stream, void *element, void *context) {
+    auto *pair = static_cast<DDS_Long *>(element);
+    bool writing = context != nullptr;
+    if (writing) return OBLX_CdrStream_serializeLong(stream, pair[0]) && OBLX_CdrStream_serializeLong(stream, pair[1]);
+    return OBLX_CdrStream_deserializeLong(stream, &pair[0]) && OBLX_CdrStream_deserializeLong(stream, &pair[1]);
+}
+}  // namespace
+
+TEST(CdrStream, SequencesOfCompositeElementsRespectTheirMaximum) {
+    DDS_Long pairs[3][2] = {{1, 2}, {3, 4}, {5, 6}};
+    int writing = 1;
+    Stream out(64, /*bigEndian=*/true);
+    ASSERT_TRUE(OBLX_CdrStream_serializeComplexSequence(&out.s, pairs, 2, 3, sizeof pairs[0], pairElement, &writing));
+    EXPECT_EQ(out.written(), WireBytes(true).u32(2).i32(1).i32(2).i32(3).i32(4).bytes);
+    EXPECT_FALSE(OBLX_CdrStream_serializeComplexSequence(&out.s, pairs, 3, 2, sizeof pairs[0], pairElement, &writing));
+
+    DDS_Long read[2][2] = {};
+    DDS_UnsignedLong length = 0;
+    Stream in(out.written(), /*bigEndian=*/true);
+    ASSERT_TRUE(OBLX_CdrStream_deserializeComplexSequence(&in.s, read, &length, 2, sizeof read[0], pairElement, nullptr));
+    EXPECT_EQ(length, 2u);
+    EXPECT_EQ(read[1][1], 4);
+    Stream overMaximum(out.written(), /*bigEndian=*/true);
+    EXPECT_FALSE(OBLX_CdrStream_deserializeComplexSequence(&overMaximum.s, read, &length, 1, sizeof read[0],
+                                                           pairElement, nullptr));
+}
+
+TEST(CdrStream, ParameterHeadersInShortAndExtendedFormGetTheirLengthAfterTheMember) {
+    Stream out(64, /*bigEndian=*/true);
+    OBLX_CdrParameterHeader shortHeader, extendedHeader;
+    ASSERT_TRUE(OBLX_CdrStream_serializeParameterHeader(&out.s, &shortHeader, 3, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE));
+    ASSERT_TRUE(OBLX_CdrStream_serializeString(&out.s, "x", 2));
+    ASSERT_TRUE(OBLX_CdrStream_finishParameterHeader(&out.s, &shortHeader));
+    ASSERT_TRUE(OBLX_CdrStream_serializeParameterHeader(&out.s, &extendedHeader, 0x12345, DDS_BOOLEAN_TRUE,
+                                                        DDS_BOOLEAN_TRUE));
+    ASSERT_TRUE(OBLX_CdrStream_serializeLong(&out.s, 9));
+    ASSERT_TRUE(OBLX_CdrStream_finishParameterHeader(&out.s, &extendedHeader));
+    ASSERT_TRUE(OBLX_CdrStream_serializeListEnd(&out.s));
+    Bytes expected = WireBytes(true)
+                         .pid(3, 6).str("x").pad(2)              // short: id 3, unpadded length 6
+                         .pid(0x7F01, 8).u32(0x40012345).u32(4)  // extended, must-understand in the long id
+                         .i32(9)
+                         .pid(0x7F02, 0)                         // LIST_END with must-understand
+                         .bytes;
+    EXPECT_EQ(out.written(), expected);
+
+    Stream in(expected, /*bigEndian=*/true);
+    OBLX_CdrParameterHeader header;
+    ASSERT_TRUE(OBLX_CdrStream_deserializeParameterHeader(&in.s, &header));
+    EXPECT_EQ(header.memberId, 3u);
+    EXPECT_EQ(header.length, 6u);
+    EXPECT_FALSE(header.extended);
+    ASSERT_TRUE(OBLX_CdrStream_moveToNextParameterHeader(&in.s, &header));
+    ASSERT_TRUE(OBLX_CdrStream_deserializeParameterHeader(&in.s, &header));
+    EXPECT_EQ(header.memberId, 0x12345u);
+    EXPECT_EQ(header.length, 4u);
+    EXPECT_TRUE(header.extended);
+    EXPECT_TRUE(header.mustUnderstand);
+    ASSERT_TRUE(OBLX_CdrStream_moveToNextParameterHeader(&in.s, &header));
+    ASSERT_TRUE(OBLX_CdrStream_deserializeParameterHeader(&in.s, &header));
+    EXPECT_TRUE(OBLX_CdrParameterHeader_isListEnd(&header));
+    EXPECT_TRUE(header.mustUnderstand);
+}
+
+TEST(CdrStream, ShortHeadersRefuseWhatTheyCannotCarry) {
+    Stream out(70000);
+    OBLX_CdrParameterHeader header;
+    EXPECT_FALSE(OBLX_CdrStream_serializeParameterHeader(&out.s, &header, 0x3F02, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE));
+    ASSERT_TRUE(OBLX_CdrStream_serializeParameterHeader(&out.s, &header, 1, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE));
+    ASSERT_TRUE(OBLX_CdrStream_setPosition(&out.s, OBLX_CdrStream_getPosition(&out.s) + 65536));
+    EXPECT_FALSE(OBLX_CdrStream_finishParameterHeader(&out.s, &header));
+}
+
+TEST(CdrStream, ReadsNeverPassTheEndWhateverTheBytesClaim) {
+    // A header whose length points past the end, in both forms.
+    Stream shortForm(WireBytes(false).pid(1, 5).octets({1, 2, 3, 4}).bytes);
+    OBLX_CdrParameterHeader header;
+    EXPECT_FALSE(OBLX_CdrStream_deserializeParameterHeader(&shortForm.s, &header));
+    Stream extendedForm(WireBytes(false).pid(0x3F01, 8).u32(1).u32(0xFFFFFFF0u).bytes);
+    EXPECT_FALSE(OBLX_CdrStream_deserializeParameterHeader(&extendedForm.s, &header));
+    Stream cutExtended(WireBytes(false).pid(0x3F01, 8).u32(1).bytes);
+    EXPECT_FALSE(OBLX_CdrStream_deserializeParameterHeader(&cutExtended.s, &header));
+
+    // Every value read at every truncation fails instead of reading on.
+    Bytes full = WireBytes(false).u32(5).str("abcd").bytes;
+    for (size_t size = 0; size < full.size(); ++size) {
+        Bytes cut(full.begin(), full.begin() + size);
+        Stream in(cut);
+        DDS_UnsignedLong first;
+        char text[8];
+        bool ok = OBLX_CdrStream_deserializeUnsignedLong(&in.s, &first) &&
+                  OBLX_CdrStream_deserializeString(&in.s, text, sizeof text);
+        EXPECT_FALSE(ok) << "at size " << size;
+        EXPECT_LE(OBLX_CdrStream_getPosition(&in.s), size);
+    }
+}
+
+TEST(CdrStream, LimitKeepsAReaderInsideAParameter) {
+    Stream in(WireBytes(false).u32(1).u32(2).bytes);
+    DDS_UnsignedLong saved = OBLX_CdrStream_limitLength(&in.s, 4);
+    DDS_UnsignedLong value;
+    EXPECT_TRUE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &value));
+    EXPECT_FALSE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &value));
+    OBLX_CdrStream_restoreLength(&in.s, saved);
+    EXPECT_TRUE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &value));
+    EXPECT_EQ(value, 2u);
+}
+
+TEST(CdrStream, MarksStartClearAndAreKept) {
+    Stream s(4);
+    EXPECT_FALSE(OBLX_CdrStream_isDirty(&s.s));
+    EXPECT_FALSE(OBLX_CdrStream_getSkipListEnd(&s.s));
+    EXPECT_FALSE(OBLX_CdrStream_getUnassignable(&s.s));
+    OBLX_CdrStream_setDirty(&s.s, DDS_BOOLEAN_TRUE);
+    OBLX_CdrStream_setSkipListEnd(&s.s, DDS_BOOLEAN_TRUE);
+    OBLX_CdrStream_setUnassignable(&s.s, DDS_BOOLEAN_TRUE);
+    EXPECT_TRUE(OBLX_CdrStream_isDirty(&s.s));
+    EXPECT_TRUE(OBLX_CdrStream_getSkipListEnd(&s.s));
+    EXPECT_TRUE(OBLX_CdrStream_getUnassignable(&s.s));
+}

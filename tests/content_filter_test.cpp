@@ -1,0 +1,304 @@
+// Content filters: what they accept over real samples, what they refuse and
+// how they say so, and that matching allocates nothing.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/content_filter.hpp"
+#include "type/vexar.h"
+
+using vexar::platform::ContentFilter;
+using vexar::platform::FilterError;
+
+// Counts heap allocations, to show that matching makes none. (GCC takes the
+// malloc/free pair in replaced operators for a mismatch once inlined.)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+namespace {
+std::atomic<long> gAllocations{0};
+}
+void *operator new(std::size_t size) {
+    ++gAllocations;
+    if (void *p = std::malloc(size == 0 ? 1 : size)) {
+        return p;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void *p) noexcept { std::free(p); }
+void operator delete(void *p, std::size_t) noexcept { std::free(p); }
+
+namespace {
+
+constexpr const char *kLoggerExpression =
+    "targetHostAndAppId.rtps_host_id = %0 and targetHostAndAppId.rtps_app_id = %1";
+
+ContentFilter compiled(const std::string &expression, std::vector<std::string> parameters,
+                       const DDS_TypeCode *type = QTV_VX_ADMIN_CommandRequest_get_typecode()) {
+    ContentFilter::Compiled result = ContentFilter::compile(expression, std::move(parameters), type);
+    if (const auto *error = std::get_if<FilterError>(&result)) {
+        throw std::runtime_error(expression + ": " + error->describe()); // gtest reports it
+    }
+    return std::get<ContentFilter>(std::move(result));
+}
+
+FilterError refusal(const std::string &expression, std::vector<std::string> parameters = {},
+                    const DDS_TypeCode *type = QTV_VX_ADMIN_CommandRequest_get_typecode()) {
+    ContentFilter::Compiled result = ContentFilter::compile(expression, std::move(parameters), type);
+    EXPECT_TRUE(std::holds_alternative<FilterError>(result)) << expression << " was accepted";
+    return std::holds_alternative<FilterError>(result) ? std::get<FilterError>(result) : FilterError{};
+}
+
+QTV_VX_ADMIN_CommandRequest request(DDS_Long host, DDS_Long app, DDS_Long invocation = 0) {
+    QTV_VX_ADMIN_CommandRequest sample{};
+    sample.targetHostAndAppId = {host, app};
+    sample.originatorHostAndAppId = {app, host};
+    sample.invocation = invocation;
+    return sample;
+}
+
+QTV_VX_LogMessage logMessage(const char *category) {
+    QTV_VX_LogMessage sample{};
+    sample.category = const_cast<char *>(category);
+    return sample;
+}
+
+} // namespace
+
+TEST(ContentFilter, LoggerExpressionSelectsItsOwnApplication) {
+    const ContentFilter filter = compiled(kLoggerExpression, {"-5", "17"});
+    const auto mine = request(-5, 17);
+    EXPECT_TRUE(filter.matches(&mine));
+    for (const auto &other : {request(-5, 18), request(5, 17), request(17, -5), request(0, 0)}) {
+        EXPECT_FALSE(filter.matches(&other)) << other.targetHostAndAppId.rtps_host_id << ","
+                                             << other.targetHostAndAppId.rtps_app_id;
+    }
+}
+
+TEST(ContentFilter, NewParametersChangeWhatMatchesAndBadOnesKeepTheOld) {
+    ContentFilter filter = compiled(kLoggerExpression, {"1", "2"});
+    const auto first = request(1, 2), second = request(INT32_MAX, INT32_MIN);
+    EXPECT_TRUE(filter.matches(&first));
+
+    EXPECT_FALSE(filter.setParameters({"0x7fffffff", " -2147483648 "}).has_value());
+    EXPECT_FALSE(filter.matches(&first));
+    EXPECT_TRUE(filter.matches(&second));
+
+    const std::optional<FilterError> error = filter.setParameters({"1"});
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->message, "parameter %1 used but only 1 parameters given");
+    EXPECT_TRUE(filter.matches(&second));
+    EXPECT_EQ(filter.parameters(), (std::vector<std::string>{"0x7fffffff", " -2147483648 "}));
+}
+
+namespace {
+
+// $h, $a and $i stand for the request's target host, target app and invocation.
+std::string withMembers(std::string expression) {
+    for (const auto &[shorthand, path] : {std::pair{"$h", "targetHostAndAppId.rtps_host_id"},
+                                          {"$a", "targetHostAndAppId.rtps_app_id"}, {"$i", "invocation"}}) {
+        for (std::size_t at; (at = expression.find(shorthand)) != std::string::npos;) {
+            expression.replace(at, 2, path);
+        }
+    }
+    return expression;
+}
+
+} // namespace
+
+// Each expression against every request with h, a, i in {-1, 0, 1}.
+TEST(ContentFilter, LogicAndRelationsAgreeWithTheirMeaning) {
+    using Truth = std::function<bool(int h, int a, int i)>;
+    const std::pair<const char *, Truth> cases[] = {
+        {"$h = 1 OR $a = 1 AND $i = 1", [](int h, int a, int i) { return h == 1 || (a == 1 && i == 1); }},
+        {"($h = 1 or $a = 1) and $i = 1", [](int h, int a, int i) { return (h == 1 || a == 1) && i == 1; }},
+        {"NOT $h = 1 AND $a = 1", [](int h, int a, int) { return h != 1 && a == 1; }},
+        {"not ($h = 1 AnD $a = 1) Or $i = 1", [](int h, int a, int i) { return !(h == 1 && a == 1) || i == 1; }},
+        {"NOT NOT NOT $h = 0", [](int h, int, int) { return h != 0; }},
+        {"$h = 1 AND $a = 1 AND $i = 1 OR $h = 0 AND $a = 0 OR $i = -1",
+         [](int h, int a, int i) { return (h == 1 && a == 1 && i == 1) || (h == 0 && a == 0) || i == -1; }},
+        {"$h <> $a", [](int h, int a, int) { return h != a; }},
+        {"$h != $a", [](int h, int a, int) { return h != a; }},
+        {"$h < $a", [](int h, int a, int) { return h < a; }},
+        {"$h <= $a", [](int h, int a, int) { return h <= a; }},
+        {"$h > $a", [](int h, int a, int) { return h > a; }},
+        {"-1 >= $h", [](int h, int, int) { return h <= -1; }},
+        {"$h BETWEEN $a AND $i", [](int h, int a, int i) { return a <= h && h <= i; }},
+        {"$h NOT BETWEEN -1 AND 0 OR $i = 0", [](int h, int, int i) { return h > 0 || i == 0; }},
+        {"1 = 1 AND $h = 0x1 OR 2 < 1", [](int h, int, int) { return h == 1; }},
+    };
+    for (const auto &[text, truth] : cases) {
+        const ContentFilter filter = compiled(withMembers(text), {});
+        for (int h = -1; h <= 1; ++h) {
+            for (int a = -1; a <= 1; ++a) {
+                for (int i = -1; i <= 1; ++i) {
+                    const auto sample = request(h, a, i);
+                    EXPECT_EQ(filter.matches(&sample), truth(h, a, i)) << text << " at " << h << a << i;
+                }
+            }
+        }
+    }
+}
+
+TEST(ContentFilter, StringsCompareBytewiseAndLikeMatchesWildcards) {
+    const std::pair<const char *, std::vector<const char *>> cases[] = {
+        {"category = 'com.qtv'", {"com.qtv"}},
+        {"category <> 'com.qtv'", {"", "com", "com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"}},
+        {"category < 'com.qtv'", {"", "com"}},
+        {"category >= 'com.qtv.'", {"com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"}},
+        {"category = ''", {""}},
+        {"category = 'it''s'", {"it's"}},
+        {"category LIKE 'com.%'", {"com.qtv", "com.qtv.oblx.config.Logger"}},
+        {"category like '%.Logger'", {"com.qtv.oblx.config.Logger"}},
+        {"category LIKE 'c_m%q%'", {"com.qtv", "com.qtv.oblx.config.Logger"}},
+        {"category LIKE '%'", {"", "com", "com.qtv", "com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"}},
+        {"category NOT LIKE '%o%'", {"", "it's", "\xc3\xa9t\xc3\xa9"}},
+        {"category LIKE %0", {"com.qtv"}},
+        {"category = %1", {"it's"}},
+    };
+    const char *categories[] = {nullptr, "com", "com.qtv", "com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"};
+    for (const auto &[expression, expected] : cases) {
+        const ContentFilter filter =
+            compiled(expression, {"com.qt_", "'it''s'"}, QTV_VX_LogMessage_get_typecode());
+        for (const char *category : categories) {
+            const auto sample = logMessage(category);
+            const char *shown = category != nullptr ? category : "";
+            const bool wanted = std::find_if(expected.begin(), expected.end(), [&](const char *c) {
+                                    return std::string(c) == shown;
+                                }) != expected.end();
+            EXPECT_EQ(filter.matches(&sample), wanted) << expression << " on '" << shown << "'";
+        }
+    }
+}
+
+TEST(ContentFilter, EnumerationsCompareByValueOrByEnumeratorName) {
+    QTV_VX_ADMIN_State state{};
+    state.state = QTV_VX_STATE_OPERATIONAL;
+    for (const char *expression : {"state = 1", "state = QTV_VX_STATE_OPERATIONAL", "state = 'QTV_VX_STATE_OPERATIONAL'",
+                                   "state > QTV_VX_STATE_INITIALIZING AND state < 2", "state = %0"}) {
+        const ContentFilter filter = compiled(expression, {"QTV_VX_STATE_OPERATIONAL"}, QTV_VX_ADMIN_State_get_typecode());
+        EXPECT_TRUE(filter.matches(&state)) << expression;
+    }
+    EXPECT_EQ(refusal("state = QTV_VX_STATE_LOST", {}, QTV_VX_ADMIN_State_get_typecode()).message,
+              "'QTV_VX_STATE_LOST' is not an enumerator of QTV::VX::ADMIN::StateKind, the type of member 'state'");
+}
+
+// A hand-made type with the integer widths that the data types do not use.
+TEST(ContentFilter, EveryIntegerWidthIsReadAtItsSize) {
+    struct Widths {
+        DDS_Octet octet;
+        DDS_Short shortValue;
+        DDS_UnsignedShort unsignedShort;
+        DDS_UnsignedLong unsignedLong;
+        DDS_LongLong longLong;
+        DDS_Boolean flag;
+        DDS_UnsignedLongLong unsupported;
+    };
+    auto code = [](DDS_TCKind kind, std::size_t size) {
+        return DDS_TypeCode{kind, nullptr, 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX, size, nullptr};
+    };
+    static const DDS_TypeCode kOctet = code(DDS_TK_OCTET, 1), kShort = code(DDS_TK_SHORT, 2),
+                              kUShort = code(DDS_TK_USHORT, 2), kULong = code(DDS_TK_ULONG, 4),
+                              kLongLong = code(DDS_TK_LONGLONG, 8), kBoolean = code(DDS_TK_BOOLEAN, 1),
+                              kULongLong = code(DDS_TK_ULONGLONG, 8);
+    auto member = [](const char *name, const DDS_TypeCode &type, std::size_t offset) {
+        return DDS_TypeCodeMember{name, 0, DDS_TYPECODE_NONKEY_REQUIRED_MEMBER, DDS_PUBLIC_MEMBER, &type, 0, offset};
+    };
+    static const DDS_TypeCodeMember kMembers[] = {
+        member("octet", kOctet, offsetof(Widths, octet)),
+        member("short", kShort, offsetof(Widths, shortValue)),
+        member("ushort", kUShort, offsetof(Widths, unsignedShort)),
+        member("ulong", kULong, offsetof(Widths, unsignedLong)),
+        member("longlong", kLongLong, offsetof(Widths, longLong)),
+        member("flag", kBoolean, offsetof(Widths, flag)),
+        member("unsupported", kULongLong, offsetof(Widths, unsupported))};
+    static const DDS_TypeCode kWidths = {DDS_TK_STRUCT, "Widths", 7, kMembers, 0, 0, nullptr, nullptr,
+                                         DDS_TYPECODE_NO_DEFAULT_INDEX, sizeof(Widths), nullptr};
+
+    const ContentFilter filter = compiled("octet = 255 AND short = -2 AND ushort = 65535 AND ulong = 0xffffffff "
+                                          "AND longlong = -9000000000 AND flag = 1",
+                                          {}, &kWidths);
+    Widths sample{255, -2, 65535, 0xffffffffu, -9000000000LL, 1, 0};
+    EXPECT_TRUE(filter.matches(&sample));
+    sample.longLong = -9000000000LL + (1LL << 32); // only the high word differs
+    EXPECT_FALSE(filter.matches(&sample));
+
+    EXPECT_EQ(refusal("ushort = -1", {}, &kWidths).message, "-1 is out of range for unsigned short member 'ushort'");
+    EXPECT_EQ(refusal("octet = %0", {"256"}, &kWidths).message,
+              "parameter %0 ('256') is out of range for octet member 'octet'");
+    EXPECT_EQ(refusal("unsupported = 1", {}, &kWidths).message,
+              "member 'unsupported' cannot be filtered: it is an unsigned long long");
+}
+
+TEST(ContentFilter, RefusalsSayWhatIsWrongAndWhere) {
+    struct Case {
+        const char *expression;
+        std::size_t position;
+        const char *message;
+        const DDS_TypeCode *type = QTV_VX_ADMIN_CommandRequest_get_typecode();
+    };
+    const DDS_TypeCode *logMessageType = QTV_VX_LogMessage_get_typecode();
+    const DDS_TypeCode *stateType = QTV_VX_ADMIN_State_get_typecode();
+    const Case cases[] = {
+        {"targetHostAndAppId.rtps_hostid = %0", 0, "unknown member 'targetHostAndAppId.rtps_hostid'"},
+        {"invocation = 1 AND nothing = 2", 19, "unknown member 'nothing'"},
+        {"invocation = 1 # 2", 15, "unexpected character '#'"},
+        {"invocation =", 12, "expected a value after '='"},
+        {"invocation = 1 AND", 18, "expected a condition after 'AND'"},
+        {"invocation 5", 11, "expected a comparison operator before '5'"},
+        {"invocation = 1 invocation = 2", 15, "expected AND or OR before 'invocation'"},
+        {"(invocation = 1", 15, "expected ')' to close the '(' at column 1, after '1'"},
+        {"invocation = 1)", 14, "unbalanced ')'"},
+        {"invocation NOT = 1", 15, "expected BETWEEN or LIKE after 'NOT'"},
+        {"invocation BETWEEN 1 OR 2", 21, "expected AND between the bounds of BETWEEN, before 'OR'"},
+        {"invocation = %2", 13, "parameter %2 used but only 2 parameters given"},
+        {"invocation = %100", 13, "malformed parameter '%100': expected %0 to %99"},
+        {"invocation = %0", 13, "parameter %0 ('x') is not an integer, as long member 'invocation' needs"},
+        {"invocation = 4294967296", 13, "4294967296 is out of range for long member 'invocation'"},
+        {"invocation = 99999999999999999999", 13, "integer 99999999999999999999 is out of range"},
+        {"invocation = 1.5", 13, "floating-point numbers are not supported: 1.5"},
+        {"invocation = 12ab", 13, "malformed number '12ab'"},
+        {"invocation = 'x'", 13, "cannot compare long member 'invocation' with a string"},
+        {"invocation LIKE '1%'", 11, "LIKE needs a string, and long member 'invocation' is not one"},
+        {"invocation = 'it''s", 13, "string not closed: a quote is missing"},
+        {"targetHostAndAppId. = 1", 19, "expected a member name after 'targetHostAndAppId.'"},
+        {"targetHostAndAppId = 1", 0, "member 'targetHostAndAppId' is a struct: compare one of its members"},
+        {"invocation.x = 1", 0, "member 'invocation' has no members"},
+        {"command.filterLevel = 1", 0, "member 'command' cannot be filtered: it is a union"},
+        {"   ", 0, "the expression is empty"},
+        {"category = 5", 11, "cannot compare string member 'category' with an integer", logMessageType},
+        {"category = level", 9, "cannot compare string member 'category' with long member 'level'", logMessageType},
+        {"qtvLoggerVerbosities.category = 1", 0, "member 'qtvLoggerVerbosities' cannot be filtered: it is an array",
+         stateType},
+    };
+    for (const Case &c : cases) {
+        const FilterError error = refusal(c.expression, {"x", "y"}, c.type);
+        EXPECT_EQ(error.message, c.message) << c.expression;
+        EXPECT_EQ(error.position, c.position) << c.expression;
+    }
+    EXPECT_EQ(refusal("invocation = 1", {}, nullptr).message, "content filters need a struct type");
+    EXPECT_EQ(refusal("invocation = 1 # 2").describe(), "column 16: unexpected character '#'");
+    EXPECT_EQ(refusal(std::string(150, '(') + "invocation = 1" + std::string(150, ')')).message,
+              "expression nested too deeply (more than 100 levels)");
+}
+
+TEST(ContentFilter, MatchingAllocatesNothing) {
+    const ContentFilter filter =
+        compiled("category LIKE '%x%' OR level BETWEEN 1 AND %0 AND NOT category = %1", {"10", "'abc'"},
+                 QTV_VX_LogMessage_get_typecode());
+    const auto sample = logMessage("a long category without the letter");
+    const long before = gAllocations.load();
+    bool any = false;
+    for (int i = 0; i < 1000; ++i) {
+        any |= filter.matches(&sample);
+    }
+    EXPECT_FALSE(any);
+    EXPECT_EQ(gAllocations.load(), before);
+}

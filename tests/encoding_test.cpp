@@ -1,0 +1,422 @@
+// The CDR encoding of the data types: bytes derived by hand, round trips,
+// crafted and truncated inputs, bounds and the size tables.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <set>
+#include <string>
+
+#include "support/cdr_test_support.hpp"
+
+using namespace vexar_test;
+
+namespace {
+
+std::string hex(const Bytes &bytes) {
+    std::string out;
+    char byte[8];
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        std::snprintf(byte, sizeof byte, "%02X%s", bytes[i], (i % 4 == 3) ? " | " : " ");
+        out += byte;
+    }
+    return out;
+}
+
+// Runs each hand-derived layout in both byte orders.
+class HandDerivedBytes : public ::testing::TestWithParam<bool> {
+protected:
+    bool bigEndian() const { return GetParam(); }
+    // Requested identifier: CDR in the test's order (parameter-list types write it as PL_CDR).
+    DDS_UnsignedShort requestedId() const { return bigEndian() ? 0 : 1; }
+    WireBytes plain() const { return WireBytes(bigEndian()).encapsulation(bigEndian() ? 0 : 1); }
+    WireBytes list() const { return WireBytes(bigEndian()).encapsulation(bigEndian() ? 2 : 3); }
+
+    // The sample writes exactly `expected`, and `expected` reads back to a
+    // sample that writes it again.
+    template <typename T>
+    void expectWire(const T &sample, const Bytes &expected) {
+        EXPECT_EQ(hex(serialized(sample, requestedId())), hex(expected));
+        Owned<T> back;
+        ASSERT_TRUE(deserialized(*back.get(), expected));
+        EXPECT_EQ(hex(serialized(*back.get(), requestedId())), hex(expected));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(ByteOrders, HandDerivedBytes, ::testing::Values(false, true),
+                         [](const auto &info) { return info.param ? "BigEndian" : "LittleEndian"; });
+
+}  // namespace
+
+TEST(LogMessageBytes, BufferFormIsLittleEndianParameterList) {
+    Owned<QTV_VX_LogMessage> log;
+    log->hostAndAppId = {1, 2};
+    log->level = 300;
+    setText(log->message, "x");
+    char buffer[64];
+    DDS_UnsignedLong length = sizeof buffer;
+    ASSERT_TRUE(QTV_VX_LogMessagePlugin_serialize_to_cdr_buffer(buffer, &length, log.get()));
+    const Bytes expected = {
+        0x00, 0x03, 0x00, 0x00,                                      // PL_CDR_LE, options 0
+        0x00, 0x00, 0x08, 0x00, 0x01, 0, 0, 0, 0x02, 0, 0, 0,        // id 0, 8 bytes: hostAndAppId {1, 2}
+        0x01, 0x00, 0x04, 0x00, 0x2C, 0x01, 0, 0,                    // id 1, 4 bytes: level 300
+        0x02, 0x00, 0x05, 0x00, 0x01, 0, 0, 0, 0x00, 0, 0, 0,        // id 2, 5 bytes: "" (length 1, NUL), 3 padding
+        0x03, 0x00, 0x06, 0x00, 0x02, 0, 0, 0, 'x', 0x00, 0, 0,      // id 3, 6 bytes: "x", 2 padding
+        0x02, 0x7F, 0x00, 0x00,                                      // LIST_END | must-understand, length 0
+    };
+    EXPECT_EQ(hex(Bytes(buffer, buffer + length)), hex(expected));
+
+    DDS_UnsignedLong needed = 0;
+    ASSERT_TRUE(QTV_VX_LogMessagePlugin_serialize_to_cdr_buffer(nullptr, &needed, log.get()));
+    EXPECT_EQ(needed, expected.size());
+}
+
+TEST_P(HandDerivedBytes, LogMessage) {
+    Owned<QTV_VX_LogMessage> log;
+    log->hostAndAppId = {1, 2};
+    log->level = 300;
+    setText(log->message, "x");
+    expectWire(log.sample, list()
+                               .pid(0, 8).i32(1).i32(2)    // hostAndAppId
+                               .pid(1, 4).i32(300)         // level
+                               .pid(2, 5).str("").pad(3)   // category
+                               .pid(3, 6).str("x").pad(2)  // message
+                               .sentinel()
+                               .bytes);
+}
+
+TEST_P(HandDerivedBytes, State) {
+    Owned<QTV_VX_ADMIN_State> state;
+    fill(state.sample);
+    expectWire(state.sample, list()
+                                 .pid(0, 8).i32(0x01020304).i32(-2)  // hostAndAppId
+                                 .pid(1, 4).i32(7)                   // administrationDomainId
+                                 .pid(2, 4).i32(1)                   // state OPERATIONAL
+                                 .pid(3, 8).str("app")               // applicationKind: 4 + 4, no padding
+                                 .pid(4, 4).i32(600)                 // filterLevel
+                                 .pid(5, 40)                         // five (category, verbosity) pairs, no count
+                                 .i32(0).i32(1).i32(1).i32(2).i32(2).i32(3).i32(3).i32(4).i32(4).i32(5)
+                                 .pid(6, 4).i32(2)                   // qtvLoggerPrintFormat VERBOSE
+                                 .sentinel()
+                                 .bytes);
+}
+
+TEST_P(HandDerivedBytes, CommandInEachBranch) {
+    Owned<QTV_VX_ADMIN_Command> command;
+    command->_d = QTV_VX_SET_LOG_LEVEL;
+    command->_u.filterLevel = 500;
+    expectWire(command.sample, list().pid(0, 4).i32(0).pid(1, 4).i32(500).sentinel().bytes);
+
+    fill(command.sample);  // SET_QTV_LOGGER_LEVEL with (1, 3), (4, 5)
+    expectWire(command.sample, list()
+                                   .pid(0, 4).i32(1)
+                                   .pid(2, 20).u32(2).i32(1).i32(3).i32(4).i32(5)  // count, then the pairs
+                                   .sentinel()
+                                   .bytes);
+
+    command->_d = QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT;
+    command->_u.printFormat = QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL;
+    expectWire(command.sample, list().pid(0, 4).i32(2).pid(3, 4).i32(6).sentinel().bytes);
+}
+
+TEST_P(HandDerivedBytes, CommandRequestNestsTheCommandWithItsOwnSentinel) {
+    Owned<QTV_VX_ADMIN_CommandRequest> request;
+    fill(request.sample);
+    expectWire(request.sample, list()
+                                   .pid(0, 8).i32(11).i32(12)  // targetHostAndAppId
+                                   .pid(1, 8).i32(21).i32(22)  // originatorHostAndAppId
+                                   .pid(2, 4).i32(42)          // invocation
+                                   .pid(3, 36)                 // command: 8 + 24 + 4
+                                   .pid(0, 4).i32(1)
+                                   .pid(2, 20).u32(2).i32(1).i32(3).i32(4).i32(5)
+                                   .sentinel()                 // the command's
+                                   .sentinel()                 // the request's
+                                   .bytes);
+}
+
+TEST_P(HandDerivedBytes, CommandResponse) {
+    Owned<QTV_VX_ADMIN_CommandResponse> response;
+    fill(response.sample);
+    expectWire(response.sample, list()
+                                    .pid(0, 8).i32(11).i32(12)
+                                    .pid(1, 8).i32(21).i32(22)
+                                    .pid(2, 4).i32(42)
+                                    .pid(3, 4).i32(1)                             // NOT_SUPPORTED
+                                    .pid(4, 21).str("no such category").pad(3)    // 4 + 17
+                                    .sentinel()
+                                    .bytes);
+}
+
+TEST_P(HandDerivedBytes, PlainTypes) {
+    QTV_VX_HostAndAppId id;
+    fill(id);
+    expectWire(id, plain().i32(0x01020304).i32(-2).bytes);
+    QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity pair;
+    fill(pair);
+    expectWire(pair, plain().i32(2).i32(2).bytes);
+    QTV_VX_ADMIN_StateKind kind;
+    fill(kind);
+    expectWire(kind, plain().i32(3).bytes);
+}
+
+// --- every type, every encapsulation --------------------------------------
+
+template <typename T>
+class RoundTrip : public ::testing::Test {};
+using AllTypes = ::testing::Types<QTV_VX_HostAndAppId, QTV_VX_LogMessage, QTV_VX_ADMIN_QTVLoggerVerbosity,
+                                  QTV_VX_ADMIN_QTVLoggerCategory, QTV_VX_ADMIN_QTVLoggerPrintFormat,
+                                  QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity, QTV_VX_ADMIN_StateKind,
+                                  QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandKind, QTV_VX_ADMIN_Command,
+                                  QTV_VX_ADMIN_CommandRequest, QTV_VX_ADMIN_CommandResult,
+                                  QTV_VX_ADMIN_CommandResponse>;
+TYPED_TEST_SUITE(RoundTrip, AllTypes);
+
+TYPED_TEST(RoundTrip, EveryEncapsulationReadsBackSizesAndSkipsExactly) {
+    using T = TypeParam;
+    Owned<T> original;
+    fill(original.sample);
+    for (DDS_UnsignedShort id = 0; id <= 3; ++id) {
+        SCOPED_TRACE(id);
+        Bytes bytes = serialized(original.sample, id);
+        ASSERT_FALSE(bytes.empty());
+        Owned<T> back;
+        ASSERT_TRUE(deserialized(*back.get(), bytes));
+        EXPECT_EQ(hex(serialized(*back.get(), id)), hex(bytes));
+        EXPECT_EQ(Plugin<T>::sampleSize(nullptr, DDS_BOOLEAN_TRUE, id, 0, original.get()), bytes.size());
+
+        OBLX_CdrStream stream;
+        OBLX_CdrStream_initForRead(&stream, bytes.data(), static_cast<DDS_UnsignedLong>(bytes.size()));
+        EXPECT_TRUE(Plugin<T>::skip(nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr));
+        EXPECT_EQ(OBLX_CdrStream_getPosition(&stream), bytes.size());
+    }
+}
+
+// --- crafted inputs --------------------------------------------------------
+
+namespace {
+
+// A little-endian LogMessage {1, 2}, level 300, "", "x" with `extra` bytes
+// inserted after the level member.
+Bytes logMessageWith(const Bytes &extra) {
+    WireBytes head(false);
+    head.encapsulation(3).pid(0, 8).i32(1).i32(2).pid(1, 4).i32(300);
+    head.bytes.insert(head.bytes.end(), extra.begin(), extra.end());
+    return head.pid(2, 5).str("").pad(3).pid(3, 6).str("x").pad(2).sentinel().bytes;
+}
+
+}  // namespace
+
+TEST(ParameterListReading, UnknownMembersPassUnlessTheyMustBeUnderstood) {
+    Owned<QTV_VX_LogMessage> log;
+    ASSERT_TRUE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(9, 4).i32(77).bytes)));
+    EXPECT_EQ(log->level, 300);
+    EXPECT_STREQ(log->message, "x");
+    EXPECT_FALSE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x4009, 4).i32(77).bytes)));
+    EXPECT_FALSE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x7F01, 8).u32(0x40000009).u32(0).bytes)));
+
+    // The command accepts only its discriminator and branches, whatever the flags.
+    Owned<QTV_VX_ADMIN_Command> command;
+    for (std::uint16_t unknownId : {4, 9, 0x4009}) {
+        EXPECT_FALSE(deserialized(command.sample,
+                                  WireBytes(false).encapsulation(3).pid(0, 4).i32(0).pid(unknownId, 4).i32(1).sentinel().bytes));
+    }
+}
+
+TEST(ParameterListReading, IgnoredParametersAndExtendedHeadersAreRead) {
+    Owned<QTV_VX_LogMessage> log;
+    ASSERT_TRUE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x3F03, 8).i32(1).i32(2).bytes)));
+    EXPECT_STREQ(log->message, "x");
+
+    Bytes extended = WireBytes(false)
+                         .encapsulation(3)
+                         .pid(0x7F01, 8).u32(0).u32(8).i32(5).i32(6)          // hostAndAppId
+                         .pid(1, 4).i32(700)
+                         .pid(0x7F01, 8).u32(3).u32(8).str("abc")              // message; category absent
+                         .sentinel()
+                         .bytes;
+    ASSERT_TRUE(deserialized(log.sample, extended));
+    EXPECT_EQ(log->hostAndAppId.rtps_app_id, 6);
+    EXPECT_EQ(log->level, 700);
+    EXPECT_STREQ(log->category, "");
+    EXPECT_STREQ(log->message, "abc");
+}
+
+TEST(ParameterListReading, AMemberReaderStaysInsideItsParameter) {
+    // The level parameter says 2 bytes: its 4-byte value may not borrow from the next parameter.
+    Owned<QTV_VX_LogMessage> log;
+    EXPECT_FALSE(deserialized(log.sample, WireBytes(false).encapsulation(3).pid(1, 2).i32(300).sentinel().bytes));
+}
+
+TEST(ParameterListReading, AnEmptyListGivesInitialValues) {
+    Owned<QTV_VX_LogMessage> log;
+    fill(log.sample);
+    ASSERT_TRUE(deserialized(log.sample, WireBytes(true).encapsulation(2).sentinel().bytes));
+    EXPECT_EQ(log->hostAndAppId.rtps_host_id, 0);
+    EXPECT_EQ(log->level, 0);
+    EXPECT_STREQ(log->category, "");
+    EXPECT_STREQ(log->message, "");
+}
+
+TEST(ParameterListReading, ATruncatedSampleReadsOnlyWhereItEndsBetweenMembers) {
+    // Offsets in the hand-derived LogMessage: header 0-3; members end at 16,
+    // 24, 33 (before padding) and 46; the sentinel ends at 52. A list that
+    // simply ends between members is complete; a cut inside a header, a
+    // value or the padding before a header fails.
+    Bytes full = logMessageWith({});
+    std::set<size_t> readable;
+    for (size_t size = 0; size < full.size(); ++size) {
+        Owned<QTV_VX_LogMessage> log;
+        if (deserialized(log.sample, Bytes(full.begin(), full.begin() + size))) readable.insert(size);
+    }
+    EXPECT_EQ(readable, (std::set<size_t>{4, 16, 24, 33, 46}));
+}
+
+namespace {
+template <typename T>
+void readEveryTruncation() {
+    Owned<T> original;
+    fill(original.sample);
+    Bytes full = serialized(original.sample, 1);
+    for (size_t size = 0; size < full.size(); ++size) {
+        Owned<T> back;
+        deserialized(back.sample, Bytes(full.begin(), full.begin() + size));  // AddressSanitizer checks the reads
+        OBLX_CdrStream stream;
+        OBLX_CdrStream_initForRead(&stream, full.data(), static_cast<DDS_UnsignedLong>(size));
+        Plugin<T>::skip(nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
+        EXPECT_LE(OBLX_CdrStream_getPosition(&stream), size);
+    }
+}
+}  // namespace
+
+TEST(ParameterListReading, NoTruncationOfAnyTopicSampleReadsPastItsEnd) {
+    readEveryTruncation<QTV_VX_LogMessage>();
+    readEveryTruncation<QTV_VX_ADMIN_State>();
+    readEveryTruncation<QTV_VX_ADMIN_CommandRequest>();
+    readEveryTruncation<QTV_VX_ADMIN_CommandResponse>();
+}
+
+TEST(EnumerationReading, AValueOutOfRangeFailsTheSampleButNotTheFieldRead) {
+    Bytes bytes = WireBytes(false).encapsulation(3).pid(1, 4).i32(9).pid(2, 4).i32(7).sentinel().bytes;
+    Owned<QTV_VX_ADMIN_State> state;
+    EXPECT_FALSE(deserialized(state.sample, bytes));
+
+    OBLX_CdrStream stream;
+    OBLX_CdrStream_initForRead(&stream, bytes.data(), static_cast<DDS_UnsignedLong>(bytes.size()));
+    EXPECT_TRUE(QTV_VX_ADMIN_StatePlugin_deserialize_sample(nullptr, state.get(), &stream, DDS_BOOLEAN_TRUE,
+                                                            DDS_BOOLEAN_TRUE, nullptr));
+    EXPECT_TRUE(OBLX_CdrStream_getUnassignable(&stream));
+    EXPECT_EQ(state->administrationDomainId, 9);
+    EXPECT_EQ(state->state, QTV_VX_STATE_INITIALIZING) << "the field keeps its value";
+
+    QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity pair{};
+    EXPECT_FALSE(deserialized(pair, WireBytes(false).encapsulation(1).i32(4).i32(6).bytes));
+    Owned<QTV_VX_ADMIN_Command> command;
+    EXPECT_FALSE(deserialized(command.sample, WireBytes(false).encapsulation(3).pid(0, 4).i32(7).sentinel().bytes));
+}
+
+TEST(Bounds, StringsAndSequencesOverTheirBoundsFailBothWays) {
+    Owned<QTV_VX_LogMessage> log;
+    setText(log->message, std::string(4096, 'm'));
+    EXPECT_FALSE(serialized(log.sample, 1).empty());
+    std::string overlong(4097, 'm');
+    char *buffer = log->message;
+    log->message = overlong.data();
+    EXPECT_TRUE(serialized(log.sample, 1).empty());
+    DDS_UnsignedLong size = 0;
+    EXPECT_FALSE(QTV_VX_LogMessagePlugin_serialize_to_cdr_buffer(nullptr, &size, log.get())) << size;
+    log->message = buffer;
+
+    auto withMessage = [](size_t characters) {
+        auto length = static_cast<std::uint16_t>(4 + characters + 1);
+        return WireBytes(false).encapsulation(3).pid(3, length).str(std::string(characters, 'm')).bytes;
+    };
+    EXPECT_TRUE(deserialized(log.sample, withMessage(4096)));
+    EXPECT_EQ(std::string(log->message).size(), 4096u);
+    EXPECT_FALSE(deserialized(log.sample, withMessage(4097)));
+
+    Owned<QTV_VX_ADMIN_Command> command;
+    WireBytes six(false);
+    six.encapsulation(3).pid(0, 4).i32(1).pid(2, 52).u32(6);
+    for (int i = 0; i < 6; ++i) six.i32(0).i32(0);
+    EXPECT_FALSE(deserialized(command.sample, six.sentinel().bytes));
+}
+
+TEST(Encapsulation, IdentifiersOutsideZeroToThreeFail) {
+    QTV_VX_HostAndAppId id{1, 2};
+    EXPECT_TRUE(serialized(id, 4).empty());
+    EXPECT_FALSE(deserialized(id, WireBytes(false).encapsulation(4).i32(1).i32(2).bytes));
+    Owned<QTV_VX_LogMessage> log;
+    EXPECT_TRUE(serialized(log.sample, 4).empty());
+
+    char small[8];
+    DDS_UnsignedLong length = sizeof small;
+    EXPECT_FALSE(QTV_VX_LogMessagePlugin_serialize_to_cdr_buffer(small, &length, log.get()));
+    EXPECT_FALSE(QTV_VX_LogMessagePlugin_serialize_to_cdr_buffer(small, nullptr, log.get()));
+}
+
+TEST(ParameterListWriting, TheSkipListEndMarkLeavesOutTheSentinelAndIsKept) {
+    Owned<QTV_VX_ADMIN_Command> command;
+    Bytes buffer(64);
+    OBLX_CdrStream stream;
+    OBLX_CdrStream_init(&stream, buffer.data(), 64);
+    OBLX_CdrStream_setDirty(&stream, DDS_BOOLEAN_TRUE);
+    OBLX_CdrStream_setSkipListEnd(&stream, DDS_BOOLEAN_TRUE);
+    ASSERT_TRUE(QTV_VX_ADMIN_CommandPlugin_serialize(nullptr, command.get(), &stream, DDS_BOOLEAN_FALSE, 0,
+                                                     DDS_BOOLEAN_TRUE, nullptr));
+    buffer.resize(OBLX_CdrStream_getPosition(&stream));
+    EXPECT_EQ(hex(buffer), hex(WireBytes(OBLX_CdrStream_isNativeBigEndian()).pid(0, 4).i32(0).pid(1, 4).i32(0).bytes));
+    EXPECT_TRUE(OBLX_CdrStream_getSkipListEnd(&stream));
+}
+
+// --- sizes -------------------------------------------------------------------
+
+namespace {
+struct SizeRow {
+    DDS_UnsignedLong maxWithout, maxWith, minWithout, minWith;
+};
+
+template <typename T>
+SizeRow sizesOf() {
+    return {Plugin<T>::maxSize(nullptr, DDS_BOOLEAN_FALSE, 0, 0), Plugin<T>::maxSize(nullptr, DDS_BOOLEAN_TRUE, 0, 0),
+            Plugin<T>::minSize(nullptr, DDS_BOOLEAN_FALSE, 0, 0), Plugin<T>::minSize(nullptr, DDS_BOOLEAN_TRUE, 0, 0)};
+}
+
+void expectSizes(const SizeRow &actual, const SizeRow &expected, const char *type) {
+    SCOPED_TRACE(type);
+    EXPECT_EQ(actual.maxWithout, expected.maxWithout);
+    EXPECT_EQ(actual.maxWith, expected.maxWith);
+    EXPECT_EQ(actual.minWithout, expected.minWithout);
+    EXPECT_EQ(actual.minWith, expected.minWith);
+}
+}  // namespace
+
+TEST(SerializedSizes, MaximaAndMinimaComeOutOfTheTypeCodes) {
+    expectSizes(sizesOf<QTV_VX_LogMessage>(), {4696, 4700, 72, 76}, "LogMessage");
+    expectSizes(sizesOf<QTV_VX_ADMIN_State>(), {424, 428, 128, 132}, "State");
+    expectSizes(sizesOf<QTV_VX_ADMIN_Command>(), {84, 88, 28, 32}, "Command");
+    expectSizes(sizesOf<QTV_VX_ADMIN_CommandRequest>(), {164, 168, 92, 96}, "CommandRequest");
+    expectSizes(sizesOf<QTV_VX_ADMIN_CommandResponse>(), {2152, 2156, 80, 84}, "CommandResponse");
+    expectSizes(sizesOf<QTV_VX_HostAndAppId>(), {8, 12, 8, 12}, "HostAndAppId");
+}
+
+TEST(SerializedSizes, AlignmentAndEncapsulationIdentifierCount) {
+    // From position 2 a HostAndAppId pads to 4 first; the header aligns to 2 only.
+    EXPECT_EQ(QTV_VX_HostAndAppIdPlugin_get_serialized_sample_max_size(nullptr, DDS_BOOLEAN_FALSE, 0, 2), 10u);
+    EXPECT_EQ(QTV_VX_HostAndAppIdPlugin_get_serialized_sample_max_size(nullptr, DDS_BOOLEAN_TRUE, 0, 2), 12u);
+    EXPECT_EQ(QTV_VX_LogMessagePlugin_get_serialized_sample_max_size(nullptr, DDS_BOOLEAN_TRUE, 5, 0), 1u);
+    EXPECT_EQ(QTV_VX_LogMessagePlugin_get_serialized_sample_min_size(nullptr, DDS_BOOLEAN_TRUE, 5, 0), 1u);
+    DDS_Boolean overflow = DDS_BOOLEAN_TRUE;
+    EXPECT_EQ(QTV_VX_LogMessagePlugin_get_serialized_sample_max_size_ex(nullptr, &overflow, DDS_BOOLEAN_TRUE, 1, 0),
+              4700u);
+    EXPECT_FALSE(overflow);
+}
+
+TEST(SerializedSizes, ASampleAtItsBoundsFitsTheMaximum) {
+    Owned<QTV_VX_LogMessage> log;
+    setText(log->category, std::string(512, 'c'));
+    setText(log->message, std::string(4096, 'm'));
+    Bytes bytes = serialized(log.sample, 1);
+    ASSERT_FALSE(bytes.empty());
+    EXPECT_LE(bytes.size(), QTV_VX_LogMessagePlugin_get_serialized_sample_max_size(nullptr, DDS_BOOLEAN_TRUE, 1, 0));
+    EXPECT_EQ(bytes.size(), QTV_VX_LogMessagePlugin_get_serialized_sample_size(nullptr, DDS_BOOLEAN_TRUE, 1, 0,
+                                                                               log.get()));
+}

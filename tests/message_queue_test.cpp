@@ -1,0 +1,210 @@
+// The bounded message queue: capacity, text copies, front and pop, and many
+// producers with one consumer.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/captured_stdout.h"
+#include "vexar/MessageQueue.h"
+
+using vexar_test::capturedStdout;
+
+namespace {
+
+struct QueueDeleter {
+    void operator()(QTV_VX_MessageQueue *queue) const { QTV_VX_MessageQueue_delete(queue); }
+};
+using QueuePtr = std::unique_ptr<QTV_VX_MessageQueue, QueueDeleter>;
+
+QueuePtr makeQueue(DDS_Long size) {
+    const QTV_VX_MessageQueueProperty property = {size};
+    QueuePtr queue(QTV_VX_MessageQueue_new(&property));
+    EXPECT_NE(queue, nullptr);
+    return queue;
+}
+
+QTV_VX_LogMessagePlusTime item(const std::string &message, const std::string &category = "", DDS_Long level = 600) {
+    QTV_VX_LogMessagePlusTime plusTime{};
+    plusTime.message.hostAndAppId = {11, 22};
+    plusTime.message.level = level;
+    plusTime.message.message = const_cast<char *>(message.c_str());
+    plusTime.message.category = const_cast<char *>(category.c_str());
+    plusTime.writeTime = {1700000000, 123};
+    return plusTime;
+}
+
+DDS_Long push(QTV_VX_MessageQueue *queue, const std::string &message, const std::string &category = "") {
+    const QTV_VX_LogMessagePlusTime plusTime = item(message, category);
+    return QTV_VX_MessageQueue_push(queue, &plusTime);
+}
+
+constexpr OBLX_Time_t kNoWait = {0, 0};
+constexpr OBLX_Time_t kOneSecond = {1, 0};
+
+const QTV_VX_MessageQueueElement *elementOf(const QTV_VX_LogMessagePlusTime *plusTime) {
+    return reinterpret_cast<const QTV_VX_MessageQueueElement *>(reinterpret_cast<const char *>(plusTime) -
+                                                                offsetof(QTV_VX_MessageQueueElement, messagePlusTime));
+}
+
+TEST(MessageQueue, FullQueueDropsTheNewestWithAWarning) {
+    QueuePtr queue = makeQueue(1);
+    EXPECT_EQ(QTV_VX_MessageQueue_getMessageQueueProperty(queue.get()), 1);
+    EXPECT_EQ(push(queue.get(), "first"), 1);
+    DDS_Long result = -1;
+    EXPECT_EQ(capturedStdout([&] { result = push(queue.get(), "second"); }),
+              "VX Warning: QTV_VX_MessageQueue_push: Max queue size reached, message will get lost\n");
+    EXPECT_EQ(result, 0);
+
+    const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue.get(), &kNoWait);
+    ASSERT_NE(head, nullptr);
+    EXPECT_STREQ(head->message.message, "first");
+    QTV_VX_MessageQueue_pop(queue.get());
+    EXPECT_EQ(push(queue.get(), "third"), 1);
+}
+
+TEST(MessageQueue, CopiesEveryFieldOfTheItem) {
+    QueuePtr queue = makeQueue(4);
+    std::string message = "hello";
+    std::string category = "net";
+    const QTV_VX_LogMessagePlusTime pushed = item(message, category, 350);
+    ASSERT_EQ(QTV_VX_MessageQueue_push(queue.get(), &pushed), 1);
+    message[0] = 'X';
+    category[0] = 'X';
+
+    const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue.get(), &kNoWait);
+    ASSERT_NE(head, nullptr);
+    EXPECT_EQ(head->message.hostAndAppId.rtps_host_id, 11);
+    EXPECT_EQ(head->message.hostAndAppId.rtps_app_id, 22);
+    EXPECT_EQ(head->message.level, 350);
+    EXPECT_STREQ(head->message.message, "hello");
+    EXPECT_STREQ(head->message.category, "net");
+    EXPECT_EQ(head->writeTime.sec, 1700000000);
+    EXPECT_EQ(head->writeTime.nanosec, 123u);
+}
+
+// Texts that fit stay in the element; longer ones go to the heap, cut at the
+// sample's bounds.
+TEST(MessageQueue, TextsFitInlineOrGoToTheHeapCut) {
+    struct Case {
+        size_t messageLength;
+        size_t categoryLength;
+        bool messageInline;
+        bool categoryInline;
+        size_t storedMessage;
+        size_t storedCategory;
+    };
+    const Case cases[] = {
+        {0, 0, true, true, 0, 0},
+        {127, 31, true, true, 127, 31},
+        {128, 32, false, false, 128, 32},
+        {4096, 512, false, false, 4096, 512},
+        {5000, 600, false, false, 4096, 512},
+    };
+    QueuePtr queue = makeQueue(1);
+    for (const Case &c : cases) {
+        const std::string message(c.messageLength, 'm');
+        const std::string category(c.categoryLength, 'c');
+        ASSERT_EQ(push(queue.get(), message, category), 1);
+        const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue.get(), &kNoWait);
+        ASSERT_NE(head, nullptr);
+        const QTV_VX_MessageQueueElement *element = elementOf(head);
+        EXPECT_EQ(head->message.message == element->inlineMessage, c.messageInline) << c.messageLength;
+        EXPECT_EQ(head->message.category == element->inlineCategory, c.categoryInline) << c.categoryLength;
+        EXPECT_EQ(head->message.message, message.substr(0, c.storedMessage));
+        EXPECT_EQ(head->message.category, category.substr(0, c.storedCategory));
+        QTV_VX_MessageQueue_pop(queue.get());
+    }
+}
+
+TEST(MessageQueue, FrontTimesOutSilentlyOnAnEmptyQueue) {
+    QueuePtr queue = makeQueue(4);
+    const OBLX_Time_t hundredMilliseconds = {0, 429496730};  // 0.1 s in 2^-32 units
+    const QTV_VX_LogMessagePlusTime *head = nullptr;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(capturedStdout([&] { head = QTV_VX_MessageQueue_front(queue.get(), &hundredMilliseconds); }), "");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(100));
+    EXPECT_EQ(head, nullptr);
+}
+
+// A head that was fetched but not popped stays in place; it is offered again
+// only once a later push gives the count back.
+TEST(MessageQueue, FrontLeavesTheHeadInPlace) {
+    QueuePtr queue = makeQueue(4);
+    ASSERT_EQ(push(queue.get(), "a"), 1);
+    const QTV_VX_LogMessagePlusTime *first = QTV_VX_MessageQueue_front(queue.get(), &kNoWait);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(QTV_VX_MessageQueue_front(queue.get(), &kNoWait), nullptr);
+
+    ASSERT_EQ(push(queue.get(), "b"), 1);
+    EXPECT_EQ(QTV_VX_MessageQueue_front(queue.get(), &kNoWait), first);
+    QTV_VX_MessageQueue_pop(queue.get());
+    QTV_VX_MessageQueue_pop(queue.get());
+    QTV_VX_MessageQueue_pop(queue.get());  // popping an empty queue is harmless
+    EXPECT_EQ(OBLX_InlineList_getSize(&queue->queue), 0);
+}
+
+// Elements left in the queue, inline or on the heap, are freed with it
+// (leaks would show under AddressSanitizer).
+TEST(MessageQueue, DeleteFreesWhatIsLeft) {
+    QueuePtr queue = makeQueue(8);
+    ASSERT_EQ(push(queue.get(), "short", "cat"), 1);
+    ASSERT_EQ(push(queue.get(), std::string(3000, 'x'), std::string(100, 'y')), 1);
+    ASSERT_EQ(push(queue.get(), std::string(200, 'x')), 1);
+    queue.reset();
+    QTV_VX_MessageQueue_delete(nullptr);
+}
+
+TEST(MessageQueue, RefusesNullArguments) {
+    QueuePtr queue = makeQueue(2);
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_push(queue.get(), nullptr), 0); }),
+              "VX Error: QTV_VX_MessageQueue_push: Message queue or message to push is NULL\n");
+    QTV_VX_LogMessagePlusTime noText = item("x");
+    noText.message.message = nullptr;
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_push(queue.get(), &noText), 0); }),
+              "VX Error: QTV_VX_MessageQueue_push: Message queue or message to push is NULL\n");
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_front(nullptr, &kNoWait), nullptr); }),
+              "VX Error: QTV_VX_MEssageQueue_front: Message queue is NULL\n");
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_new(nullptr), nullptr); }),
+              "VX Error: QTV_VX_MessageQueue_new: Message queue property is NULL\n");
+}
+
+// Many producers, one consumer: below capacity nothing is lost and each
+// producer's messages arrive in its own order.
+TEST(MessageQueueConcurrency, ManyProducersLoseNothingBelowCapacity) {
+    constexpr int kProducers = 4;
+    constexpr int kPerProducer = 500;
+    QueuePtr queue = makeQueue(kProducers * kPerProducer);
+    std::vector<std::thread> producers;
+    for (int p = 0; p < kProducers; ++p) {
+        producers.emplace_back([&, p] {
+            for (int i = 0; i < kPerProducer; ++i) {
+                // Every fourth message is long enough to take the heap path.
+                const std::string text = std::to_string(p) + ":" + std::to_string(i) + std::string(i % 4 == 0 ? 200 : 0, '.');
+                EXPECT_EQ(push(queue.get(), text, "producer"), 1);
+            }
+        });
+    }
+    std::vector<int> nextOf(kProducers, 0);
+    for (int received = 0; received < kProducers * kPerProducer; ++received) {
+        const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue.get(), &kOneSecond);
+        ASSERT_NE(head, nullptr) << "after " << received;
+        const std::string text = head->message.message;
+        const int producer = std::stoi(text);
+        const int index = std::stoi(text.substr(text.find(':') + 1));
+        EXPECT_EQ(index, nextOf[producer]++);
+        EXPECT_STREQ(head->message.category, "producer");
+        QTV_VX_MessageQueue_pop(queue.get());
+    }
+    for (std::thread &producer : producers) {
+        producer.join();
+    }
+    EXPECT_EQ(QTV_VX_MessageQueue_front(queue.get(), &kNoWait), nullptr);
+}
+
+}  // namespace

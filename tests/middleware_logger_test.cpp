@@ -1,0 +1,437 @@
+// The middleware logger: verbosity gate, print formats, output devices, the
+// misuse reports and Cyclone's own diagnostics flowing through it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/cyclone.hpp"
+#include "platform/log_line_format.hpp"
+#include "platform/logger.h"
+#include "platform/report.h"
+#include "support/captured_stdout.h"
+#include "support/domains.h"
+
+using vexar_test::capturedStdout;
+
+namespace {
+
+struct Line {
+    std::string text;
+    OBLX_Config_LogLevel level;
+};
+
+// An output device that keeps every line it is given and counts its closes.
+class RecordingDevice {
+public:
+    OBLX_Config_LoggerDevice *device() { return &device_; }
+
+    std::vector<Line> lines() const {
+        std::lock_guard lock(mutex_);
+        return lines_;
+    }
+    std::string text() const {
+        std::string all;
+        for (const Line &line : lines()) all += line.text;
+        return all;
+    }
+    const Line *find(std::string_view fragment) const {
+        std::lock_guard lock(mutex_);
+        const auto found = std::find_if(lines_.begin(), lines_.end(), [&](const Line &line) {
+            return line.text.find(fragment) != std::string::npos;
+        });
+        return found != lines_.end() ? &*found : nullptr;
+    }
+    void clear() {
+        std::lock_guard lock(mutex_);
+        lines_.clear();
+    }
+    int closes() const { return closes_.load(); }
+
+private:
+    static RecordingDevice &of(OBLX_Config_LoggerDevice *device) {
+        return *static_cast<RecordingDevice *>(device->device_data);
+    }
+    static void write(OBLX_Config_LoggerDevice *device, const OBLX_Config_LogMessage *message) {
+        std::lock_guard lock(of(device).mutex_);
+        of(device).lines_.push_back({message->text, message->level});
+    }
+    static void close(OBLX_Config_LoggerDevice *device) { ++of(device).closes_; }
+
+    OBLX_Config_LoggerDevice device_{this, &RecordingDevice::write, &RecordingDevice::close};
+    mutable std::mutex mutex_;
+    std::vector<Line> lines_;
+    std::atomic<int> closes_{0};
+};
+
+// Records everything the logger writes during a test, then restores the defaults.
+class MiddlewareLogger : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, recorder.device())); }
+    void TearDown() override {
+        OBLX_Config_Logger_set_output_device(logger, nullptr);
+        OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+        OBLX_Config_Logger_set_print_format(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT);
+    }
+
+    void setVerbosity(OBLX_Config_LogCategory category, OBLX_Config_LogVerbosity verbosity) {
+        OBLX_Config_Logger_set_verbosity_by_category(logger, category, verbosity);
+    }
+    static void log(OBLX_Config_LogCategory category, OBLX_Config_LogLevel level, const char *text) {
+        OBLX_Config_Logger_log(category, level, "producer", __FILE__, __LINE__, "%s", text);
+    }
+
+    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
+    RecordingDevice recorder;
+};
+
+TEST(MiddlewareLoggerDefaults, OneInstanceLoggingErrorsInDefaultFormatToStdout) {
+    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
+    ASSERT_NE(logger, nullptr);
+    EXPECT_EQ(OBLX_Config_Logger_get_instance(), logger);
+    for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category) {
+        EXPECT_EQ(OBLX_Config_Logger_get_verbosity_by_category(logger, static_cast<OBLX_Config_LogCategory>(category)),
+                  OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    }
+    EXPECT_EQ(OBLX_Config_Logger_get_print_format(logger), OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT);
+    EXPECT_EQ(OBLX_Config_Logger_get_output_device(logger), nullptr);
+}
+
+TEST_F(MiddlewareLogger, LevelPassesWhenItsBitIsInTheCategoryVerbosity) {
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "api error");
+    log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_WARNING, "api warning");
+    log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_STATUS_LOCAL, "api status");
+    log(OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING, "platform warning");
+    // A verbosity is a set of levels, not a threshold.
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_DATABASE, static_cast<OBLX_Config_LogVerbosity>(0x04));
+    log(OBLX_CONFIG_LOG_CATEGORY_DATABASE, OBLX_CONFIG_LOG_LEVEL_ERROR, "database error");
+    log(OBLX_CONFIG_LOG_CATEGORY_DATABASE, OBLX_CONFIG_LOG_LEVEL_STATUS_LOCAL, "database status");
+    // Levels outside 1..5 have no bit.
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_ENTITIES, OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    log(OBLX_CONFIG_LOG_CATEGORY_ENTITIES, static_cast<OBLX_Config_LogLevel>(0), "level 0");
+    log(OBLX_CONFIG_LOG_CATEGORY_ENTITIES, static_cast<OBLX_Config_LogLevel>(6), "level 6");
+
+    const std::vector<Line> lines = recorder.lines();
+    ASSERT_EQ(lines.size(), 3u) << recorder.text();
+    EXPECT_EQ(lines[0].text, "ERROR API producer: api error\n");
+    EXPECT_EQ(lines[0].level, OBLX_CONFIG_LOG_LEVEL_ERROR);
+    EXPECT_EQ(lines[1].text, "WARNING API producer: api warning\n");
+    EXPECT_EQ(lines[1].level, OBLX_CONFIG_LOG_LEVEL_WARNING);
+    EXPECT_EQ(lines[2].text, "STATUS_LOCAL DATABASE producer: database status\n");
+}
+
+TEST_F(MiddlewareLogger, CategoryAllAndSetVerbosityReachEveryCategory) {
+    const auto verbosityOf = [&](int category) {
+        return OBLX_Config_Logger_get_verbosity_by_category(logger, static_cast<OBLX_Config_LogCategory>(category));
+    };
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_ALL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE);
+    for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category)
+        EXPECT_EQ(verbosityOf(category), OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE);
+    OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category)
+        EXPECT_EQ(verbosityOf(category), OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+
+    setVerbosity(static_cast<OBLX_Config_LogCategory>(6), OBLX_CONFIG_LOG_VERBOSITY_SILENT);
+    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_API), OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    EXPECT_NE(recorder.find("OBLX_Config_Logger_set_verbosity_by_category: bad parameter: category"), nullptr)
+        << recorder.text();
+}
+
+struct ReportCase {
+    std::function<void()> report;
+    const char *line;
+};
+
+TEST_F(MiddlewareLogger, ReportsRaiseOneApiErrorLineNamingTheirContext) {
+    const ReportCase cases[] = {
+        {[] { OBLX_Report_badParameter("Seq_copy", "self"); }, "ERROR API Seq_copy: bad parameter: self\n"},
+        {[] { OBLX_Report_badParameter("Seq_copy", nullptr); }, "ERROR API Seq_copy: bad parameter: (null)\n"},
+        {[] { OBLX_Report_assertionFailure("Seq_get", "index out of bounds"); },
+         "ERROR API Seq_get: assertion failure: index out of bounds\n"},
+        {[] { OBLX_Report_insufficientSpace("Seq_copy", 4, 8); },
+         "ERROR API Seq_copy: insufficient space: 4 available, 8 requested\n"},
+        {[] { OBLX_Report_allocationFailure("Seq_grow", 120); },
+         "ERROR API Seq_grow: memory allocation of 120 bytes failed\n"},
+        {[] { OBLX_Report_sequenceNotOwner("Seq_set_maximum"); },
+         "ERROR API Seq_set_maximum: sequence is not the owner of its buffer\n"},
+        {[] { OBLX_Report_setFailure("Seq_set_length", "length"); },
+         "ERROR API Seq_set_length: set failure: length\n"},
+        {[] { OBLX_Report_getFailure("Seq_loan", "token (NULL)"); }, "ERROR API Seq_loan: get failure: token (NULL)\n"},
+        {[] { OBLX_Report_failure("Topic_new", "create topic"); }, "ERROR API Topic_new: failure: create topic\n"},
+        {[] { OBLX_Report_unsupported("Qos_set", "lifespan"); },
+         "ERROR API Qos_set: not supported by this middleware: lifespan\n"},
+    };
+    for (const ReportCase &c : cases) {
+        recorder.clear();
+        c.report();
+        const std::vector<Line> lines = recorder.lines();
+        ASSERT_EQ(lines.size(), 1u) << c.line;
+        EXPECT_EQ(lines[0].text, c.line);
+        EXPECT_EQ(lines[0].level, OBLX_CONFIG_LOG_LEVEL_ERROR);
+    }
+}
+
+TEST_F(MiddlewareLogger, MemoryAllocatedNoteNeedsStatusLocal) {
+    OBLX_Report_memoryAllocated("Seq_set_maximum", 4, 8);
+    EXPECT_TRUE(recorder.lines().empty()) << recorder.text();
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_VERBOSITY_STATUS_LOCAL);
+    OBLX_Report_memoryAllocated("Seq_set_maximum", 4, 8);
+    EXPECT_EQ(recorder.text(), "STATUS_LOCAL API Seq_set_maximum: memory allocated: from 4 to 8 elements\n");
+}
+
+// The record and stamp that the format cases render; TZ=UTC pins the timestamp.
+class MiddlewareLoggerFormat : public testing::Test {
+protected:
+    void SetUp() override {
+        setenv("TZ", "UTC", 1);
+        tzset();
+    }
+
+    vexar::platform::LogRecord record{OBLX_CONFIG_LOG_CATEGORY_ENTITIES,
+                                      OBLX_CONFIG_LOG_LEVEL_WARNING,
+                                      "discovery",
+                                      "match",
+                                      "/build/src/ddsi_endpoint.c",
+                                      42,
+                                      7,
+                                      "no match\n"};
+    vexar::platform::LineStamp stamp{{0, 123456789}, 77, "recv"};
+};
+
+TEST_F(MiddlewareLoggerFormat, NamedFormatsShowTheirFieldsInOrder) {
+    const struct {
+        OBLX_Config_LogPrintFormat format;
+        const char *line;
+    } cases[] = {
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT, "WARNING ENTITIES match: no match\n"},
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_TIMESTAMPED, "1970-01-01 00:00:00.123456 WARNING ENTITIES match: no match\n"},
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE,
+         "[pid 77] [domain 7] WARNING ENTITIES match ddsi_endpoint.c:42: no match\n"},
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE_TIMESTAMPED,
+         "1970-01-01 00:00:00.123456 [pid 77] [domain 7] WARNING ENTITIES match ddsi_endpoint.c:42: no match\n"},
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_DEBUG,
+         "[thread recv] [domain 7] W (discovery) match ddsi_endpoint.c:42: no match\n"},
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL, "W ENTITIES: no match\n"},
+        {OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL,
+         "1970-01-01 00:00:00.123456 [pid 77] [thread recv] [domain 7] WARNING ENTITIES (discovery) match "
+         "ddsi_endpoint.c:42: no match\n"},
+    };
+    for (const auto &c : cases) EXPECT_EQ(vexar::platform::formatLogLine(record, c.format, stamp), c.line);
+}
+
+TEST_F(MiddlewareLoggerFormat, FieldsThatAreNotKnownAreLeftOut) {
+    record.source = nullptr;
+    record.function = "";
+    record.file = nullptr;
+    record.domain = vexar::platform::kNoDomain;
+    EXPECT_EQ(vexar::platform::formatLogLine(record, OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL, stamp),
+              "1970-01-01 00:00:00.123456 [pid 77] [thread recv] WARNING ENTITIES: no match\n");
+    EXPECT_EQ(vexar::platform::formatLogLine(record, static_cast<OBLX_Config_LogPrintFormat>(0), stamp), "no match\n");
+}
+
+TEST_F(MiddlewareLogger, PrintFormatRefusesUnknownBitsAndShapesEveryLine) {
+    EXPECT_FALSE(OBLX_Config_Logger_set_print_format(logger, static_cast<OBLX_Config_LogPrintFormat>(0x40)));
+    EXPECT_EQ(OBLX_Config_Logger_get_print_format(logger), OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT);
+    ASSERT_TRUE(OBLX_Config_Logger_set_print_format(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL));
+    EXPECT_EQ(OBLX_Config_Logger_get_print_format(logger), OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL);
+    recorder.clear();
+    log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "minimal\n");
+    EXPECT_EQ(recorder.text(), "E API: minimal\n");
+    ASSERT_TRUE(OBLX_Config_Logger_set_print_format(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_DEBUG));
+    recorder.clear();
+    log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "debug");
+    EXPECT_NE(recorder.text().find("E (vexar) producer middleware_logger_test.cpp:"), std::string::npos)
+        << recorder.text();
+}
+
+TEST(MiddlewareLoggerDevice, LinesGoToTheInstalledDeviceElseToStdout) {
+    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
+    RecordingDevice recorder;
+    const auto logError = [](const char *text) {
+        OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "f", nullptr, 0, "%s", text);
+    };
+    EXPECT_EQ(capturedStdout([&] { logError("before"); }), "ERROR API f: before\n");
+
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, recorder.device()));
+    EXPECT_EQ(OBLX_Config_Logger_get_output_device(logger), recorder.device());
+    EXPECT_EQ(capturedStdout([&] { logError("during"); }), "");
+    EXPECT_EQ(recorder.text(), "ERROR API f: during\n");
+
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, nullptr));
+    EXPECT_EQ(recorder.closes(), 1);
+    EXPECT_EQ(capturedStdout([&] { logError("after"); }), "ERROR API f: after\n");
+    EXPECT_EQ(recorder.text(), "ERROR API f: during\n");
+}
+
+TEST(MiddlewareLoggerDevice, ReplacingClosesThePreviousDeviceOnce) {
+    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
+    RecordingDevice first;
+    RecordingDevice second;
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, first.device()));
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, first.device()));
+    EXPECT_EQ(first.closes(), 0) << "reinstalling the current device must not close it";
+
+    OBLX_Config_LoggerDevice withoutWrite{nullptr, nullptr, nullptr};
+    EXPECT_FALSE(OBLX_Config_Logger_set_output_device(logger, &withoutWrite));
+    EXPECT_EQ(OBLX_Config_Logger_get_output_device(logger), first.device());
+    EXPECT_NE(first.find("bad parameter: device"), nullptr);
+
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, second.device()));
+    EXPECT_EQ(first.closes(), 1);
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, nullptr));
+    EXPECT_EQ(first.closes(), 1);
+    EXPECT_EQ(second.closes(), 1);
+}
+
+// A device whose write raises another line must not be called for it again.
+TEST(MiddlewareLoggerDevice, LineRaisedInsideADeviceWriteGoesToStdout) {
+    OBLX_Config_LoggerDevice device{nullptr,
+                                    [](OBLX_Config_LoggerDevice *, const OBLX_Config_LogMessage *) {
+                                        OBLX_Report_failure("nestedWrite", "inside the device");
+                                    },
+                                    nullptr};
+    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, &device));
+    const std::string printed = capturedStdout([] { OBLX_Report_failure("outer", "line"); });
+    OBLX_Config_Logger_set_output_device(logger, nullptr);
+    EXPECT_EQ(printed, "ERROR API nestedWrite: failure: inside the device\n");
+}
+
+// Cyclone's own diagnostics, provoked through domain configurations that
+// stay on the loopback interface.
+constexpr const char *kUnknownElementConfig =
+    "<General><Interfaces><NetworkInterface name=\"lo\"/></Interfaces></General><VexarUnknownElement/>";
+constexpr const char *kDeprecatedElementConfig =
+    "<General><NetworkInterfaceAddress>lo</NetworkInterfaceAddress></General>";
+constexpr const char *kDiscoveryTracingConfig =
+    "<General><Interfaces><NetworkInterface name=\"lo\" multicast=\"true\"/></Interfaces></General>"
+    "<Tracing><Category>discovery</Category><OutputFile>/dev/null</OutputFile></Tracing>";
+
+TEST_F(MiddlewareLogger, CycloneErrorsArriveUnlessSilent) {
+    const dds_domainid_t domain = vexar_test::domains::kPlatformSmoke + 1;
+    OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_SILENT);
+    EXPECT_LT(dds_create_domain(domain, kUnknownElementConfig), 0);
+    EXPECT_TRUE(recorder.lines().empty()) << recorder.text();
+
+    OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    EXPECT_LT(dds_create_domain(domain, kUnknownElementConfig), 0);
+    const Line *line = recorder.find("VexarUnknownElement: unknown element");
+    ASSERT_NE(line, nullptr) << recorder.text();
+    EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_ERROR);
+    EXPECT_EQ(line->text.rfind("ERROR PLATFORM cfg_note: config: ", 0), 0u) << line->text;
+}
+
+TEST_F(MiddlewareLogger, CycloneWarningsNeedWarningVerbosity) {
+    const dds_domainid_t domain = vexar_test::domains::kPlatformSmoke + 2;
+    dds_entity_t created = dds_create_domain(domain, kDeprecatedElementConfig);
+    ASSERT_GT(created, 0) << dds_strretcode(created);
+    EXPECT_EQ(dds_delete(created), 0);
+    EXPECT_EQ(recorder.find("deprecated element"), nullptr) << recorder.text();
+
+    OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    ASSERT_TRUE(OBLX_Config_Logger_set_print_format(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE));
+    created = dds_create_domain(domain, kDeprecatedElementConfig);
+    ASSERT_GT(created, 0) << dds_strretcode(created);
+    EXPECT_EQ(dds_delete(created), 0);
+    const Line *line = recorder.find("deprecated element");
+    ASSERT_NE(line, nullptr) << recorder.text();
+    EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_WARNING);
+    const std::string expectedFields = "[domain " + std::to_string(domain) + "] WARNING PLATFORM cfg_note ddsi_config.c:";
+    EXPECT_NE(line->text.find(expectedFields), std::string::npos) << line->text;
+}
+
+// Trace lines exist only in a domain configured for tracing; the logger's
+// verbosity then decides at run time which of them are kept.
+TEST_F(MiddlewareLogger, TracedDomainDiscoveryLinesFollowCommunicationVerbosity) {
+    const dds_domainid_t domainId = vexar_test::domains::kPlatformSmoke + 3;
+    const dds_entity_t domain = dds_create_domain(domainId, kDiscoveryTracingConfig);
+    ASSERT_GT(domain, 0) << dds_strretcode(domain);
+    ASSERT_TRUE(OBLX_Config_Logger_set_print_format(
+        logger, static_cast<OBLX_Config_LogPrintFormat>(OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT |
+                                                         OBLX_CONFIG_LOG_PRINT_BIT_SOURCE)));
+
+    dds_entity_t participant = dds_create_participant(domainId, nullptr, nullptr);
+    ASSERT_GT(participant, 0);
+    dds_delete(participant);
+    EXPECT_EQ(recorder.find("(discovery)"), nullptr) << recorder.text();
+
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE);
+    participant = dds_create_participant(domainId, nullptr, nullptr);
+    ASSERT_GT(participant, 0);
+    dds_delete(participant);
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    dds_delete(domain);
+    const Line *line = recorder.find("STATUS_REMOTE COMMUNICATION (discovery)");
+    ASSERT_NE(line, nullptr) << recorder.text();
+    EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_STATUS_REMOTE);
+}
+
+// Counts its writes and fails loudly if one arrives after its close.
+struct SwappedDevice {
+    OBLX_Config_LoggerDevice device{this, &SwappedDevice::write, &SwappedDevice::close};
+    std::atomic<bool> closed{false};
+    std::atomic<int> closes{0};
+    std::atomic<int> writes{0};
+    std::atomic<int> writesAfterClose{0};
+
+    static SwappedDevice &of(OBLX_Config_LoggerDevice *device) {
+        return *static_cast<SwappedDevice *>(device->device_data);
+    }
+    static void write(OBLX_Config_LoggerDevice *device, const OBLX_Config_LogMessage *) {
+        SwappedDevice &self = of(device);
+        if (self.closed.load()) ++self.writesAfterClose;
+        std::this_thread::yield();  // widen the window in which a swap can overlap the write
+        if (self.closed.load()) ++self.writesAfterClose;
+        ++self.writes;
+    }
+    static void close(OBLX_Config_LoggerDevice *device) {
+        of(device).closed.store(true);
+        ++of(device).closes;
+    }
+};
+
+TEST(MiddlewareLoggerConcurrency, SwappingTheDeviceNeverClosesItDuringAWrite) {
+    constexpr int kWriters = 4;
+    constexpr int kLinesPerWriter = 2000;
+    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
+    std::deque<SwappedDevice> devices(1);  // a deque never moves its elements
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, &devices.back().device));
+
+    std::atomic<int> writersDone{0};
+    std::vector<std::thread> writers;
+    for (int w = 0; w < kWriters; ++w) {
+        writers.emplace_back([&] {
+            for (int i = 0; i < kLinesPerWriter; ++i)
+                OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "writer", nullptr, 0,
+                                       "line %d", i);
+            ++writersDone;
+        });
+    }
+    while (writersDone.load() < kWriters) {
+        devices.emplace_back();
+        ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, &devices.back().device));
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+    for (std::thread &writer : writers) writer.join();
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, nullptr));
+
+    int written = 0;
+    for (const SwappedDevice &device : devices) {
+        EXPECT_EQ(device.closes.load(), 1);
+        EXPECT_EQ(device.writesAfterClose.load(), 0);
+        written += device.writes.load();
+    }
+    EXPECT_EQ(written, kWriters * kLinesPerWriter);
+    EXPECT_GT(devices.size(), 1u);
+}
+
+}  // namespace

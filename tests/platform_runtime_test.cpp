@@ -1,0 +1,233 @@
+// The portability runtime's synchronization, clock and strings.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <ctime>
+#include <thread>
+#include <vector>
+
+#include "support/log_capture.h"
+#include "platform/clock.h"
+#include "platform/dds_string.h"
+#include "platform/global_lock.h"
+#include "platform/mutex.h"
+#include "platform/semaphore.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using vexar_test::LogCapture;
+
+OBLX_Time_t milliseconds(int count) { return OBLX_Time_fromNanoseconds(count * 1'000'000LL); }
+
+TEST(CountingSemaphore, NullHandleIsAReportedErrorNotACrash) {
+    LogCapture log;
+    const OBLX_Time_t timeout = milliseconds(1);
+    EXPECT_EQ(OBLX_CountingSemaphore_take(nullptr, &timeout), OBLX_SYNC_ERROR);
+    EXPECT_EQ(OBLX_CountingSemaphore_take(nullptr, nullptr), OBLX_SYNC_ERROR);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(nullptr), OBLX_SYNC_ERROR);
+    OBLX_CountingSemaphore_delete(nullptr);
+    EXPECT_TRUE(log.contains("OBLX_CountingSemaphore_take"));
+    EXPECT_TRUE(log.contains("OBLX_CountingSemaphore_give"));
+    EXPECT_EQ(OBLX_CountingSemaphore_new(-1), nullptr);
+}
+
+TEST(CountingSemaphore, EmptyTakeTimesOutNoEarlierThanItsTimeout) {
+    OBLX_CountingSemaphore *sem = OBLX_CountingSemaphore_new(0);
+    ASSERT_NE(sem, nullptr);
+    const OBLX_Time_t timeout = milliseconds(100);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &timeout), OBLX_SYNC_TIMEOUT);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 100ms);
+    OBLX_CountingSemaphore_delete(sem);
+}
+
+TEST(CountingSemaphore, EachGiveAllowsExactlyOneTake) {
+    OBLX_CountingSemaphore *sem = OBLX_CountingSemaphore_new(2);
+    ASSERT_NE(sem, nullptr);
+    const OBLX_Time_t noWait = OBLX_TIME_ZERO;
+    const OBLX_Time_t negative = milliseconds(-5);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &noWait), OBLX_SYNC_OK) << i;
+    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &noWait), OBLX_SYNC_TIMEOUT);
+    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &negative), OBLX_SYNC_TIMEOUT);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
+    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, nullptr), OBLX_SYNC_OK);
+    OBLX_CountingSemaphore_delete(sem);
+}
+
+TEST(CountingSemaphore, GiveWakesATakeWaitingWithoutLimit) {
+    OBLX_CountingSemaphore *sem = OBLX_CountingSemaphore_new(0);
+    ASSERT_NE(sem, nullptr);
+    std::atomic<OBLX_SyncResult> result{OBLX_SYNC_ERROR};
+    std::thread waiter([&] { result = OBLX_CountingSemaphore_take(sem, nullptr); });
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
+    waiter.join();
+    EXPECT_EQ(result.load(), OBLX_SYNC_OK);
+    OBLX_CountingSemaphore_delete(sem);
+}
+
+TEST(Mutex, MisuseIsReportedInsteadOfHanging) {
+    LogCapture log;
+    EXPECT_EQ(OBLX_Mutex_take(nullptr), OBLX_SYNC_ERROR);
+    EXPECT_EQ(OBLX_Mutex_give(nullptr), OBLX_SYNC_ERROR);
+    OBLX_Mutex_delete(nullptr);
+
+    OBLX_Mutex *mutex = OBLX_Mutex_new();
+    ASSERT_NE(mutex, nullptr);
+    EXPECT_EQ(OBLX_Mutex_give(mutex), OBLX_SYNC_ERROR);  // not held
+    ASSERT_EQ(OBLX_Mutex_take(mutex), OBLX_SYNC_OK);
+    EXPECT_EQ(OBLX_Mutex_take(mutex), OBLX_SYNC_ERROR);  // already held by this thread
+    EXPECT_EQ(OBLX_Mutex_give(mutex), OBLX_SYNC_OK);
+    OBLX_Mutex_delete(mutex);
+    EXPECT_TRUE(log.contains("OBLX_Mutex_take"));
+    EXPECT_TRUE(log.contains("OBLX_Mutex_give"));
+}
+
+TEST(GlobalLock, IsRecursiveAndExcludesOtherThreadsUntilFullyGiven) {
+    ASSERT_TRUE(OBLX_GlobalLock_take());
+    ASSERT_TRUE(OBLX_GlobalLock_take());
+    std::atomic<bool> otherHoldsIt{false};
+    std::thread other([&] {
+        EXPECT_TRUE(OBLX_GlobalLock_take());
+        otherHoldsIt = true;
+        EXPECT_TRUE(OBLX_GlobalLock_give());
+    });
+    EXPECT_TRUE(OBLX_GlobalLock_give());
+    std::this_thread::sleep_for(50ms);
+    EXPECT_FALSE(otherHoldsIt.load()) << "one give must not release a lock taken twice";
+    EXPECT_TRUE(OBLX_GlobalLock_give());
+    other.join();
+    EXPECT_TRUE(otherHoldsIt.load());
+}
+
+TEST(GlobalLock, GiveWithoutTakeIsReported) {
+    LogCapture log;
+    EXPECT_FALSE(OBLX_GlobalLock_give());
+    EXPECT_TRUE(log.contains("OBLX_GlobalLock_give"));
+}
+
+// Producers push under the mutex and give the semaphore; one consumer takes
+// it with a time-out and pops under the mutex, as the message queue does.
+TEST(SyncConcurrency, SemaphoreAndMutexHandOverEveryItem) {
+    constexpr int kProducers = 4;
+    constexpr int kItemsEach = 2000;
+    OBLX_Mutex *mutex = OBLX_Mutex_new();
+    OBLX_CountingSemaphore *sem = OBLX_CountingSemaphore_new(0);
+    ASSERT_NE(mutex, nullptr);
+    ASSERT_NE(sem, nullptr);
+    std::vector<int> queue;
+    std::vector<std::thread> producers;
+    for (int p = 0; p < kProducers; ++p) {
+        producers.emplace_back([&] {
+            for (int i = 0; i < kItemsEach; ++i) {
+                ASSERT_EQ(OBLX_Mutex_take(mutex), OBLX_SYNC_OK);
+                queue.push_back(i);
+                ASSERT_EQ(OBLX_Mutex_give(mutex), OBLX_SYNC_OK);
+                ASSERT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
+            }
+        });
+    }
+    long long received = 0;
+    long long sum = 0;
+    const OBLX_Time_t timeout = milliseconds(2000);
+    while (received < kProducers * kItemsEach) {
+        ASSERT_EQ(OBLX_CountingSemaphore_take(sem, &timeout), OBLX_SYNC_OK) << "after " << received;
+        ASSERT_EQ(OBLX_Mutex_take(mutex), OBLX_SYNC_OK);
+        ASSERT_FALSE(queue.empty());
+        sum += queue.back();
+        queue.pop_back();
+        ASSERT_EQ(OBLX_Mutex_give(mutex), OBLX_SYNC_OK);
+        ++received;
+    }
+    for (auto &producer : producers) producer.join();
+    EXPECT_EQ(sum, kProducers * (kItemsEach * (kItemsEach - 1LL) / 2));
+    const OBLX_Time_t noWait = OBLX_TIME_ZERO;
+    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &noWait), OBLX_SYNC_TIMEOUT);
+    OBLX_CountingSemaphore_delete(sem);
+    OBLX_Mutex_delete(mutex);
+}
+
+TEST(SyncConcurrency, GlobalLockSerializesThreads) {
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 5000;
+    long long counter = 0;  // deliberately plain: the lock alone must protect it
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < kRounds; ++i) {
+                ASSERT_TRUE(OBLX_GlobalLock_take());
+                ASSERT_TRUE(OBLX_GlobalLock_take());
+                ++counter;
+                ASSERT_TRUE(OBLX_GlobalLock_give());
+                ASSERT_TRUE(OBLX_GlobalLock_give());
+            }
+        });
+    }
+    for (auto &thread : threads) thread.join();
+    EXPECT_EQ(counter, kThreads * kRounds);
+}
+
+TEST(Time, FractionIsBinaryAndConversionsRoundTrip) {
+    const OBLX_Time_t half = OBLX_Time_fromNanoseconds(1'500'000'000);
+    EXPECT_EQ(half.sec, 1);
+    EXPECT_EQ(half.frac, 0x80000000u);
+    const OBLX_Time_t quarter = {2, 0x40000000u};
+    EXPECT_EQ(OBLX_Time_toNanoseconds(&quarter), 2'250'000'000LL);
+
+    const OBLX_Time_t beforeEpoch = OBLX_Time_fromNanoseconds(-1);
+    EXPECT_EQ(beforeEpoch.sec, -1);
+    EXPECT_GT(beforeEpoch.frac, 0xFFFFFFF0u);
+
+    for (long long ns : {0LL, 1LL, 999'999'999LL, 1'000'000'000LL, 123'456'789'012LL, -1LL, -1'000'000'001LL}) {
+        const OBLX_Time_t time = OBLX_Time_fromNanoseconds(ns);
+        EXPECT_EQ(OBLX_Time_toNanoseconds(&time), ns) << ns;
+    }
+    const OBLX_Time_t far = OBLX_Time_fromNanoseconds(INT64_MAX);
+    EXPECT_EQ(far.sec, INT32_MAX);
+}
+
+TEST(Clock, SystemClockReadsTheWallClockThroughItsFunctionPointer) {
+    OBLX_Clock *clock = OBLX_Clock_newSystemClock();
+    ASSERT_NE(clock, nullptr);
+    OBLX_Time_t first{};
+    OBLX_Time_t second{};
+    ASSERT_TRUE(clock->getTime(clock, &first));
+    ASSERT_TRUE(OBLX_Clock_getTime(clock, &second));
+    const long long wallSeconds = std::time(nullptr);
+    EXPECT_NEAR(static_cast<double>(first.sec), static_cast<double>(wallSeconds), 2.0);
+    EXPECT_LE(OBLX_Time_toNanoseconds(&first), OBLX_Time_toNanoseconds(&second));
+    OBLX_Clock_delete(clock);
+}
+
+TEST(DDSString, AllocLeavesRoomForLengthCharactersAndDupCopies) {
+    char *empty = DDS_String_alloc(5);
+    ASSERT_NE(empty, nullptr);
+    EXPECT_STREQ(empty, "");
+    std::memcpy(empty, "12345", 6);  // AddressSanitizer checks the room
+    char *copy = DDS_String_dup(empty);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_NE(copy, empty);
+    EXPECT_STREQ(copy, "12345");
+    EXPECT_EQ(DDS_String_dup(nullptr), nullptr);
+    DDS_String_free(copy);
+    DDS_String_free(empty);
+}
+
+TEST(DDSString, BoundedCopyFitsExactlyAtCapacity) {
+    char buffer[4] = {'x', 'x', 'x', 'x'};
+    EXPECT_EQ(DDS_String_copy_bounded(buffer, "abcd", sizeof buffer), nullptr);
+    EXPECT_EQ(std::memcmp(buffer, "xxxx", 4), 0) << "a refused copy leaves the buffer alone";
+    EXPECT_EQ(DDS_String_copy_bounded(buffer, "abc", sizeof buffer), buffer);
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_EQ(DDS_String_copy_bounded(buffer, "", sizeof buffer), buffer);
+    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(DDS_String_copy_bounded(buffer, "", 0), nullptr);
+    EXPECT_EQ(DDS_String_copy_bounded(nullptr, "a", 4), nullptr);
+    EXPECT_EQ(DDS_String_copy_bounded(buffer, nullptr, 4), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,10 @@
+// DDS domain ids for tests. Tests run concurrently (ctest -j), so every test
+// that creates DDS entities takes its own id from the range of its area.
+#pragma once
+
+namespace vexar_test::domains {
+constexpr int kPlatformSmoke = 1;     // 1..9   platform, middleware logger
+constexpr int kBridgeBase = 10;       // 10..49 DDS bridge
+constexpr int kLoggerBase = 50;       // 50..119 logger end to end
+constexpr int kToolsBase = 120;       // 120..199 command-line tool
+}  // namespace vexar_test::domains
