@@ -19,6 +19,9 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/VexarConfigVersion.cmake 
 install(FILES ${PROJECT_BINARY_DIR}/VexarConfig.cmake ${PROJECT_BINARY_DIR}/VexarConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vexar)
 
+# The .pc file finds its prefix from its own place, so --prefix at install
+# time (not only at configure time) is honoured.
+file(RELATIVE_PATH VEXAR_PC_PREFIX_FROM_PCDIR "/root/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/root")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vexar.pc.in ${PROJECT_BINARY_DIR}/vexar.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vexar.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 install(FILES ${PROJECT_SOURCE_DIR}/etc/cyclonedds-loopback.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/vexar)

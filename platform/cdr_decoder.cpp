@@ -1,4 +1,5 @@
-// Reading a sample, or passing over one (a null sample stores nothing).
+// Reading a sample by its plan, passing over one (no sample), and putting
+// a sample back to its initial values.
 #include <cstring>
 
 #include "platform/cdr_stream.hpp"
@@ -7,158 +8,178 @@
 namespace vexar::cdr {
 namespace {
 
-// Where a parameter's value goes: the member's type and its place in the
-// sample, and whether this read keeps it.
-struct ParameterTarget {
-    const DDS_TypeCode *type = nullptr;
-    size_t offset = 0;
-    bool kept = true;
-};
+bool isEnumerator(const DDS_TypeCode &enumeration, DDS_Long value) noexcept {
+    for (DDS_UnsignedLong i = 0; i < enumeration.member_count; ++i) {
+        if (enumeration.members[i].label == value) return true;
+    }
+    return false;
+}
 
 class Decoder {
 public:
-    Decoder(OBLX_CdrStream &stream, const Decoding &decoding) noexcept : stream_(stream), decoding_(decoding) {}
+    Decoder(OBLX_CdrStream &stream, const std::vector<Step> &steps) noexcept
+        : stream_(stream), steps_(steps.data()) {}
 
-    bool value(const DDS_TypeCode &type, unsigned char *sample) noexcept {
-        if (DDS_Long ignored; kindOf(type) == DDS_TK_ENUM) return enumeration(type, sample, ignored);
-        if (DDS_UnsignedLong size = primitiveSize(type)) return readPrimitive(stream_, sample, size);
-        switch (kindOf(type)) {
-        case DDS_TK_STRING:
-            return sample != nullptr ? readString(stream_, *reinterpret_cast<char **>(sample), type.length + 1)
-                                     : skipString(stream_, type.length + 1);
-        case DDS_TK_ARRAY:
-            return array(type, sample);
-        case DDS_TK_SEQUENCE:
-            return sequence(type, sample);
-        case DDS_TK_STRUCT:
-            return isMutable(type) ? parameterList(type, sample) : structPlain(type, sample);
-        case DDS_TK_UNION:
-            return isMutable(type) ? parameterList(type, sample) : unionPlain(type, sample);
-        default:
-            return false;
+    // Runs the steps [begin, end) on the value at `base`; a null base, or a
+    // step that is not kept, reads without storing.
+    bool run(std::uint32_t begin, std::uint32_t end, unsigned char *base) noexcept {
+        for (std::uint32_t i = begin; i < end;) {
+            const Step &step = steps_[i];
+            unsigned char *at = base != nullptr && step.kept ? base + step.offset : nullptr;
+            bool read;
+            switch (step.kind) {
+            case StepKind::words:
+                read = words(i, base);
+                break;
+            case StepKind::primitive:
+                read = readPrimitive(stream_, at, step.size);
+                break;
+            case StepKind::enumeration:
+                read = enumeration(step, at);
+                break;
+            case StepKind::string:
+                read = at != nullptr ? readString(stream_, *reinterpret_cast<char **>(at), step.bound)
+                                     : skipString(stream_, step.bound);
+                break;
+            case StepKind::sequence:
+                read = sequence(i, at);
+                break;
+            case StepKind::list:
+                read = list(i, at != nullptr ? base : nullptr);
+                break;
+            default:
+                read = false;
+            }
+            if (!read) return false;
+            i = step.end != 0 ? step.end : i + 1;  // past a block's contents
         }
+        return true;
     }
 
 private:
-    static unsigned char *at(unsigned char *sample, size_t offset) noexcept {
-        return sample != nullptr ? sample + offset : nullptr;
-    }
-
     // A value outside the enumerators is not stored: it marks the stream
-    // unassignable, which fails a whole-sample read. `value` is what was read.
-    bool enumeration(const DDS_TypeCode &type, unsigned char *sample, DDS_Long &value) noexcept {
-        if (!readLong(stream_, value)) return false;
-        if (sample == nullptr) return true;
-        if (DDS_TypeCode_find_member_by_label(&type, value) >= 0)
-            std::memcpy(sample, &value, sizeof value);
+    // unassignable, which fails a whole-sample read.
+    void store(const Step &step, unsigned char *at, DDS_Long value) noexcept {
+        bool valid = step.kind != StepKind::enumeration ||
+                     (step.dense ? value >= step.low && value <= step.high : isEnumerator(*step.type, value));
+        if (valid)
+            std::memcpy(at, &value, sizeof value);
         else
             stream_.unassignable = DDS_BOOLEAN_TRUE;
+    }
+
+    bool enumeration(const Step &step, unsigned char *at) noexcept {
+        DDS_Long value;
+        if (!readLong(stream_, value)) return false;
+        if (at != nullptr) store(step, at, value);
         return true;
     }
 
-    bool array(const DDS_TypeCode &type, unsigned char *sample) noexcept {
-        const DDS_TypeCode &element = *type.content_type;
-        for (DDS_UnsignedLong i = 0; i < type.dimension; ++i) {
-            if (!value(element, at(sample, i * element.sample_size))) return false;
+    // The run's values are checked for room once, then stored one by one.
+    bool words(std::uint32_t index, unsigned char *base) noexcept {
+        const Step &run = steps_[index];
+        if (run.numbersOnly && base != nullptr) return readWords(stream_, base + run.offset, run.bound);
+        if (!alignForRead(stream_, 4) || run.bound > remainder(stream_) / 4) return false;
+        DDS_UnsignedLong position = stream_.position;
+        for (std::uint32_t i = index + 1; i < run.end; ++i, position += 4) {
+            const Step &word = steps_[i];
+            if (base != nullptr && word.kept)
+                store(word, base + word.offset, static_cast<DDS_Long>(load<std::uint32_t>(stream_, position)));
         }
+        stream_.position = position;
         return true;
     }
 
-    bool sequence(const DDS_TypeCode &type, unsigned char *sample) noexcept {
+    bool sequence(std::uint32_t index, unsigned char *record) noexcept {
+        const Step &step = steps_[index];
         DDS_UnsignedLong count;
-        if (!read32(stream_, count) || count > type.length) return false;
-        const DDS_TypeCodeSequenceOps &ops = *type.sequence_ops;
+        if (!read(stream_, count) || count > step.bound) return false;
+        const DDS_TypeCodeSequenceOps &ops = *step.type->sequence_ops;
         auto length = static_cast<DDS_Long>(count);
-        if (sample != nullptr && !ops.ensure_length(sample, length, static_cast<DDS_Long>(type.length))) return false;
+        if (record != nullptr && !ops.ensure_length(record, length, static_cast<DDS_Long>(step.bound))) return false;
         for (DDS_Long i = 0; i < length; ++i) {
-            void *element = sample != nullptr ? ops.get_reference(sample, i) : nullptr;
-            if (sample != nullptr && element == nullptr) return false;
-            if (!value(*type.content_type, static_cast<unsigned char *>(element))) return false;
+            void *element = record != nullptr ? ops.get_reference(record, i) : nullptr;
+            if (record != nullptr && element == nullptr) return false;
+            if (!run(index + 1, step.end, static_cast<unsigned char *>(element))) return false;
         }
         return true;
     }
 
-    // Plain members in order. The key form holds only its members; a full
-    // form read for the key passes over the others.
-    bool structPlain(const DDS_TypeCode &type, unsigned char *sample) noexcept {
-        for (DDS_UnsignedLong i = 0; i < type.member_count; ++i) {
-            const DDS_TypeCodeMember &m = type.members[i];
-            bool keyMember = isKeyFormMember(type, i);
-            if (decoding_.keyForm && !keyMember) continue;
-            bool kept = keyMember || !decoding_.keysOnly;
-            if (!value(*m.type, kept ? at(sample, m.offset) : nullptr)) return false;
-        }
-        return true;
+    // The member of the list whose id is `id`, or the list's end.
+    std::uint32_t memberWithId(const Step &list, std::uint32_t first, DDS_UnsignedLong id) const noexcept {
+        std::uint32_t i = first;
+        while (i < list.end && steps_[i].id != id) i = steps_[i].end;
+        return i;
     }
 
-    bool unionPlain(const DDS_TypeCode &type, unsigned char *sample) noexcept {
-        DDS_Long label;
-        const DDS_TypeCode &discriminator = *type.discriminator_type;
-        bool read = kindOf(discriminator) == DDS_TK_ENUM ? enumeration(discriminator, sample, label)
-                                                          : readLong(stream_, label);
-        if (!read) return false;
-        if (sample != nullptr && kindOf(discriminator) != DDS_TK_ENUM) std::memcpy(sample, &label, sizeof label);
-        const DDS_TypeCodeMember *branch = selectedBranch(type, label);
-        return branch == nullptr || value(*branch->type, at(sample, branch->offset));
-    }
-
-    // A union's members are its discriminator (id 0) and its branches; an
-    // id that names neither is an error, whatever its flags.
-    static bool findTarget(const DDS_TypeCode &type, DDS_UnsignedLong id, ParameterTarget &target) noexcept {
-        bool isUnion = kindOf(type) == DDS_TK_UNION;
-        if (isUnion && id == 0) {
-            target = {type.discriminator_type, 0, true};
-            return true;
-        }
-        for (DDS_UnsignedLong i = 0; i < type.member_count; ++i) {
-            const DDS_TypeCodeMember &m = type.members[i];
-            if (static_cast<DDS_UnsignedLong>(m.id) == id) {
-                target = {m.type, m.offset, isKeyFormMember(type, i)};
-                return true;
-            }
-        }
-        return false;
-    }
-
-    // Reads one member inside its parameter: the member's reader cannot
-    // look past the parameter's length.
-    bool member(const OBLX_CdrParameterHeader &header, const ParameterTarget &target, unsigned char *sample) noexcept {
+    // Reads one member inside its parameter: its reader cannot look past
+    // the parameter's length.
+    bool member(std::uint32_t index, const OBLX_CdrParameterHeader &header, unsigned char *base) noexcept {
+        // A fixed-length member that fits its parameter is read straight.
+        if (steps_[index].bound != 0 && header.length >= steps_[index].bound) return words(index + 1, base);
         DDS_UnsignedLong length = limitLength(stream_, header.valueStart + header.length);
-        bool read = value(*target.type, sample + target.offset);
+        bool read = run(index + 1, steps_[index].end, base);
         stream_.length = length;
         return read;
     }
 
-    // Until the sentinel, or the end of the bytes. Unknown members pass
-    // unless they must be understood; 0x3F03 (ignore) always passes.
-    bool parameterList(const DDS_TypeCode &type, unsigned char *sample) noexcept {
-        bool isUnion = kindOf(type) == DDS_TK_UNION;
+    // One parameter of a list: a known member is read, 0x3F03 (ignore)
+    // passes, an unknown one passes unless it must be understood (a union
+    // knows only its own ids).
+    bool parameter(const Step &list, std::uint32_t index, const OBLX_CdrParameterHeader &header,
+                   unsigned char *base) noexcept {
+        if (!header.extended && header.memberId == OBLX_CDR_PID_IGNORE) return true;
+        std::uint32_t found = memberWithId(list, index + 1, header.memberId);
+        if (found == list.end) return !list.isUnion && !header.mustUnderstand;
+        return !steps_[found].kept || member(found, header, base);
+    }
+
+    // Until the sentinel, or the end of the bytes. After each parameter the
+    // stream moves to its end, whatever the member's reader consumed. With no
+    // sample the members are only passed over.
+    bool list(std::uint32_t index, unsigned char *base) noexcept {
+        const Step &step = steps_[index];
         OBLX_CdrParameterHeader header;
         while (remainder(stream_) > 0) {
             if (!readParameterHeader(stream_, header)) return false;
             if (isListEnd(header)) return true;
-            ParameterTarget target;
-            bool ignored = !header.extended && header.memberId == OBLX_CDR_PID_IGNORE;
-            if (!ignored && sample != nullptr) {
-                if (findTarget(type, header.memberId, target)) {
-                    if ((target.kept || !decoding_.keysOnly) && !member(header, target, sample)) return false;
-                } else if (isUnion || header.mustUnderstand) {
-                    return false;
-                }
-            }
+            if (base != nullptr && !parameter(step, index, header, base)) return false;
             if (!moveToNextParameterHeader(stream_, header)) return false;
         }
         return true;
     }
 
     OBLX_CdrStream &stream_;
-    const Decoding &decoding_;
+    const Step *steps_; // a plan's steps are fixed once compiled
 };
 
 }  // namespace
 
-bool deserialize(OBLX_CdrStream &stream, const DDS_TypeCode &type, void *sample, const Decoding &decoding) noexcept {
-    return Decoder(stream, decoding).value(type, static_cast<unsigned char *>(sample));
+bool deserialize(OBLX_CdrStream &stream, const Plan &plan, void *sample) noexcept {
+    const auto &steps = plan.steps();
+    return plan.valid() && Decoder(stream, steps)
+                               .run(0, static_cast<std::uint32_t>(steps.size()), static_cast<unsigned char *>(sample));
+}
+
+void resetToInitialValues(const Plan &plan, void *sample) noexcept {
+    auto *base = static_cast<unsigned char *>(sample);
+    for (const ResetStep &reset : plan.resetSteps()) {
+        unsigned char *at = base + reset.offset;
+        switch (reset.kind) {
+        case ResetStep::Kind::zeros:
+            std::memset(at, 0, reset.size);
+            break;
+        case ResetStep::Kind::word:
+            std::memcpy(at, &reset.value, sizeof reset.value);
+            break;
+        case ResetStep::Kind::string:
+            if (char *text = *reinterpret_cast<char **>(at)) text[0] = '\0';
+            break;
+        case ResetStep::Kind::sequence:
+            reset.type->sequence_ops->set_length(at, 0);
+            break;
+        }
+    }
 }
 
 }  // namespace vexar::cdr

@@ -1,5 +1,5 @@
-// Writing a sample, and measuring what writing it would take: one encoder
-// over two sinks, so that the size always matches the bytes.
+// Writing a sample by its plan, and measuring what writing it would take:
+// one encoder over two sinks, so that a size is always the bytes written.
 #include <cstring>
 
 #include "platform/cdr_stream.hpp"
@@ -14,7 +14,8 @@ public:
     explicit StreamSink(OBLX_CdrStream &stream) noexcept : stream_(stream) {}
 
     bool primitive(const void *value, DDS_UnsignedLong size) noexcept { return writePrimitive(stream_, value, size); }
-    bool count(DDS_UnsignedLong count) noexcept { return write32(stream_, count); }
+    bool words(const void *values, DDS_UnsignedLong count) noexcept { return writeWords(stream_, values, count); }
+    bool count(DDS_UnsignedLong count) noexcept { return write<std::uint32_t>(stream_, count); }
     bool string(const char *value, DDS_UnsignedLong maximumLength) noexcept {
         return writeString(stream_, value, maximumLength);
     }
@@ -23,6 +24,9 @@ public:
     }
     bool endParameter(const OBLX_CdrParameterHeader &header) noexcept {
         return finishParameterHeader(stream_, header);
+    }
+    bool completeParameter(DDS_UnsignedLong id, DDS_UnsignedLong length) noexcept {
+        return writeCompleteParameterHeader(stream_, id, length);
     }
     bool listEnd() noexcept { return writeListEnd(stream_); }
 
@@ -52,6 +56,10 @@ public:
         advance(size, size);
         return true;
     }
+    bool words(const void *, DDS_UnsignedLong count) noexcept {
+        advance(4, std::uint64_t{count} * 4);
+        return true;
+    }
     bool count(DDS_UnsignedLong) noexcept {
         advance(4, 4);
         return true;
@@ -74,6 +82,10 @@ public:
         auto length = static_cast<DDS_UnsignedLong>(position_) - header.valueStart;
         return header.extended || length <= OBLX_CDR_SHORT_PARAMETER_MAX_LENGTH;
     }
+    bool completeParameter(DDS_UnsignedLong, DDS_UnsignedLong) noexcept {
+        advance(4, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE);
+        return true;
+    }
     bool listEnd() noexcept {
         advance(4, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE);
         return true;
@@ -89,129 +101,128 @@ private:
     std::uint64_t position_;
 };
 
+DDS_Long discriminatorAt(const unsigned char *sample) noexcept {
+    DDS_Long label;
+    std::memcpy(&label, sample, sizeof label);
+    return label;
+}
+
 template <typename Sink>
 class Encoder {
 public:
-    Encoder(Sink &sink, const Encoding &encoding) noexcept : sink_(sink), encoding_(encoding) {}
+    Encoder(Sink &sink, const std::vector<Step> &steps) noexcept : sink_(sink), steps_(steps.data()) {}
 
-    bool value(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        if (DDS_UnsignedLong size = primitiveSize(type)) return sink_.primitive(sample, size);
-        switch (kindOf(type)) {
-        case DDS_TK_STRING:
-            return sink_.string(*reinterpret_cast<const char *const *>(sample), type.length + 1);
-        case DDS_TK_ARRAY:
-            return array(type, sample);
-        case DDS_TK_SEQUENCE:
-            return sequence(type, sample);
-        case DDS_TK_STRUCT:
-            return isMutable(type) ? structList(type, sample) : structPlain(type, sample);
-        case DDS_TK_UNION:
-            return isMutable(type) ? unionList(type, sample) : unionPlain(type, sample);
-        default:
-            return false;
-        }
-    }
-
-private:
-    bool inForm(const DDS_TypeCode &type, DDS_UnsignedLong index) const noexcept {
-        return !encoding_.keyForm || isKeyFormMember(type, index);
-    }
-
-    bool array(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        const DDS_TypeCode &element = *type.content_type;
-        for (DDS_UnsignedLong i = 0; i < type.dimension; ++i) {
-            if (!value(element, sample + i * element.sample_size)) return false;
+    // Runs the steps [begin, end) on the value at `base`.
+    bool run(std::uint32_t begin, std::uint32_t end, const unsigned char *base) noexcept {
+        for (std::uint32_t i = begin; i < end;) {
+            const Step &step = steps_[i];
+            const unsigned char *at = base + step.offset;
+            bool written;
+            switch (step.kind) {
+            case StepKind::words:
+                written = sink_.words(at, step.bound);
+                break;
+            case StepKind::primitive:
+            case StepKind::enumeration:
+                written = sink_.primitive(at, step.size);
+                break;
+            case StepKind::string:
+                written = sink_.string(*reinterpret_cast<const char *const *>(at), step.bound);
+                break;
+            case StepKind::sequence:
+                written = sequence(i, at);
+                break;
+            case StepKind::list:
+                written = list(i, base);
+                break;
+            default:
+                written = false;
+            }
+            if (!written) return false;
+            i = step.end != 0 ? step.end : i + 1;  // past a block's contents
         }
         return true;
     }
 
-    bool sequence(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        const DDS_TypeCodeSequenceOps &ops = *type.sequence_ops;
+private:
+    bool sequence(std::uint32_t index, const unsigned char *record) noexcept {
+        const Step &step = steps_[index];
+        const DDS_TypeCodeSequenceOps &ops = *step.type->sequence_ops;
         // The sequence operations take a mutable record: a zero-filled one is initialized on first use.
-        void *seq = const_cast<unsigned char *>(sample);
+        void *seq = const_cast<unsigned char *>(record);
         DDS_Long length = ops.get_length(seq);
-        if (length < 0 || static_cast<DDS_UnsignedLong>(length) > type.length) return false;
+        if (length < 0 || static_cast<DDS_UnsignedLong>(length) > step.bound) return false;
         if (!sink_.count(static_cast<DDS_UnsignedLong>(length))) return false;
         for (DDS_Long i = 0; i < length; ++i) {
             const void *element = ops.get_reference(seq, i);
-            if (element == nullptr || !value(*type.content_type, static_cast<const unsigned char *>(element)))
+            if (element == nullptr || !run(index + 1, step.end, static_cast<const unsigned char *>(element)))
                 return false;
         }
         return true;
     }
 
-    bool structPlain(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        for (DDS_UnsignedLong i = 0; i < type.member_count; ++i) {
-            const DDS_TypeCodeMember &m = type.members[i];
-            if (inForm(type, i) && !value(*m.type, sample + m.offset)) return false;
+    bool member(std::uint32_t index, const unsigned char *base) noexcept {
+        const Step &step = steps_[index];
+        if (step.bound != 0 && !step.extendedHeader) {  // a fixed length: the header is written whole
+            const Step &words = steps_[index + 1];
+            return sink_.completeParameter(step.id, step.bound) && sink_.words(base + words.offset, words.bound);
         }
-        return true;
-    }
-
-    bool unionPlain(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        if (!value(*type.discriminator_type, sample)) return false;
-        const DDS_TypeCodeMember *branch = selectedBranch(type, discriminatorOf(sample));
-        return branch == nullptr || value(*branch->type, sample + branch->offset);
-    }
-
-    bool parameter(DDS_UnsignedLong id, const DDS_TypeCode &type, const unsigned char *sample) noexcept {
         OBLX_CdrParameterHeader header;
-        bool extended = encoding_.extendedHeaders && !isPrimitive(type);
-        return sink_.beginParameter(header, id, extended) && value(type, sample) && sink_.endParameter(header);
+        return sink_.beginParameter(header, step.id, step.extendedHeader) && run(index + 1, step.end, base) &&
+               sink_.endParameter(header);
     }
 
-    template <typename Members>
-    bool parameterList(Members writeMembers) noexcept {
+    // A struct writes every member; a union its discriminator and the
+    // branch that it selects, if any.
+    bool members(const Step &list, std::uint32_t first, const unsigned char *base) noexcept {
+        if (!list.isUnion) {
+            for (std::uint32_t i = first; i < list.end; i = steps_[i].end) {
+                if (!member(i, base)) return false;
+            }
+            return true;
+        }
+        if (!member(first, base)) return false;
+        DDS_Long label = discriminatorAt(base + list.offset);
+        std::uint32_t chosen = list.end;
+        for (std::uint32_t i = steps_[first].end; i < list.end; i = steps_[i].end) {
+            if (steps_[i].label == label) {
+                chosen = i;
+                break;
+            }
+            if (steps_[i].isDefault) chosen = i;
+        }
+        return chosen == list.end || member(chosen, base);
+    }
+
+    bool list(std::uint32_t index, const unsigned char *base) noexcept {
         bool skipEnd = sink_.enterList();
-        bool written = writeMembers() && (skipEnd || sink_.listEnd());
+        bool written = members(steps_[index], index + 1, base) && (skipEnd || sink_.listEnd());
         sink_.leaveList(skipEnd);
         return written;
     }
 
-    bool structList(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        return parameterList([&] {
-            for (DDS_UnsignedLong i = 0; i < type.member_count; ++i) {
-                const DDS_TypeCodeMember &m = type.members[i];
-                if (inForm(type, i) && !parameter(static_cast<DDS_UnsignedLong>(m.id), *m.type, sample + m.offset))
-                    return false;
-            }
-            return true;
-        });
-    }
-
-    // The discriminator as member 0, then the branch it selects, if any.
-    bool unionList(const DDS_TypeCode &type, const unsigned char *sample) noexcept {
-        return parameterList([&] {
-            if (!parameter(0, *type.discriminator_type, sample)) return false;
-            const DDS_TypeCodeMember *branch = selectedBranch(type, discriminatorOf(sample));
-            return branch == nullptr ||
-                   parameter(static_cast<DDS_UnsignedLong>(branch->id), *branch->type, sample + branch->offset);
-        });
-    }
-
-    static DDS_Long discriminatorOf(const unsigned char *sample) noexcept {
-        DDS_Long label;
-        std::memcpy(&label, sample, sizeof label);
-        return label;
-    }
-
     Sink &sink_;
-    const Encoding &encoding_;
+    const Step *steps_; // a plan's steps are fixed once compiled
 };
+
+template <typename Sink>
+bool encode(Sink &sink, const Plan &plan, const void *sample) noexcept {
+    const auto &steps = plan.steps();
+    return plan.valid() && Encoder<Sink>(sink, steps)
+                               .run(0, static_cast<std::uint32_t>(steps.size()),
+                                    static_cast<const unsigned char *>(sample));
+}
 
 }  // namespace
 
-bool serialize(OBLX_CdrStream &stream, const DDS_TypeCode &type, const void *sample,
-               const Encoding &encoding) noexcept {
+bool serialize(OBLX_CdrStream &stream, const Plan &plan, const void *sample) noexcept {
     StreamSink sink(stream);
-    return Encoder<StreamSink>(sink, encoding).value(type, static_cast<const unsigned char *>(sample));
+    return encode(sink, plan, sample);
 }
 
-std::uint64_t serializedSize(const DDS_TypeCode &type, const void *sample, std::uint64_t start,
-                             const Encoding &encoding) noexcept {
+std::uint64_t serializedSize(const Plan &plan, const void *sample, std::uint64_t start) noexcept {
     MeasuringSink sink(start);
-    if (!Encoder<MeasuringSink>(sink, encoding).value(type, static_cast<const unsigned char *>(sample))) return 0;
-    return sink.position() - start;
+    return encode(sink, plan, sample) ? sink.position() - start : 0;
 }
 
 }  // namespace vexar::cdr

@@ -89,11 +89,11 @@ void OBLX_CdrStream_restoreAlignment(OBLX_CdrStream *self, DDS_UnsignedLong orig
 }
 
 DDS_Boolean OBLX_CdrStream_serializeUnsignedLong(OBLX_CdrStream *self, DDS_UnsignedLong value) {
-    return toBoolean(self != nullptr && cdr::write32(*self, value));
+    return toBoolean(self != nullptr && cdr::write<std::uint32_t>(*self, value));
 }
 
 DDS_Boolean OBLX_CdrStream_deserializeUnsignedLong(OBLX_CdrStream *self, DDS_UnsignedLong *value) {
-    return toBoolean(self != nullptr && value != nullptr && cdr::read32(*self, *value));
+    return toBoolean(self != nullptr && value != nullptr && cdr::read(*self, *value));
 }
 
 DDS_Boolean OBLX_CdrStream_serializeLong(OBLX_CdrStream *self, DDS_Long value) {
@@ -105,11 +105,11 @@ DDS_Boolean OBLX_CdrStream_deserializeLong(OBLX_CdrStream *self, DDS_Long *value
 }
 
 DDS_Boolean OBLX_CdrStream_serializeUnsignedShort(OBLX_CdrStream *self, DDS_UnsignedShort value) {
-    return toBoolean(self != nullptr && cdr::write16(*self, value));
+    return toBoolean(self != nullptr && cdr::write<std::uint16_t>(*self, value));
 }
 
 DDS_Boolean OBLX_CdrStream_deserializeUnsignedShort(OBLX_CdrStream *self, DDS_UnsignedShort *value) {
-    return toBoolean(self != nullptr && value != nullptr && cdr::read16(*self, *value));
+    return toBoolean(self != nullptr && value != nullptr && cdr::read(*self, *value));
 }
 
 DDS_Boolean OBLX_CdrStream_serializeEncapsulation(OBLX_CdrStream *self, DDS_UnsignedShort id,
@@ -153,7 +153,7 @@ DDS_Boolean OBLX_CdrStream_serializeComplexSequence(OBLX_CdrStream *self, const 
                                                     DDS_UnsignedLong length, DDS_UnsignedLong maximum,
                                                     size_t elementSize, OBLX_CdrElementFunction function,
                                                     void *context) {
-    return toBoolean(self != nullptr && length <= maximum && cdr::write32(*self, length) &&
+    return toBoolean(self != nullptr && length <= maximum && cdr::write<std::uint32_t>(*self, length) &&
                      forEachElement(self, const_cast<void *>(elements), length, elementSize, function, context));
 }
 
@@ -162,7 +162,7 @@ DDS_Boolean OBLX_CdrStream_deserializeComplexSequence(OBLX_CdrStream *self, void
                                                       size_t elementSize, OBLX_CdrElementFunction function,
                                                       void *context) {
     DDS_UnsignedLong count;
-    if (self == nullptr || length == nullptr || !cdr::read32(*self, count) || count > maximum ||
+    if (self == nullptr || length == nullptr || !cdr::read(*self, count) || count > maximum ||
         !forEachElement(self, elements, count, elementSize, function, context))
         return DDS_BOOLEAN_FALSE;
     *length = count;

@@ -3,10 +3,11 @@
 // directly so that the per-value work inlines into its loops.
 #pragma once
 
-#include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "platform/cdr_stream.h"
 
@@ -58,8 +59,7 @@ inline bool alignForRead(OBLX_CdrStream &s, DDS_UnsignedLong alignment) noexcept
 inline bool alignForWrite(OBLX_CdrStream &s, DDS_UnsignedLong alignment) noexcept {
     DDS_UnsignedLong pad = paddingTo(s, alignment);
     if (!checkSize(s, pad)) return false;
-    std::memset(s.buffer + s.position, 0, pad);
-    s.position += pad;
+    for (; pad > 0; --pad) s.buffer[s.position++] = 0;  // at most 7: cheaper than a call
     return true;
 }
 
@@ -69,64 +69,73 @@ inline DDS_UnsignedLong resetAlignment(OBLX_CdrStream &s) noexcept {
     return previous;
 }
 
-// Raw stores and loads at a known-good offset, in the stream's byte order.
-inline void store32(OBLX_CdrStream &s, DDS_UnsignedLong offset, std::uint32_t value) noexcept {
-    if (s.needByteSwap) value = __builtin_bswap32(value);
-    std::memcpy(s.buffer + offset, &value, sizeof value);
+// Copies a value of 1, 2, 4 or 8 bytes, reversing its bytes when asked.
+// Sizes are known per case, so every copy compiles to plain moves.
+template <std::size_t Size>
+inline void copyOrdered(unsigned char *to, const unsigned char *from, bool swap) noexcept {
+    std::conditional_t<Size == 1, std::uint8_t,
+                       std::conditional_t<Size == 2, std::uint16_t,
+                                          std::conditional_t<Size == 4, std::uint32_t, std::uint64_t>>>
+        value;
+    std::memcpy(&value, from, Size);
+    if constexpr (Size == 2) {
+        if (swap) value = __builtin_bswap16(value);
+    } else if constexpr (Size == 4) {
+        if (swap) value = __builtin_bswap32(value);
+    } else if constexpr (Size == 8) {
+        if (swap) value = __builtin_bswap64(value);
+    }
+    std::memcpy(to, &value, Size);
 }
 
-inline std::uint32_t load32(const OBLX_CdrStream &s, DDS_UnsignedLong offset) noexcept {
-    std::uint32_t value;
-    std::memcpy(&value, s.buffer + offset, sizeof value);
-    return s.needByteSwap ? __builtin_bswap32(value) : value;
+inline void copyOrdered(unsigned char *to, const void *from, DDS_UnsignedLong size, bool swap) noexcept {
+    const auto *bytes = static_cast<const unsigned char *>(from);
+    switch (size) {
+    case 1: copyOrdered<1>(to, bytes, swap); break;
+    case 2: copyOrdered<2>(to, bytes, swap); break;
+    case 4: copyOrdered<4>(to, bytes, swap); break;
+    default: copyOrdered<8>(to, bytes, swap); break;
+    }
 }
 
-inline void store16(OBLX_CdrStream &s, DDS_UnsignedLong offset, std::uint16_t value) noexcept {
-    if (s.needByteSwap) value = __builtin_bswap16(value);
-    std::memcpy(s.buffer + offset, &value, sizeof value);
+// Stores and loads an unsigned value at a known-good offset, in the
+// stream's byte order.
+template <typename Unsigned>
+inline void store(OBLX_CdrStream &s, DDS_UnsignedLong offset, Unsigned value) noexcept {
+    copyOrdered<sizeof value>(s.buffer + offset, reinterpret_cast<const unsigned char *>(&value), s.needByteSwap);
 }
 
-inline std::uint16_t load16(const OBLX_CdrStream &s, DDS_UnsignedLong offset) noexcept {
-    std::uint16_t value;
-    std::memcpy(&value, s.buffer + offset, sizeof value);
-    return s.needByteSwap ? __builtin_bswap16(value) : value;
+template <typename Unsigned>
+inline Unsigned load(const OBLX_CdrStream &s, DDS_UnsignedLong offset) noexcept {
+    Unsigned value;
+    copyOrdered<sizeof value>(reinterpret_cast<unsigned char *>(&value), s.buffer + offset, s.needByteSwap);
+    return value;
 }
 
-inline bool write32(OBLX_CdrStream &s, std::uint32_t value) noexcept {
-    if (!alignForWrite(s, 4) || !checkSize(s, 4)) return false;
-    store32(s, s.position, value);
-    s.position += 4;
+// Writes or reads one value aligned to its size.
+template <typename Unsigned>
+inline bool write(OBLX_CdrStream &s, Unsigned value) noexcept {
+    if (!alignForWrite(s, sizeof value) || !checkSize(s, sizeof value)) return false;
+    store(s, s.position, value);
+    s.position += sizeof value;
     return true;
 }
 
-inline bool read32(OBLX_CdrStream &s, std::uint32_t &value) noexcept {
-    if (!alignForRead(s, 4) || !checkSize(s, 4)) return false;
-    value = load32(s, s.position);
-    s.position += 4;
-    return true;
-}
-
-inline bool write16(OBLX_CdrStream &s, std::uint16_t value) noexcept {
-    if (!alignForWrite(s, 2) || !checkSize(s, 2)) return false;
-    store16(s, s.position, value);
-    s.position += 2;
-    return true;
-}
-
-inline bool read16(OBLX_CdrStream &s, std::uint16_t &value) noexcept {
-    if (!alignForRead(s, 2) || !checkSize(s, 2)) return false;
-    value = load16(s, s.position);
-    s.position += 2;
+template <typename Unsigned>
+inline bool read(OBLX_CdrStream &s, Unsigned &value) noexcept {
+    if (!alignForRead(s, sizeof value) || !checkSize(s, sizeof value)) return false;
+    value = load<Unsigned>(s, s.position);
+    s.position += sizeof value;
     return true;
 }
 
 inline bool writeLong(OBLX_CdrStream &s, DDS_Long value) noexcept {
-    return write32(s, static_cast<std::uint32_t>(value));
+    return write(s, static_cast<std::uint32_t>(value));
 }
 
 inline bool readLong(OBLX_CdrStream &s, DDS_Long &value) noexcept {
     std::uint32_t raw;
-    if (!read32(s, raw)) return false;
+    if (!read(s, raw)) return false;
     value = static_cast<DDS_Long>(raw);
     return true;
 }
@@ -135,21 +144,42 @@ inline bool readLong(OBLX_CdrStream &s, DDS_Long &value) noexcept {
 // on reading passes over it.
 inline bool writePrimitive(OBLX_CdrStream &s, const void *value, DDS_UnsignedLong size) noexcept {
     if (!alignForWrite(s, size) || !checkSize(s, size)) return false;
-    unsigned char *out = s.buffer + s.position;
-    std::memcpy(out, value, size);
-    if (s.needByteSwap) std::reverse(out, out + size);
+    copyOrdered(s.buffer + s.position, value, size, s.needByteSwap);
     s.position += size;
     return true;
 }
 
 inline bool readPrimitive(OBLX_CdrStream &s, void *value, DDS_UnsignedLong size) noexcept {
     if (!alignForRead(s, size) || !checkSize(s, size)) return false;
-    if (value != nullptr) {
-        auto *out = static_cast<unsigned char *>(value);
-        std::memcpy(out, s.buffer + s.position, size);
-        if (s.needByteSwap) std::reverse(out, out + size);
-    }
+    if (value != nullptr) copyOrdered(static_cast<unsigned char *>(value), s.buffer + s.position, size, s.needByteSwap);
     s.position += size;
+    return true;
+}
+
+// `count` 4-byte values that lie back to back in memory, aligned to 4.
+inline bool writeWords(OBLX_CdrStream &s, const void *values, DDS_UnsignedLong count) noexcept {
+    if (!alignForWrite(s, 4) || count > remainder(s) / 4) return false;
+    unsigned char *out = s.buffer + s.position;
+    if (!s.needByteSwap) {
+        std::memcpy(out, values, std::size_t{count} * 4);
+    } else {
+        const auto *in = static_cast<const unsigned char *>(values);
+        for (DDS_UnsignedLong i = 0; i < count; ++i) copyOrdered<4>(out + 4 * i, in + 4 * i, true);
+    }
+    s.position += count * 4;
+    return true;
+}
+
+inline bool readWords(OBLX_CdrStream &s, void *values, DDS_UnsignedLong count) noexcept {
+    if (!alignForRead(s, 4) || count > remainder(s) / 4) return false;
+    const unsigned char *in = s.buffer + s.position;
+    auto *out = static_cast<unsigned char *>(values);
+    if (!s.needByteSwap) {
+        std::memcpy(out, in, std::size_t{count} * 4);
+    } else {
+        for (DDS_UnsignedLong i = 0; i < count; ++i) copyOrdered<4>(out + 4 * i, in + 4 * i, true);
+    }
+    s.position += count * 4;
     return true;
 }
 
@@ -178,7 +208,7 @@ inline bool writeString(OBLX_CdrStream &s, const char *value, DDS_UnsignedLong m
     std::size_t characters = strnlen(value, maximumLength);
     if (characters >= maximumLength) return false;
     auto length = static_cast<DDS_UnsignedLong>(characters + 1);
-    if (!write32(s, length) || !checkSize(s, length)) return false;
+    if (!write<std::uint32_t>(s, length) || !checkSize(s, length)) return false;
     std::memcpy(s.buffer + s.position, value, length);
     s.position += length;
     return true;
@@ -187,7 +217,7 @@ inline bool writeString(OBLX_CdrStream &s, const char *value, DDS_UnsignedLong m
 // Reads a string's length and checks it against the bound and the bytes
 // left; the characters (NUL included) then start at the position.
 inline bool readStringLength(OBLX_CdrStream &s, DDS_UnsignedLong maximumLength, DDS_UnsignedLong &length) noexcept {
-    if (!read32(s, length)) return false;
+    if (!read(s, length)) return false;
     if (length > maximumLength || !checkSize(s, length)) return false;
     return length == 0 || s.buffer[s.position + length - 1] == '\0';
 }
@@ -220,19 +250,30 @@ inline bool writeParameterHeader(OBLX_CdrStream &s, OBLX_CdrParameterHeader &hea
     if (extended) {
         if (memberId > OBLX_CDR_EXTENDED_ID_MASK || !checkSize(s, OBLX_CDR_EXTENDED_PARAMETER_HEADER_SIZE))
             return false;
-        store16(s, s.position, OBLX_CDR_PID_EXTENDED | OBLX_CDR_PID_FLAG_MUST_UNDERSTAND);
-        store16(s, s.position + 2, 8);
-        store32(s, s.position + 4, memberId | (mustUnderstand ? OBLX_CDR_EXTENDED_FLAG_MUST_UNDERSTAND : 0u));
-        store32(s, s.position + 8, 0);
+        store<std::uint16_t>(s, s.position, OBLX_CDR_PID_EXTENDED | OBLX_CDR_PID_FLAG_MUST_UNDERSTAND);
+        store<std::uint16_t>(s, s.position + 2, 8);
+        store<std::uint32_t>(s, s.position + 4, memberId | (mustUnderstand ? OBLX_CDR_EXTENDED_FLAG_MUST_UNDERSTAND : 0u));
+        store<std::uint32_t>(s, s.position + 8, 0);
         s.position += OBLX_CDR_EXTENDED_PARAMETER_HEADER_SIZE;
     } else {
         if (memberId >= 0x3F00u || !checkSize(s, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE)) return false;
         auto id = static_cast<std::uint16_t>(memberId | (mustUnderstand ? OBLX_CDR_PID_FLAG_MUST_UNDERSTAND : 0u));
-        store16(s, s.position, id);
-        store16(s, s.position + 2, 0);
+        store<std::uint16_t>(s, s.position, id);
+        store<std::uint16_t>(s, s.position + 2, 0);
         s.position += OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE;
     }
     header.valueStart = s.position;
+    return true;
+}
+
+// A short header whose member length is known before the member is written.
+inline bool writeCompleteParameterHeader(OBLX_CdrStream &s, DDS_UnsignedLong memberId,
+                                         DDS_UnsignedLong length) noexcept {
+    if (!alignForWrite(s, 4) || !checkSize(s, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE)) return false;
+    if (memberId >= 0x3F00u || length > OBLX_CDR_SHORT_PARAMETER_MAX_LENGTH) return false;
+    store<std::uint16_t>(s, s.position, static_cast<std::uint16_t>(memberId));
+    store<std::uint16_t>(s, s.position + 2, static_cast<std::uint16_t>(length));
+    s.position += OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE;
     return true;
 }
 
@@ -240,18 +281,18 @@ inline bool finishParameterHeader(OBLX_CdrStream &s, const OBLX_CdrParameterHead
     if (header.valueStart > s.position || header.valueStart < OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE) return false;
     DDS_UnsignedLong length = s.position - header.valueStart;
     if (header.extended) {
-        store32(s, header.valueStart - 4, length);
+        store<std::uint32_t>(s, header.valueStart - 4, length);
         return true;
     }
     if (length > OBLX_CDR_SHORT_PARAMETER_MAX_LENGTH) return false;
-    store16(s, header.valueStart - 2, static_cast<std::uint16_t>(length));
+    store<std::uint16_t>(s, header.valueStart - 2, static_cast<std::uint16_t>(length));
     return true;
 }
 
 inline bool writeListEnd(OBLX_CdrStream &s) noexcept {
     if (!alignForWrite(s, 4) || !checkSize(s, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE)) return false;
-    store16(s, s.position, OBLX_CDR_PID_LIST_END | OBLX_CDR_PID_FLAG_MUST_UNDERSTAND);
-    store16(s, s.position + 2, 0);
+    store<std::uint16_t>(s, s.position, OBLX_CDR_PID_LIST_END | OBLX_CDR_PID_FLAG_MUST_UNDERSTAND);
+    store<std::uint16_t>(s, s.position + 2, 0);
     s.position += OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE;
     return true;
 }
@@ -259,10 +300,10 @@ inline bool writeListEnd(OBLX_CdrStream &s) noexcept {
 inline bool readExtendedParameterHeader(OBLX_CdrStream &s, std::uint16_t shortLength,
                                         OBLX_CdrParameterHeader &header) noexcept {
     if (shortLength != 8 || !checkSize(s, 8)) return false;
-    std::uint32_t id = load32(s, s.position);
+    std::uint32_t id = load<std::uint32_t>(s, s.position);
     header.memberId = id & OBLX_CDR_EXTENDED_ID_MASK;
     header.mustUnderstand = (id & OBLX_CDR_EXTENDED_FLAG_MUST_UNDERSTAND) != 0;
-    header.length = load32(s, s.position + 4);
+    header.length = load<std::uint32_t>(s, s.position + 4);
     header.extended = true;
     s.position += 8;
     return true;
@@ -271,8 +312,8 @@ inline bool readExtendedParameterHeader(OBLX_CdrStream &s, std::uint16_t shortLe
 inline bool readParameterHeader(OBLX_CdrStream &s, OBLX_CdrParameterHeader &header) noexcept {
     header = OBLX_CdrParameterHeader{};
     if (!alignForRead(s, 4) || !checkSize(s, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE)) return false;
-    std::uint16_t rawId = load16(s, s.position);
-    std::uint16_t shortLength = load16(s, s.position + 2);
+    std::uint16_t rawId = load<std::uint16_t>(s, s.position);
+    std::uint16_t shortLength = load<std::uint16_t>(s, s.position + 2);
     s.position += OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE;
     header.memberId = rawId & OBLX_CDR_PID_MASK;
     header.mustUnderstand = (rawId & OBLX_CDR_PID_FLAG_MUST_UNDERSTAND) != 0;

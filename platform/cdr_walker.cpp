@@ -10,29 +10,6 @@
 
 namespace vexar::cdr {
 
-DDS_UnsignedLong primitiveSize(const DDS_TypeCode &type) noexcept {
-    switch (kindOf(type)) {
-    case DDS_TK_BOOLEAN:
-    case DDS_TK_CHAR:
-    case DDS_TK_OCTET:
-        return 1;
-    case DDS_TK_SHORT:
-    case DDS_TK_USHORT:
-        return 2;
-    case DDS_TK_LONG:
-    case DDS_TK_ULONG:
-    case DDS_TK_FLOAT:
-    case DDS_TK_ENUM:
-        return 4;
-    case DDS_TK_DOUBLE:
-    case DDS_TK_LONGLONG:
-    case DDS_TK_ULONGLONG:
-        return 8;
-    default:
-        return 0;
-    }
-}
-
 bool hasKeyMembers(const DDS_TypeCode &type) noexcept {
     if (kindOf(type) != DDS_TK_STRUCT) return false;
     return std::any_of(type.members, type.members + type.member_count,
@@ -41,11 +18,6 @@ bool hasKeyMembers(const DDS_TypeCode &type) noexcept {
 
 bool isKeyFormMember(const DDS_TypeCode &type, DDS_UnsignedLong index) noexcept {
     return type.members[index].flags == DDS_TYPECODE_KEY_MEMBER || !hasKeyMembers(type);
-}
-
-const DDS_TypeCodeMember *selectedBranch(const DDS_TypeCode &type, DDS_Long label) noexcept {
-    DDS_Long index = DDS_TypeCode_find_member_by_label(&type, label);
-    return index < 0 ? nullptr : &type.members[index];
 }
 
 bool copyKeyMembers(const DDS_TypeCode &type, void *dst, const void *src) noexcept {

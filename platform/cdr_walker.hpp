@@ -1,13 +1,16 @@
 // The CDR encoding of any data type, derived from its type code.
 //
-// One walk over DDS_TypeCode writes, reads, skips, measures and keys a
-// sample of any type: mutable structs and unions as parameter lists
+// A type code is compiled once into a Plan: a flat list of steps (a value
+// at an offset, a string with its bound, a sequence, a parameter list and
+// its members) that the encoder and decoder run without looking at the type
+// code again. Mutable structs and unions are written as parameter lists
 // (member id and length before each member, a LIST_END sentinel after the
-// last), everything else as plain CDR. The type plugins of type/vexarPlugin.h
-// are thin wrappers over these functions.
+// last), everything else as plain CDR. The type plugins of
+// type/vexarPlugin.h are thin wrappers over these functions.
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "platform/cdr_stream.h"
 #include "platform/typecode.h"
@@ -25,7 +28,28 @@ inline bool isMutable(const DDS_TypeCode &type) noexcept {
 }
 
 // Bytes of a primitive or enumeration on the wire; 0 for anything else.
-DDS_UnsignedLong primitiveSize(const DDS_TypeCode &type) noexcept;
+inline DDS_UnsignedLong primitiveSize(const DDS_TypeCode &type) noexcept {
+    switch (kindOf(type)) {
+    case DDS_TK_BOOLEAN:
+    case DDS_TK_CHAR:
+    case DDS_TK_OCTET:
+        return 1;
+    case DDS_TK_SHORT:
+    case DDS_TK_USHORT:
+        return 2;
+    case DDS_TK_LONG:
+    case DDS_TK_ULONG:
+    case DDS_TK_FLOAT:
+    case DDS_TK_ENUM:
+        return 4;
+    case DDS_TK_DOUBLE:
+    case DDS_TK_LONGLONG:
+    case DDS_TK_ULONGLONG:
+        return 8;
+    default:
+        return 0;
+    }
+}
 
 inline bool isPrimitive(const DDS_TypeCode &type) noexcept { return primitiveSize(type) != 0; }
 
@@ -37,41 +61,88 @@ bool hasKeyMembers(const DDS_TypeCode &type) noexcept;
 // nested type used whole as a key member).
 bool isKeyFormMember(const DDS_TypeCode &type, DDS_UnsignedLong index) noexcept;
 
-// The union member selected by discriminator value `label`, or null.
-const DDS_TypeCodeMember *selectedBranch(const DDS_TypeCode &type, DDS_Long label) noexcept;
+// --- plans ---------------------------------------------------------------
 
-// --- writing -------------------------------------------------------------
-
-struct Encoding {
-    bool extendedHeaders = false; // composite and string members behind extended headers
-    bool keyForm = false;         // key members only
+enum class StepKind : std::uint8_t {
+    words,       // `bound` consecutive 4-byte values from `offset`, one step each following up to `end`
+    primitive,   // `size` bytes at `offset`
+    enumeration, // 4 bytes at `offset`: one of `low`..`high` when `dense`, else of `type`'s values
+    string,      // a char * at `offset`; `bound` is the longest length with the NUL
+    sequence,    // the record at `offset` (`type`); the element's steps follow up to `end`
+    list,        // a parameter list (a union's when `isUnion`) at `offset`; member steps follow up to `end`
+    member,      // one member of a list: `id`, header form, union `label`; its steps follow up to `end`;
+                 // `bound` is its length when that is fixed (one `words` step), else 0
 };
 
+struct Step {
+    StepKind kind;
+    std::uint8_t size = 0;
+    bool extendedHeader = false;
+    bool kept = true;       // false: read and dropped (a non-key member when only keys are read)
+    bool isUnion = false;
+    bool isDefault = false; // the union member chosen when no label matches
+    bool dense = false;     // an enumeration whose values are exactly `low`..`high`
+    bool numbersOnly = false; // words: no enumeration among them, all kept: read as one block
+    DDS_UnsignedLong id = 0;
+    DDS_UnsignedLong bound = 0;
+    DDS_Long label = 0;
+    DDS_Long low = 0, high = 0;
+    std::uint32_t end = 0;
+    std::size_t offset = 0; // in the sample; a sequence's element steps: in the element
+    const DDS_TypeCode *type = nullptr;
+};
+
+// How resetToInitialValues puts one part of a sample back, compiled from
+// the steps: runs of zero bytes merged, the rest value by value.
+struct ResetStep {
+    enum class Kind : std::uint8_t { zeros, word, string, sequence } kind;
+    std::size_t offset;
+    std::size_t size = 0;              // zeros
+    DDS_Long value = 0;                // word: an enumeration's first value, a union's default discriminator
+    const DDS_TypeCode *type = nullptr; // sequence
+};
+
+struct PlanOptions {
+    bool extendedHeaders = false; // composite and string members behind extended headers
+    bool keyForm = false;         // only the key members are on the wire
+    bool keysOnly = false;        // reading keeps only the key members
+};
+
+class Plan {
+public:
+    Plan() = default;
+    Plan(const DDS_TypeCode &type, const PlanOptions &options) noexcept;
+
+    // False when the type code holds something the encoding cannot carry
+    // (or compiling ran out of memory): every use of the plan then fails.
+    bool valid() const noexcept { return valid_; }
+    const std::vector<Step> &steps() const noexcept { return steps_; }
+    const std::vector<ResetStep> &resetSteps() const noexcept { return resetSteps_; }
+
+private:
+    std::vector<Step> steps_;
+    std::vector<ResetStep> resetSteps_;
+    bool valid_ = false;
+};
+
+// --- writing and reading -----------------------------------------------
+
 // Writes the value at `sample` (no encapsulation header).
-bool serialize(OBLX_CdrStream &stream, const DDS_TypeCode &type, const void *sample,
-               const Encoding &encoding) noexcept;
+bool serialize(OBLX_CdrStream &stream, const Plan &plan, const void *sample) noexcept;
 
 // The bytes that serialize would write from position `start` (alignment
 // counted from 0), or 0 when the value cannot be written.
-std::uint64_t serializedSize(const DDS_TypeCode &type, const void *sample, std::uint64_t start,
-                             const Encoding &encoding) noexcept;
-
-// --- reading -------------------------------------------------------------
-
-struct Decoding {
-    bool keyForm = false;  // the bytes hold the key form (as serialize with keyForm)
-    bool keysOnly = false; // store key members only; pass over the others
-};
+std::uint64_t serializedSize(const Plan &plan, const void *sample, std::uint64_t start) noexcept;
 
 // Reads a value into `sample`, whose strings already hold buffers at their
-// bounds. A null `sample` passes over the value without storing it. An
-// enumeration out of range leaves its field unchanged and sets the stream's
-// unassignable mark.
-bool deserialize(OBLX_CdrStream &stream, const DDS_TypeCode &type, void *sample, const Decoding &decoding) noexcept;
+// bounds; a null `sample` passes over the value. An enumeration out of range
+// leaves its field unchanged and sets the stream's unassignable mark.
+bool deserialize(OBLX_CdrStream &stream, const Plan &plan, void *sample) noexcept;
 
-inline bool skip(OBLX_CdrStream &stream, const DDS_TypeCode &type) noexcept {
-    return deserialize(stream, type, nullptr, Decoding{});
-}
+// Puts every member back to its initial value without allocating: numbers
+// 0, enumerations their first enumerator, strings emptied in place,
+// sequences emptied, a union's discriminator its default.
+void resetToInitialValues(const Plan &plan, void *sample) noexcept;
 
 // --- size bounds ---------------------------------------------------------
 

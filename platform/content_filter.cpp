@@ -15,12 +15,6 @@ namespace {
 
 // --- binding: every value of a comparison made an operand of one domain ----
 
-[[noreturn]] void refuse(std::size_t position, std::string message) {
-    throw FilterError{position, std::move(message)};
-}
-
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
-
 Domain domainOf(const Member &member) { return member.source == Source::string ? Domain::text : Domain::integer; }
 
 const char *kindName(const Member &member) {
@@ -68,7 +62,8 @@ bool fits(std::int64_t value, Source source) {
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view kSpace = " \t\r\n";
     const std::size_t first = text.find_first_not_of(kSpace);
-    return first == std::string_view::npos ? std::string_view{} : text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
+    return first == std::string_view::npos ? std::string_view{}
+                                           : text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
 }
 
 // A string parameter may be written as a literal, in quotes.
@@ -194,8 +189,8 @@ private:
             }
         }
         const char *typeName = enumeration.name != nullptr ? enumeration.name : "its enumeration";
-        refuse(position, quoted(name) + " is not an enumerator of " + typeName + ", the type of member " +
-                             quoted(member.path));
+        refuse(position,
+               quoted(name) + " is not an enumerator of " + typeName + ", the type of member " + quoted(member.path));
     }
 
     static std::string mismatch(Domain domain, const Member *counterpart, const char *what) {

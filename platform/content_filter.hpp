@@ -62,9 +62,9 @@ enum class Source : std::uint8_t { constant, octet, int16, uint16, int32, uint32
 
 struct Operand {
     Source source = Source::constant;
-    std::size_t offset = 0;    // of the member in the sample
-    std::int64_t integer = 0;  // constant of an integer comparison
-    std::string text;          // constant of a string comparison
+    std::size_t offset = 0;   // of the member in the sample
+    std::int64_t integer = 0; // constant of an integer comparison
+    std::string text;         // constant of a string comparison
 };
 
 enum class Domain : std::uint8_t { integer, text };

@@ -1,6 +1,8 @@
 // Lexer and recursive-descent parser of content filter expressions.
 #include "platform/content_filter_syntax.hpp"
 
+#include <strings.h>
+
 #include <cctype>
 #include <charconv>
 #include <limits>
@@ -10,26 +12,12 @@ namespace vexar::platform::filter {
 
 namespace {
 
-[[noreturn]] void refuse(std::size_t position, std::string message) {
-    throw FilterError{position, std::move(message)};
-}
-
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
-
 bool isNameStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 bool isNameChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::toupper(static_cast<unsigned char>(a[i])) != std::toupper(static_cast<unsigned char>(b[i]))) {
-            return false;
-        }
-    }
-    return true;
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
 // --- tokens --------------------------------------------------------------
@@ -40,9 +28,9 @@ struct Token {
     TokenKind kind = TokenKind::end;
     std::size_t position = 0;
     std::string_view spelling;
-    std::int64_t integer = 0;  // integer
-    std::string text;          // text
-    unsigned parameter = 0;    // parameter
+    std::int64_t integer = 0; // integer
+    std::string text;         // text
+    unsigned parameter = 0;   // parameter
     Relation relation = Relation::equal;
 };
 
@@ -61,9 +49,10 @@ struct Operator {
     Relation relation;
 };
 // Two-character spellings first, so that "<=" is not read as "<".
-constexpr Operator kOperators[] = {{"<>", Relation::notEqual}, {"!=", Relation::notEqual},
+constexpr Operator kOperators[] = {{"<>", Relation::notEqual},    {"!=", Relation::notEqual},
                                    {"<=", Relation::lessOrEqual}, {">=", Relation::greaterOrEqual},
-                                   {"=", Relation::equal}, {"<", Relation::less}, {">", Relation::greater}};
+                                   {"=", Relation::equal},        {"<", Relation::less},
+                                   {">", Relation::greater}};
 
 constexpr unsigned kMaxParameter = 99;
 
@@ -378,8 +367,8 @@ private:
             Nesting nesting(*this, position);
             Node inner = condition();
             if (!accept(TokenKind::close)) {
-                refuse(token_.position, "expected ')' to close the '(' at column " + std::to_string(position + 1) +
-                                            ", " + found());
+                refuse(token_.position,
+                       "expected ')' to close the '(' at column " + std::to_string(position + 1) + ", " + found());
             }
             return inner;
         }
@@ -410,8 +399,8 @@ private:
             Node like = comparison(std::move(left), Relation::like, position, operand("LIKE"));
             return inverted ? negated(std::move(like)) : like;
         }
-        refuse(token_.position, inverted ? "expected BETWEEN or LIKE after 'NOT'"
-                                         : "expected a comparison operator " + found());
+        refuse(token_.position,
+               inverted ? "expected BETWEEN or LIKE after 'NOT'" : "expected a comparison operator " + found());
     }
 
     // x BETWEEN low AND high is low <= x AND x <= high.
@@ -522,8 +511,7 @@ private:
     public:
         Nesting(Parser &parser, std::size_t position) : parser_(parser) {
             if (++parser_.depth_ > kMaxNesting) {
-                refuse(position, "expression nested too deeply (more than " + std::to_string(kMaxNesting) +
-                                     " levels)");
+                refuse(position, "expression nested too deeply (more than " + std::to_string(kMaxNesting) + " levels)");
             }
         }
         ~Nesting() { --parser_.depth_; }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/content_filter.hpp"
@@ -52,6 +53,15 @@ struct ComparisonSyntax {
 struct Syntax {
     std::vector<ComparisonSyntax> comparisons;
 };
+
+// Parsing and binding refuse an expression by throwing; the public
+// operations catch it.
+[[noreturn]] inline void refuse(std::size_t position, std::string message) {
+    throw FilterError{position, std::move(message)};
+}
+
+// How messages quote what the expression says: 'text'.
+inline std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
 // Parses `expression` for samples of the struct `type`. Throws FilterError
 // (and std::bad_alloc).

@@ -12,10 +12,13 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <string>
 #include <type_traits>
+#include <vector>
 
+#include "platform/cdr_walker.hpp"
 #include "platform/cyclone.hpp"
 #include "platform/report.h"
 #include "platform/sample_array.hpp"
@@ -24,7 +27,6 @@
 #include <dds/ddsi/ddsi_serdata.h>
 #include <dds/ddsi/ddsi_sertype.h>
 #include <dds/ddsi/q_radmin.h>
-#include <dds/ddsrt/md5.h>
 #include <dds/ddsrt/mh3.h>
 
 namespace vexar::platform {
@@ -33,6 +35,46 @@ namespace {
 // A mutable type writes this as PL_CDR little-endian, a plain one as CDR.
 constexpr DDS_UnsignedShort kWireEncapsulation = OBLX_CDR_ENCAPSULATION_CDR_LE;
 
+// Initialized samples that incoming bytes are decoded into to check them.
+// Receive threads run concurrently, so each takes a sample of its own; the
+// samples are kept for the next check rather than made per sample.
+class ScratchPool {
+public:
+    explicit ScratchPool(const DDS_TypeCode &type) noexcept : type_(type) {}
+    ~ScratchPool() {
+        for (void *sample : idle_) sample::array::destroy(type_, sample);
+    }
+    ScratchPool(const ScratchPool &) = delete;
+    ScratchPool &operator=(const ScratchPool &) = delete;
+
+    // Null when out of memory.
+    void *acquire() noexcept {
+        {
+            std::lock_guard lock(mutex_);
+            if (!idle_.empty()) {
+                void *sample = idle_.back();
+                idle_.pop_back();
+                return sample;
+            }
+        }
+        return sample::array::resize(type_, nullptr, 1);
+    }
+
+    void release(void *sample) noexcept {
+        std::lock_guard lock(mutex_);
+        try {
+            idle_.push_back(sample);
+        } catch (...) {
+            sample::array::destroy(type_, sample);
+        }
+    }
+
+private:
+    const DDS_TypeCode &type_;
+    std::mutex mutex_;
+    std::vector<void *> idle_;
+};
+
 struct Sertype {
     ddsi_sertype base;  // first: Cyclone hands back &base
     OBLX_TypePlugin plugin;
@@ -40,6 +82,7 @@ struct Sertype {
     bool keyHashIsDigest;         // the key hash is an MD5 digest, not the key bytes
     DDS_UnsignedLong keyMaxSize;  // key form, without header
     DDS_UnsignedLong keyWireMaxSize;
+    ScratchPool *scratch;  // owned; outside the struct to keep its layout standard
 };
 static_assert(std::is_standard_layout_v<Sertype>);
 static_assert(std::has_unique_object_representations_v<OBLX_TypePlugin>, "plugins are compared bytewise");
@@ -49,7 +92,6 @@ const Sertype &sertypeOf(const ddsi_sertype *type) noexcept { return *reinterpre
 // The wire bytes follow the record, then the key bytes.
 struct Serdata {
     ddsi_serdata base;  // first: Cyclone hands back &base
-    DDS_KeyHash_t keyHash;
     bool keyHashIsDigest;
     std::uint32_t wireSize;  // 0 for an untyped (key-only) copy
     std::uint32_t wireCapacity;
@@ -93,15 +135,14 @@ OBLX_CdrStream streamOver(const unsigned char *bytes, std::uint32_t length, bool
 }
 
 // The canonical key of `sample` into `d`, and the hash Cyclone files it by.
+// The key hash (an MD5 digest for long keys) is derived from the key bytes
+// only when Cyclone asks for it, which most samples never need.
 bool storeKey(const Sertype &type, const void *sample, Serdata &d) noexcept {
     d.keySize = 0;
-    d.keyHash = DDS_KeyHash_t{{}, DDS_KEYHASH_LENGTH};
     if (type.keyed) {
         OBLX_CdrStream stream = streamOver(d.key(), type.keyMaxSize, true);
-        if (!type.plugin.serialize_key(nullptr, sample, &stream, DDS_BOOLEAN_FALSE, 0, DDS_BOOLEAN_TRUE, nullptr) ||
-            !type.plugin.instance_to_keyhash(nullptr, &d.keyHash, sample)) {
+        if (!type.plugin.serialize_key(nullptr, sample, &stream, DDS_BOOLEAN_FALSE, 0, DDS_BOOLEAN_TRUE, nullptr))
             return false;
-        }
         d.keySize = OBLX_CdrStream_getPosition(&stream);
     }
     d.base.hash = ddsrt_mh3(d.key(), d.keySize, type.base.serdata_basehash);
@@ -120,8 +161,9 @@ ddsi_serdata *fromSample(const ddsi_sertype *typeBase, ddsi_serdata_kind kind, c
     const OBLX_TypePlugin &plugin = type.plugin;
     if (sample == nullptr) return nullptr;
     bool whole = kind == SDK_DATA;
-    std::uint32_t capacity = whole ? plugin.get_serialized_sample_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0, sample)
-                                   : type.keyWireMaxSize;
+    std::uint32_t capacity =
+        whole ? plugin.get_serialized_sample_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0, sample)
+              : type.keyWireMaxSize;
     if (capacity == 0) return nullptr;
     Serdata *d = newSerdata(type, kind, capacity, type.keyMaxSize);
     if (d == nullptr) return nullptr;
@@ -149,15 +191,16 @@ bool hasOwnEncapsulation(const Sertype &type, const unsigned char *wire, std::ui
 // sample gives the key.
 ddsi_serdata *validated(const Sertype &type, Serdata *d) noexcept {
     const OBLX_TypePlugin &plugin = type.plugin;
-    sample::array::Scratch scratch(*plugin.type_code);
-    bool valid = scratch && hasOwnEncapsulation(type, d->wire(), d->wireSize);
+    void *scratch = hasOwnEncapsulation(type, d->wire(), d->wireSize) ? type.scratch->acquire() : nullptr;
+    bool valid = scratch != nullptr;
     if (valid) {
         OBLX_CdrStream stream = streamOver(d->wire(), d->wireSize, false);
-        void *target = scratch.get();
+        void *target = scratch;
         OBLX_TypePluginDeserializeFunction deserialize =
             d->base.kind == SDK_DATA ? plugin.deserialize : plugin.deserialize_key;
         valid = deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr) &&
-                storeKey(type, scratch.get(), *d);
+                storeKey(type, scratch, *d);
+        type.scratch->release(scratch);
     }
     if (!valid) {
         deleteSerdata(d);
@@ -191,7 +234,8 @@ bool copyIovecs(ddsrt_msg_iovlen_t count, const ddsrt_iovec_t *iov, std::uint32_
 }
 
 template <typename CopyBytes>
-ddsi_serdata *fromWire(const ddsi_sertype *typeBase, ddsi_serdata_kind kind, size_t size, CopyBytes copyBytes) {
+ddsi_serdata *fromWire(const ddsi_sertype *typeBase, ddsi_serdata_kind kind, size_t size,
+                       CopyBytes copyBytes) noexcept {
     const Sertype &type = sertypeOf(typeBase);
     if (size > UINT32_MAX - 3) return nullptr;
     auto wireSize = static_cast<std::uint32_t>(size);
@@ -205,7 +249,8 @@ ddsi_serdata *fromWire(const ddsi_sertype *typeBase, ddsi_serdata_kind kind, siz
     return validated(type, d);
 }
 
-ddsi_serdata *fromSer(const ddsi_sertype *type, ddsi_serdata_kind kind, const nn_rdata *fragchain, size_t size) noexcept {
+ddsi_serdata *fromSer(const ddsi_sertype *type, ddsi_serdata_kind kind, const nn_rdata *fragchain,
+                      size_t size) noexcept {
     return fromWire(type, kind, size, [fragchain](unsigned char *out, std::uint32_t length) {
         return copyFragments(fragchain, length, out);
     });
@@ -222,7 +267,8 @@ ddsi_serdata *fromSerIov(const ddsi_sertype *type, ddsi_serdata_kind kind, ddsrt
 // instance known only by its hash is not reconstructed.
 ddsi_serdata *fromKeyhash(const ddsi_sertype *, const ddsi_keyhash *) noexcept { return nullptr; }
 
-// A sample whose key fields alone are valid: dispose and unregister.
+// Into the caller's initialized sample; a key-only serdata (dispose,
+// unregister) fills the key fields alone.
 bool toSample(const ddsi_serdata *dBase, void *sample, void **, void *) noexcept {
     const Serdata &d = serdataOf(dBase);
     const OBLX_TypePlugin &plugin = sertypeOf(d.base.type).plugin;
@@ -240,7 +286,6 @@ ddsi_serdata *toUntyped(const ddsi_serdata *dBase) noexcept {
     const Serdata &d = serdataOf(dBase);
     Serdata *copy = newSerdata(sertypeOf(d.base.type), SDK_KEY, 0, d.keySize);
     if (copy == nullptr) return nullptr;
-    copy->keyHash = d.keyHash;
     copy->keySize = d.keySize;
     std::memcpy(copy->key(), d.key(), d.keySize);
     copy->base.hash = d.base.hash;
@@ -295,27 +340,24 @@ size_t print(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, char *buff
 
 void getKeyhash(const ddsi_serdata *dBase, ddsi_keyhash *out, bool forceMd5) noexcept {
     const Serdata &d = serdataOf(dBase);
-    if (!forceMd5 || d.keyHashIsDigest) {
-        std::memcpy(out->value, d.keyHash.value, sizeof out->value);
-        return;
-    }
-    ddsrt_md5_state_t md5;
-    ddsrt_md5_init(&md5);
-    ddsrt_md5_append(&md5, d.key(), d.keySize);
-    ddsrt_md5_finish(&md5, out->value);
+    // Any bound above 16 bytes makes keyHashOf digest the key.
+    const std::uint64_t keyBound = forceMd5 || d.keyHashIsDigest ? UINT64_MAX : DDS_KEYHASH_LENGTH;
+    cdr::keyHashOf(d.key(), d.keySize, keyBound, out->value);
 }
 
 // ---- the sertype's sample arrays and identity ----------------------------
 
 void freeSertype(ddsi_sertype *typeBase) noexcept {
     ddsi_sertype_fini(typeBase);
-    delete reinterpret_cast<Sertype *>(typeBase);
+    auto *type = reinterpret_cast<Sertype *>(typeBase);
+    delete type->scratch;
+    delete type;
 }
 
 const DDS_TypeCode &typeCodeOf(const ddsi_sertype *type) noexcept { return *sertypeOf(type).plugin.type_code; }
 
 void zeroSamples(const ddsi_sertype *type, void *samples, size_t count) noexcept {
-    sample::array::reset(typeCodeOf(type), samples, count);
+    sample::array::empty(typeCodeOf(type), samples, count);
 }
 
 void reallocSamples(void **ptrs, const ddsi_sertype *type, void *old, size_t, size_t count) noexcept {
@@ -329,13 +371,14 @@ void reallocSamples(void **ptrs, const ddsi_sertype *type, void *old, size_t, si
 }
 
 // DDS_FREE_ALL passes the array's base in ptrs[0]; DDS_FREE_CONTENTS the
-// elements to finalize, which stay in their array for reuse.
+// elements of a returned loan, which stay in their array, buffers and all,
+// for the next loan (DDS_FREE_ALL frees them with the array).
 void freeSamples(const ddsi_sertype *type, void **ptrs, size_t count, dds_free_op_t op) noexcept {
     if (ptrs == nullptr || ptrs[0] == nullptr) return;
     if ((op & DDS_FREE_ALL_BIT) != 0) {
         sample::array::destroy(typeCodeOf(type), ptrs[0]);
     } else if ((op & DDS_FREE_CONTENTS_BIT) != 0) {
-        sample::array::finalizeElements(typeCodeOf(type), ptrs, count);
+        sample::array::empty(typeCodeOf(type), ptrs, count);
     }
 }
 
@@ -395,6 +438,11 @@ ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registere
     auto *type = new (std::nothrow) Sertype{};
     if (type == nullptr) return nullptr;
     type->plugin = *plugin;
+    type->scratch = new (std::nothrow) ScratchPool(*plugin->type_code);
+    if (type->scratch == nullptr) {
+        delete type;
+        return nullptr;
+    }
     type->keyed = plugin->get_key_kind() != OBLX_TYPEPLUGIN_NO_KEY;
     type->keyHashIsDigest = keyMaxSize > DDS_KEYHASH_LENGTH;
     type->keyMaxSize = keyMaxSize;

@@ -14,8 +14,9 @@
 // On the wire a sample is the plugin's serialization with the encapsulation
 // header, little-endian (PL_CDR for the mutable topic types); only the
 // XCDR1 data representation is offered. Writers and readers take and give
-// full samples of the plugin's type; loaned samples are initialized samples
-// whose strings hold buffers at their bounds.
+// full samples of the plugin's type: samples handed to Cyclone to be filled
+// (take into the caller's buffers, dds_instance_get_key) must be initialized
+// ones, and loaned samples are initialized with their strings at their bounds.
 #pragma once
 
 #include "platform/type_plugin.h"

@@ -8,9 +8,15 @@
 namespace vexar::platform {
 namespace {
 
+// Cyclone creates and deletes a condition under its reader lock and then
+// its cache lock; the loan mutex keeps that apart from a loaned take, which
+// takes them the other way round (see reader_read.cpp).
 DDS_ReadCondition *createReadCondition(DDS_DataReaderImpl &reader, std::uint32_t states, const char *context) {
-    auto condition = std::make_unique<DDS_ReadConditionImpl>(0, reader);
-    condition->handle = dds_create_readcondition(reader.handle, states);
+    auto condition = std::make_unique<DDS_ReadConditionImpl>(reader, states);
+    {
+        std::lock_guard lock(reader.loanMutex);
+        condition->handle = dds_create_readcondition(reader.handle, states);
+    }
     if (condition->handle < 0) {
         reportCycloneFailure(context, "dds_create_readcondition", condition->handle);
         return nullptr;
@@ -31,7 +37,11 @@ DDS_ReturnCode_t deleteReadCondition(DDS_DataReaderImpl &reader, DDS_ReadConditi
         reportBadEntity(context, "condition (of another reader)");
         return DDS_RETCODE_PRECONDITION_NOT_MET;
     }
-    dds_return_t deleted = dds_delete(owned->handle);
+    dds_return_t deleted = 0;
+    {
+        std::lock_guard lock(reader.loanMutex);
+        deleted = dds_delete(owned->handle);
+    }
     return deleted < 0 ? reportCycloneFailure(context, "dds_delete", deleted) : DDS_RETCODE_OK;
 }
 
@@ -86,15 +96,7 @@ DDS_ReturnCode_t DDS_DataReader_get_subscription_matched_status(DDS_DataReader *
                                                                 DDS_SubscriptionMatchedStatus *status) {
     const char *context = "DDS_DataReader_get_subscription_matched_status";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    if (status == nullptr) {
-        OBLX_Report_badParameter(context, "status");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
-    dds_subscription_matched_status_t matched;
-    dds_return_t result = dds_get_subscription_matched_status(self->handle, &matched);
-    if (result < 0) return reportCycloneFailure(context, "dds_get_subscription_matched_status", result);
-    *status = fromCyclone(matched);
-    return DDS_RETCODE_OK;
+    return readMatchedStatus(self->handle, status, dds_get_subscription_matched_status, context);
 }
 
 DDS_Boolean DDS_DataReader_compare_typeI(DDS_DataReader *self, const char *type_name) {

@@ -60,10 +60,7 @@ DDS_ReturnCode_t write(DDS_DataWriterImpl *writer, const void *sample, DDS_Insta
 DDS_InstanceHandle_t registerInstance(DDS_DataWriterImpl *writer, const void *sample, const DDS_Time_t *timestamp,
                                       const char *context) noexcept {
     if (checked(writer, context) == nullptr) return DDS_HANDLE_NIL;
-    if (sample == nullptr) {
-        OBLX_Report_badParameter(context, "instance_data");
-        return DDS_HANDLE_NIL;
-    }
+    if (!isGiven(sample, context, "instance_data")) return DDS_HANDLE_NIL;
     if (!timestampOf(timestamp, context)) return DDS_HANDLE_NIL;
     dds_instance_handle_t handle = DDS_HANDLE_NIL;
     dds_return_t result = dds_register_instance(writer->handle, &handle, sample);
@@ -95,11 +92,6 @@ DDS_ReturnCode_t dispose(DDS_DataWriterImpl *writer, const void *sample, DDS_Ins
         return resultOf(dds_dispose_ih_ts(writer->handle, handle, *time), context, "dds_dispose_ih_ts");
     }
     return resultOf(dds_dispose_ts(writer->handle, sample, *time), context, "dds_dispose_ts");
-}
-
-bool hasParams(const DDS_WriteParams_t *params, const char *context) noexcept {
-    if (params == nullptr) OBLX_Report_badParameter(context, "params");
-    return params != nullptr;
 }
 
 }  // namespace
@@ -142,15 +134,7 @@ DDS_ReturnCode_t DDS_DataWriter_get_publication_matched_status(DDS_DataWriter *s
                                                                DDS_PublicationMatchedStatus *status) {
     const char *context = "DDS_DataWriter_get_publication_matched_status";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    if (status == nullptr) {
-        OBLX_Report_badParameter(context, "status");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
-    dds_publication_matched_status_t matched;
-    dds_return_t result = dds_get_publication_matched_status(self->handle, &matched);
-    if (result < 0) return reportCycloneFailure(context, "dds_get_publication_matched_status", result);
-    *status = fromCyclone(matched);
-    return DDS_RETCODE_OK;
+    return readMatchedStatus(self->handle, status, dds_get_publication_matched_status, context);
 }
 
 DDS_Boolean DDS_DataWriter_compare_typeI(DDS_DataWriter *self, const char *type_name) {
@@ -167,17 +151,14 @@ DDS_ReturnCode_t DDS_DataWriter_write_w_timestamp_untypedI(DDS_DataWriter *self,
                                                            DDS_InstanceHandle_t handle,
                                                            const DDS_Time_t *source_timestamp) {
     const char *context = "DDS_DataWriter_write_w_timestamp_untypedI";
-    if (source_timestamp == nullptr) {
-        OBLX_Report_badParameter(context, "source_timestamp");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
+    if (!isGiven(source_timestamp, context, "source_timestamp")) return DDS_RETCODE_BAD_PARAMETER;
     return write(self, instance_data, handle, source_timestamp, context);
 }
 
 DDS_ReturnCode_t DDS_DataWriter_write_w_params_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                         const DDS_WriteParams_t *params) {
     const char *context = "DDS_DataWriter_write_w_params_untypedI";
-    if (!hasParams(params, context)) return DDS_RETCODE_BAD_PARAMETER;
+    if (!isGiven(params, context, "params")) return DDS_RETCODE_BAD_PARAMETER;
     return write(self, instance_data, params->handle, timestampIn(*params), context);
 }
 
@@ -189,10 +170,7 @@ DDS_InstanceHandle_t DDS_DataWriter_register_instance_w_timestamp_untypedI(DDS_D
                                                                            const void *instance_data,
                                                                            const DDS_Time_t *source_timestamp) {
     const char *context = "DDS_DataWriter_register_instance_w_timestamp_untypedI";
-    if (source_timestamp == nullptr) {
-        OBLX_Report_badParameter(context, "source_timestamp");
-        return DDS_HANDLE_NIL;
-    }
+    if (!isGiven(source_timestamp, context, "source_timestamp")) return DDS_HANDLE_NIL;
     return registerInstance(self, instance_data, source_timestamp, context);
 }
 
@@ -200,7 +178,7 @@ DDS_InstanceHandle_t DDS_DataWriter_register_instance_w_params_untypedI(DDS_Data
                                                                         const void *instance_data,
                                                                         const DDS_WriteParams_t *params) {
     const char *context = "DDS_DataWriter_register_instance_w_params_untypedI";
-    if (!hasParams(params, context)) return DDS_HANDLE_NIL;
+    if (!isGiven(params, context, "params")) return DDS_HANDLE_NIL;
     return registerInstance(self, instance_data, timestampIn(*params), context);
 }
 
@@ -214,10 +192,7 @@ DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_timestamp_untypedI(DDS_Dat
                                                                          DDS_InstanceHandle_t handle,
                                                                          const DDS_Time_t *source_timestamp) {
     const char *context = "DDS_DataWriter_unregister_instance_w_timestamp_untypedI";
-    if (source_timestamp == nullptr) {
-        OBLX_Report_badParameter(context, "source_timestamp");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
+    if (!isGiven(source_timestamp, context, "source_timestamp")) return DDS_RETCODE_BAD_PARAMETER;
     return unregisterInstance(self, instance_data, handle, source_timestamp, context);
 }
 
@@ -225,7 +200,7 @@ DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_params_untypedI(DDS_DataWr
                                                                       const void *instance_data,
                                                                       const DDS_WriteParams_t *params) {
     const char *context = "DDS_DataWriter_unregister_instance_w_params_untypedI";
-    if (!hasParams(params, context)) return DDS_RETCODE_BAD_PARAMETER;
+    if (!isGiven(params, context, "params")) return DDS_RETCODE_BAD_PARAMETER;
     return unregisterInstance(self, instance_data, params->handle, timestampIn(*params), context);
 }
 
@@ -238,17 +213,14 @@ DDS_ReturnCode_t DDS_DataWriter_dispose_w_timestamp_untypedI(DDS_DataWriter *sel
                                                              DDS_InstanceHandle_t handle,
                                                              const DDS_Time_t *source_timestamp) {
     const char *context = "DDS_DataWriter_dispose_w_timestamp_untypedI";
-    if (source_timestamp == nullptr) {
-        OBLX_Report_badParameter(context, "source_timestamp");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
+    if (!isGiven(source_timestamp, context, "source_timestamp")) return DDS_RETCODE_BAD_PARAMETER;
     return dispose(self, instance_data, handle, source_timestamp, context);
 }
 
 DDS_ReturnCode_t DDS_DataWriter_dispose_w_params_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                           const DDS_WriteParams_t *params) {
     const char *context = "DDS_DataWriter_dispose_w_params_untypedI";
-    if (!hasParams(params, context)) return DDS_RETCODE_BAD_PARAMETER;
+    if (!isGiven(params, context, "params")) return DDS_RETCODE_BAD_PARAMETER;
     return dispose(self, instance_data, params->handle, timestampIn(*params), context);
 }
 

@@ -11,8 +11,8 @@
 
 VEXAR_BEGIN_DECLS
 
-/* A zero-filled buffer of `length` characters plus the terminator: an empty
- * string with room for `length` characters. Null when out of memory. */
+/* An empty string with room for `length` characters plus the terminator
+ * (only the first byte is set). Null when out of memory. */
 VEXAR_API char *DDS_String_alloc(size_t length);
 /* A heap copy of `text`; null for null or when out of memory. */
 VEXAR_API char *DDS_String_dup(const char *text);

@@ -68,9 +68,7 @@ DDS_ReturnCode_t unregisterType(DDS_DomainParticipantImpl &participant, const ch
     TypeRegistration registration = found->second;
     participant.types.erase(found);
     lock.unlock();
-    if (registration.plugin.on_participant_detached != nullptr) {
-        registration.plugin.on_participant_detached(registration.participantData);
-    }
+    detachParticipant(registration);
     return DDS_RETCODE_OK;
 }
 
@@ -89,25 +87,12 @@ Record *createGroup(DDS_DomainParticipantImpl &participant, std::vector<std::uni
     return created;
 }
 
-template <typename Record>
-DDS_ReturnCode_t deleteGroup(DDS_DomainParticipantImpl &participant, std::vector<std::unique_ptr<Record>> &owners,
-                             Record *group, const char *context) {
-    std::unique_ptr<Record> owned;
-    {
-        std::lock_guard lock(participant.mutex);
-        if (!contains(owners, group)) {
-            reportBadEntity(context, "entity of another participant");
-            return DDS_RETCODE_BAD_PARAMETER;
-        }
-        if (!endpointsOf(*group).empty()) {
-            OBLX_Report_failure(context, "it still contains endpoints");
-            return DDS_RETCODE_PRECONDITION_NOT_MET;
-        }
-        owned = unlink(owners, group);
-    }
-    dds_return_t deleted = destroyGroup(std::move(owned));
-    return deleted < 0 ? reportCycloneFailure(context, "dds_delete", deleted) : DDS_RETCODE_OK;
+template <typename Group>
+bool hasEndpoints(const Group &group) {
+    return !endpointsOf(group).empty();
 }
+
+void noRelease(const DDS_EntityImpl &) {}
 
 struct Contents {
     std::vector<std::unique_ptr<DDS_PublisherImpl>> publishers;
@@ -160,7 +145,8 @@ DDS_ReturnCode_t getParticipantQos(const DDS_DomainParticipantImpl &participant,
 
 // The default QoS of an entity kind: its record's initializer.
 template <typename Qos, DDS_ReturnCode_t (*copy)(Qos *, const Qos *)>
-DDS_ReturnCode_t copyDefaults(DDS_DomainParticipant *self, Qos *qos, const Qos &defaults, const char *context) noexcept {
+DDS_ReturnCode_t copyDefaults(DDS_DomainParticipant *self, Qos *qos, const Qos &defaults,
+                              const char *context) noexcept {
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
     return copy(qos, &defaults);
 }
@@ -259,8 +245,9 @@ DDS_ReturnCode_t DDS_DomainParticipant_delete_publisher(DDS_DomainParticipant *s
     if (checked(self, context) == nullptr || checked(publisher, context, "publisher") == nullptr) {
         return DDS_RETCODE_BAD_PARAMETER;
     }
-    return guarded(context, DDS_RETCODE_ERROR,
-                   [&] { return deleteGroup(*self, self->publishers, publisher, context); });
+    return guarded(context, DDS_RETCODE_ERROR, [&] {
+        return deleteUnused(*self, self->publishers, publisher, hasEndpoints<DDS_PublisherImpl>, noRelease, context);
+    });
 }
 
 DDS_Subscriber *DDS_DomainParticipant_create_subscriber(DDS_DomainParticipant *self, const DDS_SubscriberQos *qos,
@@ -280,8 +267,9 @@ DDS_ReturnCode_t DDS_DomainParticipant_delete_subscriber(DDS_DomainParticipant *
     if (checked(self, context) == nullptr || checked(subscriber, context, "subscriber") == nullptr) {
         return DDS_RETCODE_BAD_PARAMETER;
     }
-    return guarded(context, DDS_RETCODE_ERROR,
-                   [&] { return deleteGroup(*self, self->subscribers, subscriber, context); });
+    return guarded(context, DDS_RETCODE_ERROR, [&] {
+        return deleteUnused(*self, self->subscribers, subscriber, hasEndpoints<DDS_SubscriberImpl>, noRelease, context);
+    });
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_delete_contained_entities(DDS_DomainParticipant *self) {

@@ -43,7 +43,8 @@ DDS_DomainParticipant *createParticipant(DDS_DomainId_t domainId, const DDS_Doma
 }
 
 // A profile look-up that finds nothing.
-DDS_ReturnCode_t noSuchProfile(const DDS_DomainParticipantFactory *self, const void *qos, const char *context) noexcept {
+DDS_ReturnCode_t noSuchProfile(const DDS_DomainParticipantFactory *self, const void *qos,
+                               const char *context) noexcept {
     if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
     OBLX_Report_badParameter(context, qos == nullptr ? "qos" : "profile (no QoS profiles are defined)");
     return DDS_RETCODE_BAD_PARAMETER;
@@ -95,9 +96,7 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_delete_participant(DDS_DomainParti
             }
             types.swap(participant->types);
         }
-        for (auto &[name, type] : types) {
-            if (type.plugin.on_participant_detached != nullptr) type.plugin.on_participant_detached(type.participantData);
-        }
+        for (auto &[name, type] : types) detachParticipant(type);
         DDS_ReturnCode_t result = DDS_RETCODE_OK;
         if (!participant->adopted) {
             dds_return_t deleted = dds_delete(participant->handle);

@@ -20,6 +20,14 @@ inline std::vector<std::unique_ptr<DDS_DataWriterImpl>> &endpointsOf(DDS_Publish
 inline std::vector<std::unique_ptr<DDS_DataReaderImpl>> &endpointsOf(DDS_SubscriberImpl &subscriber) noexcept {
     return subscriber.readers;
 }
+inline const std::vector<std::unique_ptr<DDS_DataWriterImpl>> &endpointsOf(
+    const DDS_PublisherImpl &publisher) noexcept {
+    return publisher.writers;
+}
+inline const std::vector<std::unique_ptr<DDS_DataReaderImpl>> &endpointsOf(
+    const DDS_SubscriberImpl &subscriber) noexcept {
+    return subscriber.readers;
+}
 inline std::vector<std::unique_ptr<DDS_PublisherImpl>> &groupsOf(DDS_DomainParticipantImpl &participant,
                                                                  const DDS_PublisherImpl *) noexcept {
     return participant.publishers;

@@ -112,7 +112,8 @@ void deliverPending(DDS_DataReaderImpl &reader, const DDS_DataReaderListener &li
 }
 
 template <typename Endpoint, typename Listener>
-DDS_ReturnCode_t install(Endpoint &endpoint, const Listener *listener, DDS_StatusMask mask, const char *context) noexcept {
+DDS_ReturnCode_t install(Endpoint &endpoint, const Listener *listener, DDS_StatusMask mask,
+                         const char *context) noexcept {
     Listener effective = effectiveListener(listener, mask);
     endpoint.listener.set(effective);
     CycloneListener cyclone = cycloneListener(endpoint, effective);

@@ -23,4 +23,16 @@ DDS_ReturnCode_t installListener(DDS_DataReaderImpl &reader, const DDS_DataReade
 DDS_PublicationMatchedStatus fromCyclone(const dds_publication_matched_status_t &status) noexcept;
 DDS_SubscriptionMatchedStatus fromCyclone(const dds_subscription_matched_status_t &status) noexcept;
 
+// Reads a matched status into `status` (which resets its _change fields).
+template <typename Status, typename CycloneStatus>
+DDS_ReturnCode_t readMatchedStatus(dds_entity_t endpoint, Status *status,
+                                   dds_return_t (*read)(dds_entity_t, CycloneStatus *), const char *context) noexcept {
+    if (!isGiven(status, context, "status")) return DDS_RETCODE_BAD_PARAMETER;
+    CycloneStatus matched;
+    dds_return_t result = read(endpoint, &matched);
+    if (result < 0) return reportCycloneFailure(context, "reading the matched status", result);
+    *status = fromCyclone(matched);
+    return DDS_RETCODE_OK;
+}
+
 }  // namespace vexar::platform

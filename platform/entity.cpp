@@ -47,6 +47,11 @@ bool acceptsNoCallbacks(const void *listener, DDS_StatusMask mask, const char *c
     return false;
 }
 
+void detachParticipant(TypeRegistration &type) noexcept {
+    if (type.plugin.on_participant_detached != nullptr) type.plugin.on_participant_detached(type.participantData);
+    type.participantData = nullptr;
+}
+
 OBLX_TypePluginEndpointData *attachEndpoint(TypeRegistration &type, OBLX_TypePluginEndpointKind kind) noexcept {
     if (type.plugin.on_endpoint_attached == nullptr) return nullptr;
     return type.plugin.on_endpoint_attached(type.participantData, kind);

@@ -179,10 +179,13 @@ struct ReaderLoan {
 };
 
 struct DDS_ReadConditionImpl : DDS_EntityImpl {
-    DDS_ReadConditionImpl(dds_entity_t handle, DDS_DataReaderImpl &reader) noexcept
-        : DDS_EntityImpl(vexar::platform::EntityKind::readCondition, handle), reader(reader) {}
+    DDS_ReadConditionImpl(DDS_DataReaderImpl &reader, std::uint32_t states) noexcept
+        : DDS_EntityImpl(vexar::platform::EntityKind::readCondition, 0), reader(reader), states(states) {}
 
     DDS_DataReaderImpl &reader;
+    // Cyclone's state mask of the condition: reads through the condition
+    // pass it, because with any other mask Cyclone would widen the selection.
+    const std::uint32_t states;
 };
 
 struct DDS_DataReaderImpl : DDS_EntityImpl {
@@ -199,8 +202,10 @@ struct DDS_DataReaderImpl : DDS_EntityImpl {
     OBLX_TypePluginEndpointData *endpointData = nullptr;
     ListenerSlot<DDS_DataReaderListener> listener;
 
-    // Serializes this reader's reads and takes: Cyclone's cached loan array
-    // must not change size between sizing our pointer array and the take.
+    // Serializes this reader's loaned reads and takes (Cyclone's cached loan
+    // array must not grow between sizing our pointer array and the take)
+    // and the creation and deletion of its conditions (lock order, see
+    // reader_read.cpp).
     mutable std::mutex loanMutex;
     std::vector<std::unique_ptr<ReaderLoan>> loans;  // under loanMutex
     std::uint32_t largestLoan = 0;                   // under loanMutex
@@ -230,8 +235,7 @@ struct DDS_DomainParticipantImpl : DDS_EntityImpl {
 
 namespace vexar::platform {
 
-// `entity` as a record of kind `Record`, or null (reported as a bad
-// parameter `argument` under `context`) when it is null or of another kind.
+// The kind tag of each record type.
 template <typename Record>
 constexpr EntityKind kindOf() noexcept;
 template <> constexpr EntityKind kindOf<DDS_DomainParticipantImpl>() noexcept { return EntityKind::participant; }
@@ -247,6 +251,8 @@ template <> constexpr EntityKind kindOf<DDS_ReadConditionImpl>() noexcept { retu
 
 void reportBadEntity(const char *context, const char *argument) noexcept;
 
+// `entity` as a record of kind `Record`, or null (reported as a bad
+// parameter `argument` under `context`) when it is null or of another kind.
 template <typename Record>
 Record *checked(Record *entity, const char *context, const char *argument = "self") noexcept {
     if (entity == nullptr || entity->kind != kindOf<std::remove_const_t<Record>>()) {
@@ -277,6 +283,13 @@ bool contains(const std::vector<std::unique_ptr<Record>> &owners, const Record *
     return false;
 }
 
+// Whether a required argument is there; reported as a bad parameter `name`
+// under `context` when it is not.
+inline bool isGiven(const void *argument, const char *context, const char *name) noexcept {
+    if (argument == nullptr) OBLX_Report_badParameter(context, name);
+    return argument != nullptr;
+}
+
 // Runs `body` and returns its result; an exception (out of memory, a
 // failing mutex) is reported under `context` and gives `failure`, so none
 // crosses the C boundary.
@@ -301,10 +314,7 @@ DDS_ReturnCode_t reportCycloneFailure(const char *context, const char *operation
 // The QoS of the Cyclone entity `handle` into `qos`, an initialized record.
 template <typename Qos>
 DDS_ReturnCode_t readQos(dds_entity_t handle, Qos *qos, const char *context) noexcept {
-    if (qos == nullptr) {
-        OBLX_Report_badParameter(context, "qos");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
+    if (!isGiven(qos, context, "qos")) return DDS_RETCODE_BAD_PARAMETER;
     CycloneQos cycloneQos(dds_create_qos());
     if (cycloneQos == nullptr) {
         OBLX_Report_allocationFailure(context, sizeof(void *));
@@ -319,6 +329,31 @@ DDS_ReturnCode_t readQos(dds_entity_t handle, Qos *qos, const char *context) noe
 // reported as unsupported and refused.
 bool acceptsNoCallbacks(const void *listener, DDS_StatusMask mask, const char *context) noexcept;
 
+// Deletes `record`, one of `owners` of `participant`, unless it is not
+// there (DDS_RETCODE_BAD_PARAMETER) or `inUse` says something still uses it
+// (DDS_RETCODE_PRECONDITION_NOT_MET). `release` runs on the unlinked record
+// under the participant's mutex; the Cyclone entity is deleted without it.
+template <typename Record, typename InUse, typename Release>
+DDS_ReturnCode_t deleteUnused(DDS_DomainParticipantImpl &participant, std::vector<std::unique_ptr<Record>> &owners,
+                              Record *record, InUse inUse, Release release, const char *context) {
+    std::unique_ptr<Record> owned;
+    {
+        std::lock_guard lock(participant.mutex);
+        if (!contains(owners, record)) {
+            reportBadEntity(context, "entity of another participant");
+            return DDS_RETCODE_BAD_PARAMETER;
+        }
+        if (inUse(*record)) {
+            OBLX_Report_failure(context, "it is still in use");
+            return DDS_RETCODE_PRECONDITION_NOT_MET;
+        }
+        owned = unlink(owners, record);
+        release(*owned);
+    }
+    dds_return_t deleted = dds_delete(owned->handle);
+    return deleted < 0 ? reportCycloneFailure(context, "dds_delete", deleted) : DDS_RETCODE_OK;
+}
+
 // Writers and readers: the key of an instance they know (into an
 // initialized sample), the handle of the instance with a sample's key, and
 // whether their type is the one named `typeName` (its plugin's own name).
@@ -327,6 +362,9 @@ DDS_ReturnCode_t getKeyValue(const DDS_EntityImpl &endpoint, void *keyHolder, DD
 DDS_InstanceHandle_t lookupInstance(const DDS_EntityImpl &endpoint, const void *keyHolder,
                                     const char *context) noexcept;
 bool isOfType(const DDS_TopicDescriptionImpl &topic, const char *typeName) noexcept;
+
+// The plugin's participant data, dropped with the registration.
+void detachParticipant(TypeRegistration &type) noexcept;
 
 // Writers and readers: plugin endpoint data, detached when the endpoint goes.
 OBLX_TypePluginEndpointData *attachEndpoint(TypeRegistration &type, OBLX_TypePluginEndpointKind kind) noexcept;

@@ -5,12 +5,20 @@
  * on_subscription_matched. A callback runs only when its status bit is in
  * the mask given with the listener, and its pointer is not null.
  *
- * Callbacks run on Cyclone's listener threads, concurrently with the
- * application's threads, one callback at a time per entity. Deleting an
- * entity waits until its callback in progress has returned, so a callback
- * must never delete its own entity (nor the publisher, subscriber or
- * participant that contains it): that would wait for itself. Reading,
- * taking and writing from a callback are fine.
+ * Callbacks run on Cyclone's threads, concurrently with the application's
+ * threads, one callback at a time per entity. Cyclone calls a listener on
+ * the thread that caused the event: the receive thread for remote data,
+ * but the writing thread itself when a writer and a reader of one process
+ * meet. A status that changed before its listener was installed (a reader
+ * matched while the writer was being created, data that arrived before
+ * set_listener) is delivered at once by the installing call, on the
+ * installing thread, so installing a listener after creation loses nothing.
+ *
+ * Deleting an entity, or replacing its listener, waits until its callback
+ * in progress has returned, so a callback must never delete its own entity
+ * (nor the publisher, subscriber or participant that contains it) nor set
+ * its listener: that would wait for itself. Reading, taking and writing
+ * from a callback are fine.
  *
  * Participants, topics, publishers and subscribers take no callbacks:
  * their listener records carry only listener_data, and creating one of

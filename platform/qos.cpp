@@ -455,7 +455,17 @@ CycloneQos toCyclone(const DDS_DomainParticipantQos &qos, const char *context) n
 CycloneQos toCyclone(const DDS_PublisherQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
 CycloneQos toCyclone(const DDS_SubscriberQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
 CycloneQos toCyclone(const DDS_TopicQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
-CycloneQos toCyclone(const DDS_DataWriterQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
+// Cyclone serves late TRANSIENT_LOCAL readers from the durability service's
+// history (depth 1 by default), not from the writer's: keep the two alike.
+CycloneQos toCyclone(const DDS_DataWriterQos &qos, const char *context) noexcept {
+    CycloneQos cyclone = mapToCyclone(qos, context);
+    if (cyclone) {
+        dds_qset_durability_service(cyclone.get(), 0, toCycloneKind<dds_history_kind_t>(qos.history.kind),
+                                    qos.history.depth, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED,
+                                    DDS_LENGTH_UNLIMITED);
+    }
+    return cyclone;
+}
 CycloneQos toCyclone(const DDS_DataReaderQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
 
 DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_DomainParticipantQos &qos, const char *context) noexcept {

@@ -1,17 +1,25 @@
 // Untyped read and take on Cyclone, with loans and with copies.
 //
 // On loan: Cyclone lends its samples when the buffer's first pointer is
-// null. It keeps one cached array per reader and, in 0.10.2, writes as many
-// pointers as that array has elements (the largest count ever asked for)
-// into the caller's pointer buffer, whatever the count of this call; so our
-// pointer buffer is never smaller than the largest count asked for on this
-// reader. DDS_LENGTH_UNLIMITED counts the reader cache's samples with
-// dds_reader_lock_samples, which leaves the cache locked for the read or
-// take that follows (with DDS_READ_WITHOUT_LOCK), so nothing may fail
-// between the two: every buffer is allocated before.
+// null, and allocates (and initializes, string buffers included) as many
+// samples as it is asked for. So a loaned read first counts the reader
+// cache with dds_reader_lock_samples and asks for at most that many; the
+// count leaves the cache locked for the read or take that follows (with
+// DDS_READ_WITHOUT_LOCK), so nothing may fail in between: the buffers are
+// allocated before, and growing them after counting falls back to a
+// shorter take. Cyclone keeps one cached loan array per reader and, in
+// 0.10.2, writes as many pointers as that array has elements (the largest
+// count ever asked for) into the caller's pointer buffer whatever the count
+// of this call, so our pointer buffer is never smaller than that.
+//
+// Lock order: counting takes Cyclone's reader lock, then its cache lock;
+// the loaned take that follows takes the reader lock again under the cache
+// lock. The reader's loan mutex serializes both, and every other operation
+// of ours that takes the two Cyclone locks (creating and deleting read
+// conditions), so they cannot meet in the opposite order.
 //
 // With copies: the caller's initialized elements are the buffer; Cyclone
-// decodes each sample straight into one.
+// decodes each sample straight into one, at most the sequence's maximum.
 #include "platform/entity.hpp"
 
 #include <algorithm>
@@ -24,7 +32,7 @@ namespace vexar::platform {
 namespace {
 
 // What to read: from the reader or one of its conditions, all instances or
-// one, which states (0 with a condition: the condition's), read or take.
+// one, in which states (a condition's own), read or take.
 struct Selection {
     dds_entity_t source;
     dds_instance_handle_t instance;
@@ -44,16 +52,20 @@ struct Destination {
     DDS_Long elementSize;
 };
 
+// Only the forms with a state mask: they are the ones that honour the
+// buffer size with DDS_READ_WITHOUT_LOCK (the others assume 100 and would
+// fail with the cache still locked).
 dds_return_t readOrTake(const Selection &selection, void **samples, dds_sample_info_t *infos, size_t capacity,
                         std::uint32_t count) noexcept {
-    if (selection.instance == DDS_HANDLE_NIL) {
-        return selection.take ? dds_take_mask(selection.source, samples, infos, capacity, count, selection.states)
-                              : dds_read_mask(selection.source, samples, infos, capacity, count, selection.states);
+    const dds_entity_t from = selection.source;
+    const dds_instance_handle_t instance = selection.instance;
+    const std::uint32_t states = selection.states;
+    if (instance == DDS_HANDLE_NIL) {
+        return selection.take ? dds_take_mask(from, samples, infos, capacity, count, states)
+                              : dds_read_mask(from, samples, infos, capacity, count, states);
     }
-    return selection.take ? dds_take_instance_mask(selection.source, samples, infos, capacity, count,
-                                                   selection.instance, selection.states)
-                          : dds_read_instance_mask(selection.source, samples, infos, capacity, count,
-                                                   selection.instance, selection.states);
+    return selection.take ? dds_take_instance_mask(from, samples, infos, capacity, count, instance, states)
+                          : dds_read_instance_mask(from, samples, infos, capacity, count, instance, states);
 }
 
 DDS_ReturnCode_t noData(const Destination &out) noexcept {
@@ -68,11 +80,14 @@ DDS_ReturnCode_t failed(dds_return_t result, const char *context) noexcept {
     return reportCycloneFailure(context, "read or take", result);
 }
 
-// The loan's buffers, sized before the reader cache may be locked.
-std::unique_ptr<ReaderLoan> prepareLoan(std::uint32_t count, std::uint32_t largestLoan) {
+// The loan's buffers, sized before the reader cache is locked for at least
+// `count` samples and for the largest count Cyclone may write pointers for.
+std::unique_ptr<ReaderLoan> prepareLoan(std::uint32_t count, std::uint32_t largestLoan,
+                                        std::vector<dds_sample_info_t> &cycloneInfos) {
     auto loan = std::make_unique<ReaderLoan>();
     loan->samples.assign(std::max(count, largestLoan), nullptr);
     loan->infos.resize(count);
+    cycloneInfos.resize(count);
     return loan;
 }
 
@@ -109,22 +124,22 @@ DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> lo
     return DDS_RETCODE_OK;
 }
 
+// The count to take is what the cache holds, at most `maxSamples`: Cyclone
+// allocates (and initializes) as many samples as it is asked for.
 DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selection, DDS_Long maxSamples,
                             const Destination &out, const char *context) {
+    constexpr std::uint32_t kUsualCount = 16;
     std::lock_guard lock(reader.loanMutex);
-    bool unlimited = maxSamples == DDS_LENGTH_UNLIMITED;
-    std::uint32_t count = unlimited ? reader.largestLoan : static_cast<std::uint32_t>(maxSamples);
-    std::unique_ptr<ReaderLoan> loan = prepareLoan(std::max(count, 1u), reader.largestLoan);
-    std::vector<dds_sample_info_t> cycloneInfos(loan->infos.size());
-    std::uint32_t countArgument = count;
-    if (unlimited) {
-        count = dds_reader_lock_samples(reader.handle);
-        if (count == 0) return noData(out);
-        count = growLockedLoan(*loan, cycloneInfos, count);
-        countArgument = DDS_READ_WITHOUT_LOCK;
-    }
+    reader.loans.reserve(reader.loans.size() + 1);  // lend() must not fail once samples are out
+    std::uint32_t limit = maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
+    std::vector<dds_sample_info_t> cycloneInfos;
+    std::unique_ptr<ReaderLoan> loan = prepareLoan(std::min(limit, kUsualCount), reader.largestLoan, cycloneInfos);
+    std::uint32_t count = std::min(dds_reader_lock_samples(reader.handle), limit);
+    if (count == 0) return noData(out);  // not locked when empty
+    count = growLockedLoan(*loan, cycloneInfos, count);
     reader.largestLoan = std::max(reader.largestLoan, count);
-    dds_return_t result = readOrTake(selection, loan->samples.data(), cycloneInfos.data(), count, countArgument);
+    dds_return_t result =
+        readOrTake(selection, loan->samples.data(), cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
     if (result < 0) return failed(result, context);
     if (result == 0) return noData(out);
     loan->count = result;
@@ -148,7 +163,8 @@ DDS_ReturnCode_t readCopies(const Selection &selection, DDS_Long maxSamples, con
         OBLX_Report_failure(context, "cannot hold the sample infos");
         return DDS_RETCODE_OUT_OF_RESOURCES;
     }
-    for (dds_return_t i = 0; i < result; ++i) *DDS_SampleInfoSeq_get_reference(out.infos, i) = fromCyclone(cycloneInfos[i]);
+    for (dds_return_t i = 0; i < result; ++i)
+        *DDS_SampleInfoSeq_get_reference(out.infos, i) = fromCyclone(cycloneInfos[i]);
     *out.received = nullptr;
     *out.count = result;
     *out.isLoan = DDS_BOOLEAN_FALSE;
@@ -230,7 +246,8 @@ DDS_ReturnCode_t readByCondition(DDS_DataReaderImpl *self, const Destination &ou
                                  const char *context) noexcept {
     DDS_ReadConditionImpl *checkedCondition = conditionOf(self, condition, context);
     if (checkedCondition == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    std::optional<Selection> selection = Selection{checkedCondition->handle, instance, 0, take != DDS_BOOLEAN_FALSE};
+    std::optional<Selection> selection =
+        Selection{checkedCondition->handle, instance, checkedCondition->states, take != DDS_BOOLEAN_FALSE};
     return guarded(context, DDS_RETCODE_ERROR,
                    [&] { return readOrTakeInto(self, selection, maxSamples, out, context); });
 }

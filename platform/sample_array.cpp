@@ -53,16 +53,18 @@ void listElements(const DDS_TypeCode &type, void *base, size_t count, void **ptr
     for (size_t i = 0; i < count; ++i) ptrs[i] = element(type, base, i);
 }
 
-void reset(const DDS_TypeCode &type, void *first, size_t count) noexcept {
-    finalizeRange(type, first, 0, count);
-    const DDS_TypeAllocationParams_t params = DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
-    for (size_t i = 0; i < count; ++i) initialize(type, element(type, first, i), params);
+void empty(const DDS_TypeCode &type, void *const *elements, size_t count) noexcept {
+    DDS_TypeAllocationParams_t keepBuffers = DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
+    keepBuffers.allocate_memory = DDS_BOOLEAN_FALSE;
+    for (size_t i = 0; i < count; ++i) {
+        if (elements[i] != nullptr) initialize(type, elements[i], keepBuffers);
+    }
 }
 
-void finalizeElements(const DDS_TypeCode &type, void *const *elements, size_t count) noexcept {
-    const DDS_TypeDeallocationParams_t params = DDS_TYPE_DEALLOCATION_PARAMS_DEFAULT;
+void empty(const DDS_TypeCode &type, void *first, size_t count) noexcept {
     for (size_t i = 0; i < count; ++i) {
-        if (elements[i] != nullptr) finalize(type, elements[i], params);
+        void *one = element(type, first, i);
+        empty(type, &one, 1);
     }
 }
 

@@ -22,12 +22,11 @@ void *resize(const DDS_TypeCode &type, void *base, size_t count) noexcept;
 // The elements' addresses, into ptrs[0 .. count-1].
 void listElements(const DDS_TypeCode &type, void *base, size_t count, void **ptrs) noexcept;
 
-// Puts `count` elements from `first` back to their initial values, whether
-// they were finalized or hold values.
-void reset(const DDS_TypeCode &type, void *first, size_t count) noexcept;
-
-// Finalizes the listed elements; they stay in their array.
-void finalizeElements(const DDS_TypeCode &type, void *const *elements, size_t count) noexcept;
+// Puts initialized elements back to their initial values in place: strings
+// and sequences are emptied and keep their buffers, so reusing a loan costs
+// no allocation. Either `count` elements from `first`, or the listed ones.
+void empty(const DDS_TypeCode &type, void *first, size_t count) noexcept;
+void empty(const DDS_TypeCode &type, void *const *elements, size_t count) noexcept;
 
 // Finalizes every element and frees the array.
 void destroy(const DDS_TypeCode &type, void *base) noexcept;

@@ -148,7 +148,8 @@ private:
         value(member.name, *member.type, sample + member.offset);
     }
 
-    void elements(const std::string &name, const DDS_TypeCode &element, const unsigned char *first, DDS_UnsignedLong count) {
+    void elements(const std::string &name, const DDS_TypeCode &element, const unsigned char *first,
+                  DDS_UnsignedLong count) {
         for (DDS_UnsignedLong i = 0; i < count; ++i) {
             value(name + "[" + std::to_string(i) + "]", element, first + i * element.sample_size);
         }

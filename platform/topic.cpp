@@ -52,7 +52,8 @@ DDS_Topic *createTopic(DDS_DomainParticipantImpl &participant, const char *name,
         return nullptr;
     }
     auto topic = std::make_unique<DDS_TopicImpl>(EntityKind::topic, 0, &participant, name, type->second, typeName);
-    topic->handle = createCycloneTopic(participant.handle, name, type->second, topic->typeName, cycloneQos.get(), context);
+    topic->handle =
+        createCycloneTopic(participant.handle, name, type->second, topic->typeName, cycloneQos.get(), context);
     if (topic->handle < 0) return nullptr;
     ++type->second.topics;
     participant.topics.push_back(std::move(topic));
@@ -60,22 +61,10 @@ DDS_Topic *createTopic(DDS_DomainParticipantImpl &participant, const char *name,
 }
 
 DDS_ReturnCode_t deleteTopic(DDS_DomainParticipantImpl &participant, DDS_TopicImpl *topic, const char *context) {
-    std::unique_ptr<DDS_TopicImpl> owned;
-    {
-        std::lock_guard lock(participant.mutex);
-        if (!contains(participant.topics, topic)) {
-            reportBadEntity(context, "topic (of another participant)");
-            return DDS_RETCODE_BAD_PARAMETER;
-        }
-        if (topic->writers > 0 || topic->readers > 0 || topic->filteredViews > 0) {
-            OBLX_Report_failure(context, "the topic is in use");
-            return DDS_RETCODE_PRECONDITION_NOT_MET;
-        }
-        owned = unlink(participant.topics, topic);
-        --owned->type.topics;
-    }
-    dds_return_t deleted = dds_delete(owned->handle);
-    return deleted < 0 ? reportCycloneFailure(context, "dds_delete", deleted) : DDS_RETCODE_OK;
+    return deleteUnused(
+        participant, participant.topics, topic,
+        [](const DDS_TopicImpl &used) { return used.writers > 0 || used.readers > 0 || used.filteredViews > 0; },
+        [](DDS_TopicImpl &unlinked) { --unlinked.type.topics; }, context);
 }
 
 // ---- content filters ----------------------------------------------------
@@ -150,22 +139,10 @@ DDS_ContentFilteredTopic *createFilteredTopic(DDS_DomainParticipantImpl &partici
 
 DDS_ReturnCode_t deleteFilteredTopic(DDS_DomainParticipantImpl &participant, DDS_ContentFilteredTopicImpl *filtered,
                                      const char *context) {
-    std::unique_ptr<DDS_ContentFilteredTopicImpl> owned;
-    {
-        std::lock_guard lock(participant.mutex);
-        if (!contains(participant.filteredTopics, filtered)) {
-            reportBadEntity(context, "topic (of another participant)");
-            return DDS_RETCODE_BAD_PARAMETER;
-        }
-        if (filtered->readers > 0) {
-            OBLX_Report_failure(context, "the topic is in use");
-            return DDS_RETCODE_PRECONDITION_NOT_MET;
-        }
-        owned = unlink(participant.filteredTopics, filtered);
-        --owned->related.filteredViews;
-    }
-    dds_return_t deleted = dds_delete(owned->handle);
-    return deleted < 0 ? reportCycloneFailure(context, "dds_delete", deleted) : DDS_RETCODE_OK;
+    return deleteUnused(
+        participant, participant.filteredTopics, filtered,
+        [](const DDS_ContentFilteredTopicImpl &used) { return used.readers > 0; },
+        [](DDS_ContentFilteredTopicImpl &unlinked) { --unlinked.related.filteredViews; }, context);
 }
 
 DDS_TopicDescriptionImpl *checkedDescription(DDS_TopicDescription *description, const char *context) noexcept {
@@ -175,11 +152,6 @@ DDS_TopicDescriptionImpl *checkedDescription(DDS_TopicDescription *description, 
         return nullptr;
     }
     return description;
-}
-
-bool hasArgument(const void *argument, const char *context, const char *name) noexcept {
-    if (argument == nullptr) OBLX_Report_badParameter(context, name);
-    return argument != nullptr;
 }
 
 }  // namespace
@@ -192,7 +164,7 @@ extern "C" {
 DDS_TopicDescription *DDS_DomainParticipant_lookup_topicdescription(DDS_DomainParticipant *self,
                                                                     const char *topic_name) {
     const char *context = "DDS_DomainParticipant_lookup_topicdescription";
-    if (checked(self, context) == nullptr || !hasArgument(topic_name, context, "topic_name")) return nullptr;
+    if (checked(self, context) == nullptr || !isGiven(topic_name, context, "topic_name")) return nullptr;
     return guarded(context, static_cast<DDS_TopicDescription *>(nullptr), [&] {
         std::lock_guard lock(self->mutex);
         return self->findDescription(topic_name);
@@ -203,8 +175,8 @@ DDS_Topic *DDS_DomainParticipant_create_topic(DDS_DomainParticipant *self, const
                                               const char *type_name, const DDS_TopicQos *qos,
                                               const DDS_TopicListener *listener, DDS_StatusMask mask) {
     const char *context = "DDS_DomainParticipant_create_topic";
-    if (checked(self, context) == nullptr || !hasArgument(topic_name, context, "topic_name") ||
-        !hasArgument(type_name, context, "type_name") || !acceptsNoCallbacks(listener, mask, context)) {
+    if (checked(self, context) == nullptr || !isGiven(topic_name, context, "topic_name") ||
+        !isGiven(type_name, context, "type_name") || !acceptsNoCallbacks(listener, mask, context)) {
         return nullptr;
     }
     const DDS_TopicQos defaults = DDS_TopicQos_INITIALIZER;
@@ -221,14 +193,12 @@ DDS_ReturnCode_t DDS_DomainParticipant_delete_topic(DDS_DomainParticipant *self,
     return guarded(context, DDS_RETCODE_ERROR, [&] { return deleteTopic(*self, topic, context); });
 }
 
-DDS_ContentFilteredTopic *DDS_DomainParticipant_create_contentfilteredtopic(DDS_DomainParticipant *self,
-                                                                            const char *name,
-                                                                            DDS_Topic *related_topic,
-                                                                            const char *filter_expression,
-                                                                            const DDS_StringSeq *expression_parameters) {
+DDS_ContentFilteredTopic *DDS_DomainParticipant_create_contentfilteredtopic(
+    DDS_DomainParticipant *self, const char *name, DDS_Topic *related_topic, const char *filter_expression,
+    const DDS_StringSeq *expression_parameters) {
     const char *context = "DDS_DomainParticipant_create_contentfilteredtopic";
     if (checked(self, context) == nullptr || checked(related_topic, context, "related_topic") == nullptr ||
-        !hasArgument(name, context, "name") || !hasArgument(filter_expression, context, "filter_expression")) {
+        !isGiven(name, context, "name") || !isGiven(filter_expression, context, "filter_expression")) {
         return nullptr;
     }
     if (related_topic->participant != self) {
@@ -303,7 +273,7 @@ const char *DDS_ContentFilteredTopic_get_filter_expression(DDS_ContentFilteredTo
 DDS_ReturnCode_t DDS_ContentFilteredTopic_get_expression_parameters(DDS_ContentFilteredTopic *self,
                                                                     DDS_StringSeq *parameters) {
     const char *context = "DDS_ContentFilteredTopic_get_expression_parameters";
-    if (checked(self, context) == nullptr || !hasArgument(parameters, context, "parameters")) {
+    if (checked(self, context) == nullptr || !isGiven(parameters, context, "parameters")) {
         return DDS_RETCODE_BAD_PARAMETER;
     }
     const std::vector<std::string> &values = self->filter.parameters();

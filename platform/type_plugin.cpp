@@ -8,16 +8,16 @@
 namespace vexar::cdr {
 
 TypePlan makeTypePlan(const DDS_TypeCode &type) noexcept {
-    TypePlan plan{};
-    plan.type = &type;
-    plan.maxSize = boundSize(type, Bound::largest, 0, false);
-    plan.keyMaxSize = boundSize(type, Bound::largest, 0, true);
-    plan.isMutableStruct = kindOf(type) == DDS_TK_STRUCT && isMutable(type);
-    plan.keyed = hasKeyMembers(type);
-    bool extended = plan.maxSize >= kExtendedHeaderThreshold;
-    plan.sampleEncoding = Encoding{extended, false};
-    plan.keyEncoding = Encoding{extended, true};
-    return plan;
+    std::uint64_t maxSize = boundSize(type, Bound::largest, 0, false);
+    bool extended = maxSize >= kExtendedHeaderThreshold;
+    return TypePlan{&type,
+                    maxSize,
+                    boundSize(type, Bound::largest, 0, true),
+                    kindOf(type) == DDS_TK_STRUCT && isMutable(type),
+                    hasKeyMembers(type),
+                    Plan(type, PlanOptions{extended, false, false}),
+                    Plan(type, PlanOptions{extended, true, true}),
+                    Plan(type, PlanOptions{extended, false, true})};
 }
 
 bool encapsulationIdFor(const TypePlan &plan, DDS_UnsignedShort requested, DDS_UnsignedShort &written) noexcept {
@@ -66,7 +66,7 @@ bool keyHash(const TypePlan &plan, const void *instance, DDS_KeyHash_t &hash) no
     init(stream, buffer, static_cast<DDS_UnsignedLong>(std::min<std::uint64_t>(plan.keyMaxSize, UINT32_MAX)));
     setBigEndian(stream, true);
     stream.dirty = DDS_BOOLEAN_TRUE;
-    if (!serialize(stream, *plan.type, instance, plan.keyEncoding)) return false;
+    if (!serialize(stream, plan.key, instance)) return false;
     keyHashOf(buffer, stream.position, plan.keyMaxSize, hash.value);
     hash.length = DDS_KEYHASH_LENGTH;
     return true;

@@ -19,15 +19,17 @@ namespace vexar::cdr {
 inline constexpr std::uint64_t kExtendedHeaderThreshold = 65536;
 inline constexpr DDS_UnsignedShort kLastEncapsulationId = OBLX_CDR_ENCAPSULATION_PL_CDR_LE;
 
-// What a type's functions need again and again, worked out once.
+// What a type's functions need again and again, worked out once: its
+// sizes and the compiled plans of its sample and key forms.
 struct TypePlan {
     const DDS_TypeCode *type;
     std::uint64_t maxSize;    // without encapsulation, from position 0
     std::uint64_t keyMaxSize; // likewise, of the key form
     bool isMutableStruct;     // read into a sample put back to its initial values
     bool keyed;
-    Encoding sampleEncoding;
-    Encoding keyEncoding;
+    Plan sample;              // the whole sample
+    Plan key;                 // the key form
+    Plan keyOfSample;         // the whole sample read for its key members
 };
 
 TypePlan makeTypePlan(const DDS_TypeCode &type) noexcept;
@@ -67,45 +69,45 @@ public:
 
     static DDS_Boolean serialize(const Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
                                  DDS_UnsignedShort id, DDS_Boolean withBody) noexcept {
-        return write(sample, stream, withEncapsulation, id, withBody, plan().sampleEncoding);
+        return write(sample, stream, withEncapsulation, id, withBody, plan().sample);
     }
 
     static DDS_Boolean serializeKey(const Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
                                     DDS_UnsignedShort id, DDS_Boolean withBody) noexcept {
-        return write(sample, stream, withEncapsulation, id, withBody, plan().keyEncoding);
+        return write(sample, stream, withEncapsulation, id, withBody, plan().key);
     }
 
     static DDS_Boolean deserializeSample(Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
                                          DDS_Boolean withBody) noexcept {
-        return read(sample, stream, withEncapsulation, withBody, Decoding{});
+        return read(sample, stream, withEncapsulation, withBody, plan().sample, true);
     }
 
     static DDS_Boolean deserializeKeySample(Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
                                             DDS_Boolean withBody) noexcept {
-        return read(sample, stream, withEncapsulation, withBody, Decoding{true, true});
+        return read(sample, stream, withEncapsulation, withBody, plan().key, false);
     }
 
     static DDS_Boolean serializedSampleToKey(Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
                                              DDS_Boolean withBody) noexcept {
-        return read(sample, stream, withEncapsulation, withBody, Decoding{false, true});
+        return read(sample, stream, withEncapsulation, withBody, plan().keyOfSample, false);
     }
 
     // As deserializeSample, failing also on a value without meaning.
     static DDS_Boolean deserialize(Sample **sample, DDS_Boolean *dropSample, OBLX_CdrStream *stream,
                                    DDS_Boolean withEncapsulation, DDS_Boolean withBody) noexcept {
-        return readChecked(sample, dropSample, stream, withEncapsulation, withBody, Decoding{});
+        return readChecked(sample, dropSample, stream, withEncapsulation, withBody, plan().sample, true);
     }
 
     static DDS_Boolean deserializeKey(Sample **sample, DDS_Boolean *dropSample, OBLX_CdrStream *stream,
                                       DDS_Boolean withEncapsulation, DDS_Boolean withBody) noexcept {
-        return readChecked(sample, dropSample, stream, withEncapsulation, withBody, Decoding{true, true});
+        return readChecked(sample, dropSample, stream, withEncapsulation, withBody, plan().key, false);
     }
 
     static DDS_Boolean skip(OBLX_CdrStream *stream, DDS_Boolean withEncapsulation, DDS_Boolean withBody) noexcept {
         if (stream == nullptr) return DDS_BOOLEAN_FALSE;
         DDS_UnsignedLong origin = stream->alignmentOrigin;
         if (withEncapsulation && !readEncapsulationHeader(*stream)) return DDS_BOOLEAN_FALSE;
-        bool skipped = !withBody || cdr::skip(*stream, *plan().type);
+        bool skipped = !withBody || cdr::deserialize(*stream, plan().sample, nullptr);
         stream->alignmentOrigin = origin;
         return skipped;
     }
@@ -158,7 +160,7 @@ public:
                                        const Sample *sample) noexcept {
         if (sample == nullptr) return 0;
         std::uint64_t size = sizeWithEncapsulation(withEncapsulation, id, alignment, [&](std::uint64_t start) {
-            return serializedSize(*plan().type, sample, start, plan().sampleEncoding);
+            return serializedSize(plan().sample, sample, start);
         });
         return clampSize(size, nullptr);
     }
@@ -209,45 +211,38 @@ private:
     }
 
     static DDS_Boolean write(const Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
-                             DDS_UnsignedShort id, DDS_Boolean withBody, const Encoding &encoding) noexcept {
+                             DDS_UnsignedShort id, DDS_Boolean withBody, const Plan &form) noexcept {
         if (stream == nullptr || (withBody && sample == nullptr)) return DDS_BOOLEAN_FALSE;
         DDS_UnsignedLong origin = stream->alignmentOrigin;
         if (withEncapsulation && !writeEncapsulationHeader(*stream, plan(), id)) return DDS_BOOLEAN_FALSE;
-        bool written = !withBody || cdr::serialize(*stream, *plan().type, sample, encoding);
+        bool written = !withBody || cdr::serialize(*stream, form, sample);
         stream->alignmentOrigin = origin;
         return written;
     }
 
-    // A whole mutable struct is put back to its initial values first, so
-    // that members missing from the bytes keep them.
+    // A whole mutable struct is put back to its initial values first
+    // (`whole`), so that members missing from the bytes keep them.
     static DDS_Boolean read(Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
-                            DDS_Boolean withBody, const Decoding &decoding) noexcept {
+                            DDS_Boolean withBody, const Plan &form, bool whole) noexcept {
         if (stream == nullptr || (withBody && sample == nullptr)) return DDS_BOOLEAN_FALSE;
         DDS_UnsignedLong origin = stream->alignmentOrigin;
         if (withEncapsulation && !readEncapsulationHeader(*stream)) return DDS_BOOLEAN_FALSE;
         bool readOk = true;
         if (withBody) {
-            if (plan().isMutableStruct && !decoding.keysOnly) readOk = resetWithoutAllocation(sample);
-            readOk = readOk && cdr::deserialize(*stream, *plan().type, sample, decoding);
+            if (whole && plan().isMutableStruct) resetToInitialValues(form, sample);
+            readOk = cdr::deserialize(*stream, form, sample);
         }
         stream->alignmentOrigin = origin;
         return readOk;
     }
 
     static DDS_Boolean readChecked(Sample **sample, DDS_Boolean *dropSample, OBLX_CdrStream *stream,
-                                   DDS_Boolean withEncapsulation, DDS_Boolean withBody,
-                                   const Decoding &decoding) noexcept {
+                                   DDS_Boolean withEncapsulation, DDS_Boolean withBody, const Plan &form,
+                                   bool whole) noexcept {
         if (dropSample != nullptr) *dropSample = DDS_BOOLEAN_FALSE;
         if (sample == nullptr || stream == nullptr) return DDS_BOOLEAN_FALSE;
         stream->unassignable = DDS_BOOLEAN_FALSE;
-        return read(*sample, stream, withEncapsulation, withBody, decoding) && !stream->unassignable;
-    }
-
-    static bool resetWithoutAllocation(Sample *sample) noexcept {
-        DDS_TypeAllocationParams_t params = DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
-        params.allocate_pointers = DDS_BOOLEAN_FALSE;
-        params.allocate_memory = DDS_BOOLEAN_FALSE;
-        return ::vexar::sample::initialize(*plan().type, sample, params);
+        return read(*sample, stream, withEncapsulation, withBody, form, whole) && !stream->unassignable;
     }
 };
 

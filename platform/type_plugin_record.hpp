@@ -132,7 +132,8 @@ struct PluginRecord {
                                                        OBLX_TypePluginEndpointKind kind) noexcept {
         using Encoding = cdr::TypePlugin<Sample, TypeCode>;
         const OBLX_TypePluginSampleFactory factory{createForEndpoint, destroyForEndpoint};
-        OBLX_TypePluginEndpointData *data = OBLX_TypePluginDefaultEndpointData_new(participantData, kind, factory, factory);
+        OBLX_TypePluginEndpointData *data =
+            OBLX_TypePluginDefaultEndpointData_new(participantData, kind, factory, factory);
         if (data == nullptr) return nullptr;
         bool keyed = Encoding::keyKind() != OBLX_TYPEPLUGIN_NO_KEY;
         DDS_UnsignedLong keyMaxSize = Encoding::maxSize(DDS_BOOLEAN_FALSE, 0, 0, true);

@@ -30,7 +30,7 @@ vexar_build build/tsan
 ctest_run build/tsan -R 'Concurrency'
 
 phase "libFuzzer (bounded runs over the decoders)"
-CC=clang CXX=clang++ vexar_configure build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_FUZZ=ON -DVEXAR_BUILD_BENCH=OFF -DVEXAR_BUILD_TOOLS=OFF
+CC=clang CXX=clang++ vexar_configure build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_FUZZ=ON -DVEXAR_BUILD_TESTS=OFF -DVEXAR_BUILD_BENCH=OFF -DVEXAR_BUILD_TOOLS=OFF
 vexar_build build/fuzz
 bash "$VEXAR_ROOT/tests/fuzz/run.sh" build/fuzz
 

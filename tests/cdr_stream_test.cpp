@@ -192,27 +192,3 @@ TEST(CdrStream, ReadsNeverPassTheEndWhateverTheBytesClaim) {
         EXPECT_LE(OBLX_CdrStream_getPosition(&in.s), size);
     }
 }
-
-TEST(CdrStream, LimitKeepsAReaderInsideAParameter) {
-    Stream in(WireBytes(false).u32(1).u32(2).bytes);
-    DDS_UnsignedLong saved = OBLX_CdrStream_limitLength(&in.s, 4);
-    DDS_UnsignedLong value;
-    EXPECT_TRUE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &value));
-    EXPECT_FALSE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &value));
-    OBLX_CdrStream_restoreLength(&in.s, saved);
-    EXPECT_TRUE(OBLX_CdrStream_deserializeUnsignedLong(&in.s, &value));
-    EXPECT_EQ(value, 2u);
-}
-
-TEST(CdrStream, MarksStartClearAndAreKept) {
-    Stream s(4);
-    EXPECT_FALSE(OBLX_CdrStream_isDirty(&s.s));
-    EXPECT_FALSE(OBLX_CdrStream_getSkipListEnd(&s.s));
-    EXPECT_FALSE(OBLX_CdrStream_getUnassignable(&s.s));
-    OBLX_CdrStream_setDirty(&s.s, DDS_BOOLEAN_TRUE);
-    OBLX_CdrStream_setSkipListEnd(&s.s, DDS_BOOLEAN_TRUE);
-    OBLX_CdrStream_setUnassignable(&s.s, DDS_BOOLEAN_TRUE);
-    EXPECT_TRUE(OBLX_CdrStream_isDirty(&s.s));
-    EXPECT_TRUE(OBLX_CdrStream_getSkipListEnd(&s.s));
-    EXPECT_TRUE(OBLX_CdrStream_getUnassignable(&s.s));
-}

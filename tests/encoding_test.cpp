@@ -256,6 +256,26 @@ TEST(ParameterListReading, AnEmptyListGivesInitialValues) {
     EXPECT_STREQ(log->message, "");
 }
 
+TEST(ParameterListReading, ACommandKeepsWhatItsBytesLeaveOutWhileARequestStartsOver) {
+    Owned<QTV_VX_ADMIN_Command> command;
+    command->_u.filterLevel = 55;
+    ASSERT_TRUE(deserialized(command.sample, WireBytes(false).encapsulation(3).pid(0, 4).i32(2).sentinel().bytes));
+    EXPECT_EQ(command->_d, QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT);
+    EXPECT_EQ(command->_u.filterLevel, 55);
+
+    Owned<QTV_VX_ADMIN_CommandRequest> request;
+    request->invocation = 9;
+    request->command._u.filterLevel = 55;
+    ASSERT_TRUE(deserialized(request.sample, WireBytes(false)
+                                                 .encapsulation(3)
+                                                 .pid(3, 12).pid(0, 4).i32(2).sentinel()  // command: discriminator only
+                                                 .sentinel()
+                                                 .bytes));
+    EXPECT_EQ(request->invocation, 0);
+    EXPECT_EQ(request->command._d, QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT);
+    EXPECT_EQ(request->command._u.filterLevel, 0);
+}
+
 TEST(ParameterListReading, ATruncatedSampleReadsOnlyWhereItEndsBetweenMembers) {
     // Offsets in the hand-derived LogMessage: header 0-3; members end at 16,
     // 24, 33 (before padding) and 46; the sentinel ends at 52. A list that

@@ -39,11 +39,6 @@ TEST(TypePluginRecord, SlotsReachTheTypesFunctionsThroughVoidPointers) {
     ASSERT_TRUE(plugin->deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr));
     EXPECT_EQ(target, received.get());
     EXPECT_EQ(serialized(received.sample, 1), buffer);
-
-    Owned<QTV_VX_LogMessage> key;
-    ASSERT_TRUE(plugin->instance_to_key(nullptr, key.get(), sent.get()));
-    EXPECT_EQ(key->level, sent->level);
-    EXPECT_STREQ(key->message, "");
 }
 
 TEST(TypePluginRecord, WriterEndpointOfAKeyedTypeHasStreamAndMaxSize) {
@@ -86,21 +81,6 @@ TEST(TypePluginRecord, UnkeyedTypeHasNoKeyHashStream) {
     EXPECT_EQ(OBLX_TypePluginDefaultEndpointData_getMaxSerializedSampleSize(writer), 164u);
     plugin->on_endpoint_detached(writer);
     QTV_VX_ADMIN_CommandRequestPlugin_delete(plugin);
-}
-
-TEST(TypePluginSupport, CreateWithoutMemoryLeavesStringsUnallocated) {
-    DDS_TypeAllocationParams_t params = DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
-    params.allocate_memory = DDS_BOOLEAN_FALSE;
-    QTV_VX_ADMIN_CommandResponse *bare = QTV_VX_ADMIN_CommandResponsePluginSupport_create_data_w_params(&params);
-    ASSERT_NE(bare, nullptr);
-    EXPECT_EQ(bare->message, nullptr);
-    QTV_VX_ADMIN_CommandResponsePluginSupport_destroy_data(bare);
-
-    QTV_VX_ADMIN_CommandResponse *full = QTV_VX_ADMIN_CommandResponsePluginSupport_create_key();
-    ASSERT_NE(full, nullptr);
-    EXPECT_STREQ(full->message, "");
-    QTV_VX_ADMIN_CommandResponsePluginSupport_destroy_key(full);
-    EXPECT_EQ(QTV_VX_ADMIN_CommandResponsePluginSupport_create_data_w_params(nullptr), nullptr);
 }
 
 TEST(TypePluginSupport, PrintDataShowsOneMemberALine) {

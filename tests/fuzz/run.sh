@@ -6,7 +6,7 @@ seconds=${VEXAR_FUZZ_SECONDS:-20}
 root=$(cd "$(dirname "$0")" && pwd)
 shopt -s nullglob
 count=0
-for target in "$build"/tests/*_fuzz; do
+for target in "$build"/tests/fuzz/*_fuzz; do
   name=$(basename "$target")
   corpus=$(mktemp -d)
   [ -d "$root/corpus/$name" ] && cp "$root/corpus/$name"/* "$corpus"/ 2>/dev/null || true
@@ -16,3 +16,4 @@ for target in "$build"/tests/*_fuzz; do
   count=$((count + 1))
 done
 echo "fuzz targets run: $count"
+((count > 0)) || { echo "no fuzz targets found in $build" >&2; exit 1; }

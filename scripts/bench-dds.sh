@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Throughput of typed LogMessage samples between two processes on loopback,
+# next to Cyclone's own ddsperf with a payload of the same size.
+#   scripts/bench-dds.sh [seconds]      (default 6; build dir: $VEXAR_BENCH_DIR or build/bench)
+set -euo pipefail
+source "$(dirname "$0")/env.sh"
+seconds=${1:-6}
+dir=${VEXAR_BENCH_DIR:-build/bench}
+vexar_configure "$dir" -DCMAKE_BUILD_TYPE=Release -DVEXAR_BUILD_TESTS=OFF -DVEXAR_BUILD_TOOLS=OFF -DVEXAR_BUILD_BENCH=ON
+cmake --build "$VEXAR_ROOT/$dir" --target dds_throughput_bench -j"$VEXAR_JOBS" >/dev/null
+bench="$VEXAR_ROOT/$dir/bench/dds_throughput_bench"
+domain=19   # tests/support/domains.h: typed endpoints, bench
+out=$(mktemp -d)
+trap 'rm -rf "$out"' EXIT
+
+"$bench" sub "$domain" "$seconds" >"$out/vexar_sub" &
+sub=$!
+"$bench" pub "$domain" "$seconds" >"$out/vexar_pub"
+wait "$sub"
+vexar_rate=$(awk '/^rate/ {print $2}' "$out/vexar_sub")
+size=$(awk '/^pub:/ {print $5}' "$out/vexar_pub")
+
+# ddsperf's KS topic counts its payload size without the 4-byte encapsulation header.
+payload=$((size - 4))
+ddsperf -i "$domain" -D "$((seconds + 1))" sub >"$out/ddsperf_sub" 2>&1 &
+sub=$!
+sleep 0.5
+ddsperf -i "$domain" -D "$seconds" pub size "$payload" >"$out/ddsperf_pub" 2>&1
+wait "$sub" || true
+# Per-second "rate X kS/s" lines of the subscriber; the median of the full
+# seconds (the first and the last are partial).
+ddsperf_rate=$(awk '/ rate / { for (i = 1; i < NF; i++) if ($i == "rate") print $(i + 1) * 1000 }' "$out/ddsperf_sub" |
+  sed '1d;$d' | sort -n | awk '{ v[NR] = $1 } END { if (NR) print int(v[int((NR + 1) / 2)]) }')
+
+cat "$out/vexar_pub" "$out/vexar_sub"
+printf '%-34s %12s samples/s\n' "Vexar typed LogMessage ($size B)" "$vexar_rate" \
+  "ddsperf KS (payload $payload B)" "$ddsperf_rate"
+awk -v v="$vexar_rate" -v d="$ddsperf_rate" 'BEGIN { if (d > 0) printf "ratio %.0f%% of ddsperf\n", 100 * v / d }'

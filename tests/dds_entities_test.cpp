@@ -1,0 +1,277 @@
+// The DDS entity layer on Cyclone: participants (created and adopted),
+// type registration, topics, content-filtered topics and deletion.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/cyclone.hpp"
+#include "support/dds_bridge.hpp"
+#include "support/domains.h"
+#include "support/log_capture.h"
+
+namespace {
+
+using vexar_test::BridgeParticipant;
+using vexar_test::countReadable;
+using vexar_test::eventually;
+using vexar_test::kLogTypeName;
+using vexar_test::kRequestTypeName;
+using vexar_test::LogCapture;
+using vexar_test::ReceivedRequests;
+
+constexpr int kDomain = vexar_test::domains::kBridgeBase + 20;  // .. + 29
+
+DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
+
+TEST(DdsParticipant, ReportsItsDomainAndDistinctRtpsIdentities) {
+    BridgeParticipant first(kDomain);
+    BridgeParticipant second(kDomain);
+    ASSERT_NE(first.get(), nullptr);
+    EXPECT_EQ(DDS_DomainParticipant_get_domain_id(first.get()), kDomain);
+    EXPECT_EQ(DDS_DomainParticipant_get_participant_factoryI(first.get()), factory());
+    EXPECT_TRUE(DDS_Entity_is_enabled(DDS_DomainParticipant_as_entity(first.get())));
+
+    DDS_DomainParticipantQos a = DDS_DomainParticipantQos_INITIALIZER;
+    DDS_DomainParticipantQos b = DDS_DomainParticipantQos_INITIALIZER;
+    ASSERT_EQ(DDS_DomainParticipant_get_qos(first.get(), &a), DDS_RETCODE_OK);
+    ASSERT_EQ(DDS_DomainParticipant_get_qos(second.get(), &b), DDS_RETCODE_OK);
+    EXPECT_NE(a.wire_protocol.rtps_host_id, 0);
+    // One process, one domain: the host word is shared, the app word tells them apart.
+    EXPECT_NE(a.wire_protocol.rtps_app_id, b.wire_protocol.rtps_app_id);
+    DDS_DomainParticipantQos_finalize(&a);
+    DDS_DomainParticipantQos_finalize(&b);
+}
+
+TEST(DdsParticipant, CarriesTheNameOfItsQos) {
+    DDS_DomainParticipantQos qos = DDS_DomainParticipantQos_INITIALIZER;
+    qos.participant_name.name = DDS_String_dup("shipyard");
+    DDS_DomainParticipant *participant = DDS_DomainParticipantFactory_create_participant(factory(), kDomain + 1, &qos,
+                                                                                         nullptr, 0);
+    ASSERT_NE(participant, nullptr);
+    DDS_DomainParticipantQos read = DDS_DomainParticipantQos_INITIALIZER;
+    ASSERT_EQ(DDS_DomainParticipant_get_qos(participant, &read), DDS_RETCODE_OK);
+    EXPECT_STREQ(read.participant_name.name, "shipyard");
+    DDS_DomainParticipantQos_finalize(&read);
+    DDS_DomainParticipantQos_finalize(&qos);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), participant), DDS_RETCODE_OK);
+}
+
+TEST(DdsParticipant, MisuseIsReportedWithTheOmgCode) {
+    LogCapture log;
+    DDS_DomainParticipantListener listener{nullptr};
+    EXPECT_EQ(DDS_DomainParticipantFactory_create_participant(factory(), -1, nullptr, nullptr, 0), nullptr);
+    EXPECT_EQ(DDS_DomainParticipantFactory_create_participant(factory(), kDomain, nullptr, &listener,
+                                                              DDS_DATA_AVAILABLE_STATUS),
+              nullptr);
+    EXPECT_TRUE(log.contains("not supported by this middleware"));
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), nullptr), DDS_RETCODE_BAD_PARAMETER);
+    EXPECT_EQ(DDS_DomainParticipant_get_domain_id(nullptr), -1);
+    // A record of another kind is refused, not misread.
+    BridgeParticipant participant(kDomain + 2);
+    auto *publisherAsParticipant = reinterpret_cast<DDS_DomainParticipant *>(participant.publisher());
+    EXPECT_EQ(DDS_DomainParticipant_create_subscriber(publisherAsParticipant, nullptr, nullptr, 0), nullptr);
+    EXPECT_TRUE(log.contains("DDS_DomainParticipant_create_subscriber: bad parameter: self"));
+}
+
+TEST(DdsParticipant, IsNotDeletedWhileItContainsEntities) {
+    DDS_DomainParticipant *participant = DDS_DomainParticipantFactory_create_participant(factory(), kDomain + 3,
+                                                                                         nullptr, nullptr, 0);
+    ASSERT_NE(participant, nullptr);
+    ASSERT_NE(DDS_DomainParticipant_create_publisher(participant, nullptr, nullptr, 0), nullptr);
+    LogCapture log;
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), participant),
+              DDS_RETCODE_PRECONDITION_NOT_MET);
+    EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), participant), DDS_RETCODE_OK);
+}
+
+TEST(DdsParticipant, AdoptedCycloneParticipantOutlivesItsRecordAndIsLeftClean) {
+    const dds_entity_t cyclone = dds_create_participant(kDomain + 4, nullptr, nullptr);
+    ASSERT_GT(cyclone, 0);
+    DDS_DomainParticipant *adopted = OBLX_DomainParticipant_adoptCyclone(cyclone);
+    ASSERT_NE(adopted, nullptr);
+    EXPECT_TRUE(OBLX_DomainParticipant_is_adopted(adopted));
+    EXPECT_EQ(DDS_DomainParticipant_get_domain_id(adopted), kDomain + 4);
+
+    // Everything the bridge makes in it, then deletes, leaves no Cyclone child.
+    OBLX_TypePlugin *plugin = QTV_VX_ADMIN_CommandRequestPlugin_new();
+    ASSERT_EQ(DDS_DomainParticipant_register_type(adopted, kRequestTypeName, plugin, nullptr), DDS_RETCODE_OK);
+    QTV_VX_ADMIN_CommandRequestPlugin_delete(plugin);
+    DDS_Topic *topic = DDS_DomainParticipant_create_topic(adopted, "requests", kRequestTypeName, nullptr, nullptr, 0);
+    ASSERT_NE(topic, nullptr);
+    DDS_ContentFilteredTopic *filtered = DDS_DomainParticipant_create_contentfilteredtopic(
+        adopted, "filtered", topic, "invocation > 3", nullptr);
+    ASSERT_NE(filtered, nullptr);
+    DDS_Publisher *publisher = DDS_DomainParticipant_create_publisher(adopted, nullptr, nullptr, 0);
+    DDS_Subscriber *subscriber = DDS_DomainParticipant_create_subscriber(adopted, nullptr, nullptr, 0);
+    ASSERT_NE(DDS_Publisher_create_datawriter(publisher, topic, nullptr, nullptr, 0), nullptr);
+    DDS_DataReader *reader = DDS_Subscriber_create_datareader(
+        subscriber, DDS_ContentFilteredTopic_as_topicdescription(filtered), nullptr, nullptr, 0);
+    ASSERT_NE(DDS_DataReader_create_readcondition(reader, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                                  DDS_ANY_INSTANCE_STATE),
+              nullptr);
+    EXPECT_GT(dds_get_children(cyclone, nullptr, 0), 0);
+
+    EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(adopted), DDS_RETCODE_OK);
+    EXPECT_EQ(dds_get_children(cyclone, nullptr, 0), 0);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), adopted), DDS_RETCODE_OK);
+    EXPECT_EQ(dds_get_participant(cyclone), cyclone) << "the application's participant must survive";
+    EXPECT_EQ(dds_delete(cyclone), 0);
+}
+
+TEST(DdsParticipant, AdoptionRefusesWhatIsNotAParticipant) {
+    LogCapture log;
+    EXPECT_EQ(OBLX_DomainParticipant_adoptCyclone(0), nullptr);
+    EXPECT_EQ(OBLX_DomainParticipant_adoptCyclone(123456), nullptr);
+    EXPECT_TRUE(log.contains("OBLX_DomainParticipant_adoptCyclone: bad parameter: cyclone_participant"));
+}
+
+TEST(DdsTypes, RegistrationKeepsItsOwnPluginAndGuardsItsTopics) {
+    BridgeParticipant participant(kDomain + 5);
+    LogCapture log;
+    OBLX_TypePlugin *logPlugin = QTV_VX_LogMessagePlugin_new();
+    OBLX_TypePlugin *statePlugin = QTV_VX_ADMIN_StatePlugin_new();
+    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, logPlugin, nullptr),
+              DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, logPlugin, nullptr),
+              DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, statePlugin, nullptr),
+              DDS_RETCODE_PRECONDITION_NOT_MET);
+    QTV_VX_LogMessagePlugin_delete(logPlugin);  // the participant has its own copy
+    QTV_VX_ADMIN_StatePlugin_delete(statePlugin);
+
+    EXPECT_EQ(DDS_DomainParticipant_create_topic(participant.get(), "t", "never::Registered", nullptr, nullptr, 0),
+              nullptr);
+    DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant.get(), "t", kLogTypeName, nullptr, nullptr, 0);
+    ASSERT_NE(topic, nullptr);
+    EXPECT_STREQ(DDS_TopicDescription_get_type_name(DDS_Topic_as_topicdescription(topic)), kLogTypeName);
+    EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName),
+              DDS_RETCODE_PRECONDITION_NOT_MET);
+    EXPECT_EQ(DDS_DomainParticipant_delete_topic(participant.get(), topic), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName), DDS_RETCODE_BAD_PARAMETER);
+}
+
+TEST(DdsTopics, AreFoundByNameAndNarrowedByKind) {
+    BridgeParticipant participant(kDomain + 6);
+    EXPECT_EQ(DDS_DomainParticipant_lookup_topicdescription(participant.get(), "qtv/vexar"), nullptr);
+    DDS_Topic *topic = participant.logTopic();
+    ASSERT_NE(topic, nullptr);
+    DDS_TopicDescription *found = DDS_DomainParticipant_lookup_topicdescription(participant.get(), "qtv/vexar");
+    EXPECT_EQ(DDS_Topic_narrow(found), topic);
+    EXPECT_EQ(DDS_ContentFilteredTopic_narrow(found), nullptr);
+    EXPECT_STREQ(DDS_TopicDescription_get_name(found), "qtv/vexar");
+    EXPECT_EQ(DDS_TopicDescription_get_participant(found), participant.get());
+
+    LogCapture log;
+    EXPECT_EQ(DDS_DomainParticipant_create_topic(participant.get(), "qtv/vexar", kLogTypeName, nullptr, nullptr, 0),
+              nullptr);
+    EXPECT_TRUE(log.contains("exists already"));
+
+    DDS_ContentFilteredTopic *filtered = DDS_DomainParticipant_create_contentfilteredtopic(
+        participant.get(), "loud", topic, "level <= 300", nullptr);
+    ASSERT_NE(filtered, nullptr);
+    DDS_TopicDescription *filteredFound = DDS_DomainParticipant_lookup_topicdescription(participant.get(), "loud");
+    EXPECT_EQ(DDS_ContentFilteredTopic_narrow(filteredFound), filtered);
+    EXPECT_EQ(DDS_Topic_narrow(filteredFound), nullptr);
+    EXPECT_EQ(DDS_ContentFilteredTopic_get_related_topic(filtered), topic);
+    EXPECT_EQ(DDS_DomainParticipant_delete_topic(participant.get(), topic), DDS_RETCODE_PRECONDITION_NOT_MET);
+}
+
+TEST(DdsTopics, TopicQosReadsBackFromCyclone) {
+    BridgeParticipant participant(kDomain + 7);
+    OBLX_TypePlugin *plugin = QTV_VX_LogMessagePlugin_new();
+    ASSERT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, plugin, nullptr), DDS_RETCODE_OK);
+    QTV_VX_LogMessagePlugin_delete(plugin);
+    DDS_TopicQos qos = DDS_TopicQos_INITIALIZER;
+    ASSERT_EQ(DDS_DomainParticipant_get_default_topic_qos_w_topic_name(participant.get(), &qos, "qtv/vexar"),
+              DDS_RETCODE_OK);
+    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+    qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
+    DDS_Topic *topic =
+        DDS_DomainParticipant_create_topic(participant.get(), "qtv/vexar", kLogTypeName, &qos, nullptr, 0);
+    ASSERT_NE(topic, nullptr);
+    DDS_TopicQos read = DDS_TopicQos_INITIALIZER;
+    ASSERT_EQ(DDS_Topic_get_qos(topic, &read), DDS_RETCODE_OK);
+    EXPECT_EQ(read.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS);
+    EXPECT_EQ(read.durability.kind, DDS_TRANSIENT_LOCAL_DURABILITY_QOS);
+}
+
+TEST(DdsTopics, QosProfilesFindNothingSoCallersUseDefaults) {
+    DDS_StringSeq names = DDS_SEQUENCE_INITIALIZER;
+    EXPECT_EQ(DDS_DomainParticipantFactory_get_qos_profiles(factory(), &names, "Library"), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_StringSeq_get_length(&names), 0);
+    LogCapture log;
+    DDS_DataWriterQos qos = DDS_DataWriterQos_INITIALIZER;
+    EXPECT_EQ(DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(factory(), &qos, "Library",
+                                                                                        "Profile", "qtv/vexar"),
+              DDS_RETCODE_BAD_PARAMETER);
+    EXPECT_EQ(qos.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS) << "left as it was";
+}
+
+// The logger's own filter: a reader on the filtered topic receives exactly
+// the requests addressed to it, over the network from another participant;
+// a reader of the plain topic receives all of them.
+TEST(DdsContentFilteredTopic, PassesExactlyTheRequestsAddressedToIt) {
+    BridgeParticipant administrator(kDomain + 8);
+    BridgeParticipant logger(kDomain + 8);
+    DDS_Topic *requests = logger.requestTopic();
+    ASSERT_NE(requests, nullptr);
+    char host[16];
+    char app[16];
+    std::snprintf(host, sizeof host, "%d", -7);
+    std::snprintf(app, sizeof app, "%d", 9);
+    char *parameterBuffers[2] = {host, app};
+    DDS_StringSeq parameters = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(DDS_StringSeq_loan_contiguous(&parameters, parameterBuffers, 2, 2));
+    DDS_ContentFilteredTopic *filtered = DDS_DomainParticipant_create_contentfilteredtopic(
+        logger.get(), "CommandRequestContentFilteredTopic", requests,
+        "targetHostAndAppId.rtps_host_id = %0 and targetHostAndAppId.rtps_app_id = %1", &parameters);
+    DDS_StringSeq_unloan(&parameters);
+    ASSERT_NE(filtered, nullptr);
+
+    DDS_DataReader *mine = logger.reader(DDS_ContentFilteredTopic_as_topicdescription(filtered));
+    DDS_DataReader *everything = logger.reader(DDS_Topic_as_topicdescription(requests));
+    DDS_DataWriter *writer = administrator.writer(administrator.requestTopic());
+    ASSERT_TRUE(mine && everything && writer);
+    ASSERT_TRUE(eventually([&] {
+        DDS_PublicationMatchedStatus status;
+        return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
+               status.current_count == 2;
+    }));
+
+    const QTV_VX_HostAndAppId targets[] = {{-7, 9}, {-7, 8}, {6, 9}, {-7, 9}};
+    for (DDS_Long invocation = 0; invocation < 4; ++invocation) {
+        QTV_VX_ADMIN_CommandRequest request;
+        QTV_VX_ADMIN_CommandRequest_initialize(&request);
+        request.targetHostAndAppId = targets[invocation];
+        request.invocation = invocation;
+        EXPECT_EQ(DDS_DataWriter_write_untypedI(writer, &request, DDS_HANDLE_NIL), DDS_RETCODE_OK);
+        QTV_VX_ADMIN_CommandRequest_finalize(&request);
+    }
+
+    ASSERT_TRUE(eventually([&] { return countReadable<ReceivedRequests>(everything) == 4; }));
+    ReceivedRequests addressed;
+    ASSERT_EQ(addressed.take(mine), DDS_RETCODE_OK);
+    ASSERT_EQ(addressed.length(), 2);
+    EXPECT_EQ(addressed.at(0).invocation, 0);
+    EXPECT_EQ(addressed.at(1).invocation, 3);
+    EXPECT_EQ(addressed.returnLoan(mine), DDS_RETCODE_OK);
+}
+
+TEST(DdsContentFilteredTopic, BadExpressionIsRefusedWithItsColumn) {
+    BridgeParticipant participant(kDomain + 9);
+    DDS_Topic *requests = participant.requestTopic();
+    ASSERT_NE(requests, nullptr);
+    LogCapture log;
+    EXPECT_EQ(DDS_DomainParticipant_create_contentfilteredtopic(participant.get(), "bad", requests,
+                                                                "targetHostAndAppId.rtps_hostid = 1", nullptr),
+              nullptr);
+    EXPECT_TRUE(log.contains("DDS_DomainParticipant_create_contentfilteredtopic: failure: filter expression"));
+    EXPECT_TRUE(log.contains("column ")) << log.text();
+    EXPECT_TRUE(log.contains("unknown member")) << log.text();
+    EXPECT_EQ(DDS_DomainParticipant_lookup_topicdescription(participant.get(), "bad"), nullptr);
+}
+
+}  // namespace

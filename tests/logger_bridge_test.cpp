@@ -1,0 +1,95 @@
+// The bridge to the middleware logger: capturing its lines into the log
+// stream, silencing it, and changing its verbosity and print format.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "support/captured_stdout.h"
+#include "support/domains.h"
+#include "support/running_logger.hpp"
+
+using namespace vexar_test;
+
+namespace {
+
+void writeLine(const char *text, int level) {
+    OBLX_Config_LogMessage line{text, static_cast<OBLX_Config_LogLevel>(level)};
+    QTV_VX_Vexar_writeDevice(&QTV_VX_Vexar_localDevice, &line);
+}
+
+OBLX_Config_LogVerbosity verbosityOf(OBLX_Config_LogCategory category) {
+    return OBLX_Config_Logger_get_verbosity_by_category(OBLX_Config_Logger_get_instance(), category);
+}
+
+TEST(LoggerBridge, UncapturedLinesEndInExactlyOneNewline) {
+    std::string printed = capturedStdout([] {
+        writeLine("", OBLX_CONFIG_LOG_LEVEL_ERROR);
+        writeLine("no newline", OBLX_CONFIG_LOG_LEVEL_ERROR);
+        writeLine("one newline\n", OBLX_CONFIG_LOG_LEVEL_ERROR);
+    });
+    EXPECT_EQ(printed, "no newline\none newline\n");
+}
+
+TEST(LoggerBridge, MaskingSilencesAllFiveAndUnmaskingRestoresThem) {
+    OBLX_Config_Logger_set_verbosity(OBLX_Config_Logger_get_instance(), OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    OBLX_Config_Logger_set_verbosity_by_category(OBLX_Config_Logger_get_instance(), OBLX_CONFIG_LOG_CATEGORY_API,
+                                                 OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    std::array<OBLX_Config_LogVerbosity, OBLX_CONFIG_LOG_CATEGORY_COUNT> saved{};
+    QTV_VX_Vexar_maskSystemVerbosity(saved.data());
+    for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category) {
+        EXPECT_EQ(verbosityOf(OBLX_Config_LogCategory(category)), OBLX_CONFIG_LOG_VERBOSITY_SILENT);
+    }
+    QTV_VX_Vexar_unmaskSystemVerbosity(saved.data());
+    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_PLATFORM), OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_API), OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+}
+
+TEST(LoggerBridge, MiddlewareLinesAreCapturedWhileTheLoggerRuns) {
+    LoggerSession session(loggerOptions(domains::kLoggerBase + 6));
+    ASSERT_TRUE(holdWriteThread(QTV_VX_Vexar_getLogMessageWriteThread()));
+    OBLX_Config_Logger *middleware = OBLX_Config_Logger_get_instance();
+    EXPECT_EQ(OBLX_Config_Logger_get_output_device(middleware), &QTV_VX_Vexar_localDevice);
+    OBLX_Config_Logger_set_verbosity(middleware, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    std::string printed = capturedStdout([] {
+        OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_WARNING, "fn", nullptr, 0,
+                               "disk %d%% full", 93);
+        writeLine("level zero", 0);
+        writeLine("level six", 6);
+    });
+    EXPECT_EQ(printed, "");  // echo is off
+    std::vector<QueuedMessage> messages = drainQueue(QTV_VX_Vexar_getMessageQueue());
+    ASSERT_EQ(messages.size(), 3u);
+    EXPECT_EQ(messages[0].level, QTV_VX_LOG_LEVEL_WARNING);
+    EXPECT_EQ(messages[0].category, QTV_VX_VEXAR_INFRASTRUCTURE_CATEGORY);
+    EXPECT_NE(messages[0].message.find("disk 93% full\n"), std::string::npos);  // passed on as it came
+    EXPECT_EQ(messages[1].level, QTV_VX_LOG_LEVEL_INFO);
+    EXPECT_EQ(messages[2].level, QTV_VX_LOG_LEVEL_INFO);
+
+    QTV_VX_Vexar_finalizeInstance();
+    EXPECT_EQ(OBLX_Config_Logger_get_output_device(middleware), nullptr);
+    // A line still in flight to the old device is printed, not captured.
+    EXPECT_EQ(capturedStdout([] { writeLine("late line", OBLX_CONFIG_LOG_LEVEL_ERROR); }), "late line\n");
+}
+
+TEST(LoggerBridge, SettersUpdateTheStateAndOnlyCommunicationReachesTheWriteThread) {
+    LoggerSession session(loggerOptions(domains::kLoggerBase + 7));
+    QTV_VX_Vexar *logger = session.logger();
+    QTV_VX_Vexar_setQTVLoggerVerbosityByCategory(logger, OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
+                                                 OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    QTV_VX_Vexar_setQTVLoggerVerbosityByCategory(logger, OBLX_CONFIG_LOG_CATEGORY_PLATFORM,
+                                                 OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    EXPECT_EQ(logger->logMessageWriteThread->logVerbosity, OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION), OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    EXPECT_EQ(logger->state->qtvLoggerVerbosities[1].verbosity, QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    EXPECT_EQ(logger->state->qtvLoggerVerbosities[0].verbosity, QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+
+    EXPECT_EQ(QTV_VX_Vexar_setQTVLoggerPrintFormat(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE), 1);
+    EXPECT_EQ(logger->state->qtvLoggerPrintFormat, QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE);
+    // The State shows the format read back: one the middleware refuses changes nothing.
+    QTV_VX_Vexar_setQTVLoggerPrintFormat(logger, static_cast<OBLX_Config_LogPrintFormat>(0x1000));
+    EXPECT_EQ(logger->state->qtvLoggerPrintFormat, QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE);
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+// What the receive path reuses instead of allocating: loan elements are
+// emptied in place, and a serdata's key hash is derived when asked for.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+
+#include "platform/cyclone.hpp"
+#include "platform/cyclone_sertype.hpp"
+#include "platform/sample_array.hpp"
+#include "support/cdr_test_support.hpp"
+
+#include <dds/ddsi/ddsi_serdata.h>
+#include <dds/ddsi/ddsi_sertype.h>
+
+namespace {
+
+using namespace vexar_test;
+namespace array = vexar::sample::array;
+
+TEST(SampleReuse, EmptiedElementsKeepTheirBuffersAndLoseTheirValues) {
+    const DDS_TypeCode &type = *QTV_VX_LogMessage_get_typecode();
+    auto *samples = static_cast<QTV_VX_LogMessage *>(array::resize(type, nullptr, 2));
+    ASSERT_NE(samples, nullptr);
+    fill(samples[0]);
+    fill(samples[1]);
+    char *const message = samples[1].message;
+
+    void *listed[] = {&samples[1]};
+    array::empty(type, listed, 1);
+    EXPECT_EQ(samples[1].message, message);
+    EXPECT_STREQ(samples[1].message, "");
+    EXPECT_STREQ(samples[1].category, "");
+    EXPECT_EQ(samples[1].level, 0);
+    EXPECT_EQ(samples[1].hostAndAppId.rtps_host_id, 0);
+    EXPECT_STREQ(samples[0].message, "disk almost full");  // only the listed one
+
+    array::empty(type, samples, 2);
+    EXPECT_STREQ(samples[0].message, "");
+    // The buffers still hold a string at the bound.
+    std::memset(samples[0].message, 'x', 4096);
+    samples[0].message[4096] = '\0';
+    array::destroy(type, samples);
+}
+
+struct SertypeUnref {
+    void operator()(ddsi_sertype *type) const { ddsi_sertype_unref(type); }
+};
+struct SerdataUnref {
+    void operator()(ddsi_serdata *data) const { ddsi_serdata_unref(data); }
+};
+
+template <typename T>
+class LazyKeyHash : public testing::Test {};
+
+template <typename T>
+struct Keyed;
+#define VEXAR_KEYED(T)                                    \
+    template <>                                           \
+    struct Keyed<T> {                                     \
+        static constexpr auto makePlugin = T##Plugin_new; \
+        static constexpr auto deletePlugin = T##Plugin_delete; \
+    }
+VEXAR_KEYED(QTV_VX_LogMessage);
+VEXAR_KEYED(QTV_VX_ADMIN_State);
+VEXAR_KEYED(QTV_VX_ADMIN_CommandResponse);
+
+using KeyedTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandResponse>;
+TYPED_TEST_SUITE(LazyKeyHash, KeyedTypes);
+
+TYPED_TEST(LazyKeyHash, IsThePluginsKeyHashOfTheSample) {
+    OBLX_TypePlugin *plugin = Keyed<TypeParam>::makePlugin();
+    std::unique_ptr<ddsi_sertype, SertypeUnref> sertype(vexar::platform::createSertype(plugin, "Test::Keyed"));
+    Keyed<TypeParam>::deletePlugin(plugin);
+    ASSERT_NE(sertype, nullptr);
+    Owned<TypeParam> sample;
+    fill(sample.sample);
+
+    DDS_KeyHash_t expected{};
+    ASSERT_TRUE(Plugin<TypeParam>::instanceToKeyhash(nullptr, &expected, sample.get()));
+    for (ddsi_serdata_kind kind : {SDK_DATA, SDK_KEY}) {
+        std::unique_ptr<ddsi_serdata, SerdataUnref> data(ddsi_serdata_from_sample(sertype.get(), kind, sample.get()));
+        ASSERT_NE(data, nullptr);
+        ddsi_keyhash_t actual;
+        ddsi_serdata_get_keyhash(data.get(), &actual, false);
+        EXPECT_EQ(0, std::memcmp(actual.value, expected.value, sizeof actual.value)) << "kind " << kind;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,212 @@
+// The four topic types behind one template for tests of the typed endpoints:
+// each type's typed operations, a value to tell samples apart, and a
+// participant with one topic of the type and reliable, transient-local
+// endpoints. Free of GoogleTest, so helper programs can use it too.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/domain_participant_factory.h"
+#include "platform/publisher.h"
+#include "platform/subscriber.h"
+#include "platform/topic.h"
+#include "type/vexarSupport.h"
+#include "vexar/DDSEntities.h"
+
+namespace vexar_test {
+
+// One topic type's C operations and the name it is registered under.
+template <typename T>
+struct TopicType;
+
+#define VEXAR_TEST_TOPIC_TYPE(T, registered)                                   \
+    template <>                                                                \
+    struct TopicType<T> {                                                      \
+        using Seq = T##Seq;                                                    \
+        using Writer = T##DataWriter;                                          \
+        using Reader = T##DataReader;                                          \
+        static constexpr const char *registeredName = registered;              \
+        static constexpr auto registerType = T##TypeSupport_register_type;     \
+        static constexpr auto createData = T##TypeSupport_create_data;         \
+        static constexpr auto deleteData = T##TypeSupport_delete_data;         \
+        static constexpr auto narrowWriter = T##DataWriter_narrow;             \
+        static constexpr auto asDataWriter = T##DataWriter_as_datawriter;      \
+        static constexpr auto narrowReader = T##DataReader_narrow;             \
+        static constexpr auto write = T##DataWriter_write;                     \
+        static constexpr auto read = T##DataReader_read;                       \
+        static constexpr auto take = T##DataReader_take;                       \
+        static constexpr auto returnLoan = T##DataReader_return_loan;          \
+        static constexpr auto length = T##Seq_get_length;                      \
+        static constexpr auto maximum = T##Seq_get_maximum;                    \
+        static constexpr auto owned = T##Seq_has_ownership;                    \
+        static constexpr auto setMaximum = T##Seq_set_maximum;                 \
+        static constexpr auto at = T##Seq_get_reference;                       \
+        static constexpr auto finalize = T##Seq_finalize;                      \
+    }
+
+VEXAR_TEST_TOPIC_TYPE(QTV_VX_LogMessage, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME);
+VEXAR_TEST_TOPIC_TYPE(QTV_VX_ADMIN_State, QTV_VX_STATE_REGISTERED_TYPE_NAME);
+VEXAR_TEST_TOPIC_TYPE(QTV_VX_ADMIN_CommandRequest, QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME);
+VEXAR_TEST_TOPIC_TYPE(QTV_VX_ADMIN_CommandResponse, QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME);
+#undef VEXAR_TEST_TOPIC_TYPE
+
+// A number carried in a sample, so a test can tell which one arrived. It
+// lands in a string where the type has one, so strings cross the wire too.
+inline void setText(char *buffer, size_t bound, const std::string &text) {
+    std::snprintf(buffer, bound + 1, "%s", text.c_str());
+}
+
+inline void mark(QTV_VX_LogMessage &sample, int marker) {
+    sample.hostAndAppId = {7, 8};
+    sample.level = 600;
+    setText(sample.category, QTV_VX_LOG_MESSAGE_CATEGORY_MAX_LENGTH, "test");
+    setText(sample.message, QTV_VX_LOG_MESSAGE_MESSAGE_MAX_LENGTH, "message " + std::to_string(marker));
+}
+inline int markerOf(const QTV_VX_LogMessage &sample) { return std::atoi(sample.message + sizeof "message"); }
+
+inline void mark(QTV_VX_ADMIN_State &sample, int marker) {
+    sample.hostAndAppId = {7, 8};
+    sample.state = QTV_VX_STATE_OPERATIONAL;
+    setText(sample.applicationKind, QTV_VX_ADMIN_STATE_APPLICATION_KIND_MAX_LENGTH, std::to_string(marker));
+}
+inline int markerOf(const QTV_VX_ADMIN_State &sample) { return std::atoi(sample.applicationKind); }
+
+inline void mark(QTV_VX_ADMIN_CommandRequest &sample, int marker) {
+    sample.targetHostAndAppId = {7, 8};
+    sample.invocation = marker;
+    sample.command._d = QTV_VX_SET_LOG_LEVEL;
+    sample.command._u.filterLevel = 700;
+}
+inline int markerOf(const QTV_VX_ADMIN_CommandRequest &sample) { return sample.invocation; }
+
+inline void mark(QTV_VX_ADMIN_CommandResponse &sample, int marker) {
+    sample.hostAndAppId = {7, 8};
+    sample.commandResult = QTV_VX_COMMAND_RESULT_OK;
+    setText(sample.message, QTV_VX_ADMIN_COMMAND_RESPONSE_MESSAGE_MAX_LENGTH, std::to_string(marker));
+}
+inline int markerOf(const QTV_VX_ADMIN_CommandResponse &sample) { return std::atoi(sample.message); }
+
+// A heap sample of the type support, deleted with it.
+template <typename T>
+class Sample {
+public:
+    explicit Sample(int marker = 0) : sample_(TopicType<T>::createData()) { mark(*sample_, marker); }
+    ~Sample() { TopicType<T>::deleteData(sample_); }
+    Sample(const Sample &) = delete;
+    Sample &operator=(const Sample &) = delete;
+    T *get() const { return sample_; }
+    T *operator->() const { return sample_; }
+
+private:
+    T *sample_;
+};
+
+// Polls `condition` until it holds or `timeout` passed.
+inline bool eventuallyWithin(std::chrono::milliseconds timeout, const std::function<bool()> &condition) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+// Reliable and transient-local, keeping `depth` samples per instance: a
+// late reader gets the writer's history.
+template <typename Qos>
+Qos historyQos(Qos qos, DDS_Long depth) {
+    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+    qos.reliability.max_blocking_time = {1, 0};
+    qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
+    qos.history = {DDS_KEEP_LAST_HISTORY_QOS, depth};
+    return qos;
+}
+
+// A participant with one topic of T (registered through the type support),
+// a publisher and a subscriber. Deleting it deletes everything it made.
+template <typename T>
+class TypedParticipant {
+public:
+    using Type = TopicType<T>;
+
+    TypedParticipant(int domain, const std::string &topicName, DDS_Long depth = 16) : depth_(depth) {
+        participant_ = DDS_DomainParticipantFactory_create_participant(factory(), domain, nullptr, nullptr, 0);
+        if (participant_ == nullptr || Type::registerType(participant_, Type::registeredName) != DDS_RETCODE_OK) return;
+        topic_ = DDS_DomainParticipant_create_topic(participant_, topicName.c_str(), Type::registeredName, nullptr,
+                                                    nullptr, 0);
+        publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);
+        subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
+    }
+    ~TypedParticipant() {
+        if (participant_ == nullptr) return;
+        DDS_DomainParticipant_delete_contained_entities(participant_);
+        DDS_DomainParticipantFactory_delete_participant(factory(), participant_);
+    }
+    TypedParticipant(const TypedParticipant &) = delete;
+    TypedParticipant &operator=(const TypedParticipant &) = delete;
+
+    bool ready() const { return topic_ != nullptr && publisher_ != nullptr && subscriber_ != nullptr; }
+    DDS_DomainParticipant *participant() const { return participant_; }
+    DDS_Publisher *publisher() const { return publisher_; }
+
+    DDS_DataWriter *untypedWriter() const {
+        DDS_DataWriterQos qos = historyQos(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER), depth_);
+        return topic_ == nullptr ? nullptr : DDS_Publisher_create_datawriter(publisher_, topic_, &qos, nullptr, 0);
+    }
+    DDS_DataReader *untypedReader() const {
+        DDS_DataReaderQos qos = historyQos(DDS_DataReaderQos(DDS_DataReaderQos_INITIALIZER), depth_);
+        return topic_ == nullptr ? nullptr
+                                 : DDS_Subscriber_create_datareader(subscriber_, DDS_Topic_as_topicdescription(topic_),
+                                                                    &qos, nullptr, 0);
+    }
+    typename Type::Writer *writer() const { return Type::narrowWriter(untypedWriter()); }
+    typename Type::Reader *reader() const { return Type::narrowReader(untypedReader()); }
+
+private:
+    static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
+
+    DDS_Long depth_;
+    DDS_DomainParticipant *participant_ = nullptr;
+    DDS_Topic *topic_ = nullptr;
+    DDS_Publisher *publisher_ = nullptr;
+    DDS_Subscriber *subscriber_ = nullptr;
+};
+
+// Whether the writer has found at least `count` readers.
+inline bool hasMatchedReaders(DDS_DataWriter *writer, DDS_Long count) {
+    DDS_PublicationMatchedStatus status{};
+    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
+           status.current_count >= count;
+}
+
+// Takes on loan until `count` valid samples arrived or `timeout` passed;
+// their markers in arrival order.
+template <typename T>
+std::vector<int> takeMarkers(typename TopicType<T>::Reader *reader, size_t count,
+                             std::chrono::milliseconds timeout = std::chrono::seconds(10)) {
+    using Type = TopicType<T>;
+    std::vector<int> markers;
+    eventuallyWithin(timeout, [&] {
+        typename Type::Seq samples = DDS_SEQUENCE_INITIALIZER;
+        DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+        if (Type::take(reader, &samples, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                       DDS_ANY_INSTANCE_STATE) == DDS_RETCODE_OK) {
+            for (DDS_Long i = 0; i < Type::length(&samples); ++i) {
+                if (DDS_SampleInfoSeq_get_reference(&infos, i)->valid_data) {
+                    markers.push_back(markerOf(*Type::at(&samples, i)));
+                }
+            }
+            Type::returnLoan(reader, &samples, &infos);
+        }
+        return markers.size() >= count;
+    });
+    return markers;
+}
+
+}  // namespace vexar_test

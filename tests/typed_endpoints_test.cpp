@@ -1,0 +1,315 @@
+// Type support and typed endpoints on loopback, two participants in one
+// process: every topic type end to end, instances, history for late
+// readers, source timestamps, loans against copies, and misuse.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <vector>
+
+#include "support/domains.h"
+#include "support/log_capture.h"
+#include "support/typed_topic.hpp"
+
+namespace {
+
+using namespace vexar_test;
+using namespace std::chrono_literals;
+
+// One domain per group; every test has its own topic.
+constexpr int kRoundTripDomain = domains::kTypedEndpoints;
+constexpr int kInstancesDomain = domains::kTypedEndpoints + 1;
+constexpr int kLoansDomain = domains::kTypedEndpoints + 2;
+constexpr int kMisuseDomain = domains::kTypedEndpoints + 3;
+
+std::string topicOfThisTest() {
+    const testing::TestInfo *test = testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string("vexar/test/") + test->test_suite_name() + "/" + test->name();
+    for (char &c : name) {
+        if (c != '/' && !std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    }
+    return name;
+}
+
+// Reads on loan until the reader holds `count` samples; the caller returns the loan.
+bool readOnLoan(QTV_VX_LogMessageDataReader *reader, QTV_VX_LogMessageSeq &samples, DDS_SampleInfoSeq &infos,
+                DDS_Long count) {
+    return eventuallyWithin(10s, [&] {
+        if (QTV_VX_LogMessageDataReader_read(reader, &samples, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE,
+                                             DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE) != DDS_RETCODE_OK) {
+            return false;
+        }
+        if (QTV_VX_LogMessageSeq_get_length(&samples) == count) return true;
+        QTV_VX_LogMessageDataReader_return_loan(reader, &samples, &infos);
+        return false;
+    });
+}
+
+// A writer in one participant and a reader in another, on one topic.
+template <typename T>
+struct WriterAndReader {
+    explicit WriterAndReader(int domain, DDS_Long depth = 16)
+        : sending(domain, topicOfThisTest(), depth), receiving(domain, topicOfThisTest(), depth) {
+        writer = sending.writer();
+        reader = receiving.reader();
+    }
+    bool matched() const {
+        return writer != nullptr && reader != nullptr &&
+               eventuallyWithin(10s, [&] { return hasMatchedReaders(TopicType<T>::asDataWriter(writer), 1); });
+    }
+    void write(int marker) const {
+        Sample<T> sample(marker);
+        ASSERT_EQ(TopicType<T>::write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    }
+
+    TypedParticipant<T> sending;
+    TypedParticipant<T> receiving;
+    typename TopicType<T>::Writer *writer = nullptr;
+    typename TopicType<T>::Reader *reader = nullptr;
+};
+
+// ---- every topic type ----------------------------------------------------
+
+template <typename T>
+class TypedEndpointsEachType : public testing::Test {};
+using TopicTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandRequest,
+                                  QTV_VX_ADMIN_CommandResponse>;
+TYPED_TEST_SUITE(TypedEndpointsEachType, TopicTypes);
+
+TYPED_TEST(TypedEndpointsEachType, SamplesReachAReaderOfAnotherParticipantInOrder) {
+    WriterAndReader<TypeParam> endpoints(kRoundTripDomain);
+    ASSERT_TRUE(endpoints.matched());
+    for (int marker = 1; marker <= 3; ++marker) endpoints.write(marker);
+    EXPECT_EQ(takeMarkers<TypeParam>(endpoints.reader, 3), (std::vector<int>{1, 2, 3}));
+}
+
+TYPED_TEST(TypedEndpointsEachType, LateTransientLocalReaderReceivesTheHistory) {
+    TypedParticipant<TypeParam> sending(kRoundTripDomain, topicOfThisTest());
+    auto *writer = sending.writer();
+    ASSERT_NE(writer, nullptr);
+    for (int marker = 1; marker <= 3; ++marker) {
+        Sample<TypeParam> sample(marker);
+        ASSERT_EQ(TopicType<TypeParam>::write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    }
+    TypedParticipant<TypeParam> receiving(kRoundTripDomain, topicOfThisTest());
+    EXPECT_EQ(takeMarkers<TypeParam>(receiving.reader(), 3), (std::vector<int>{1, 2, 3}));
+}
+
+// ---- instances and timestamps (LogMessage) --------------------------------
+
+TEST(TypedEndpointsInstances, TwoLevelsOfOneApplicationAreTwoInstances) {
+    WriterAndReader<QTV_VX_LogMessage> endpoints(kInstancesDomain);
+    ASSERT_TRUE(endpoints.matched());
+    Sample<QTV_VX_LogMessage> info(1), debug(2);
+    debug->level = 700;
+    DDS_InstanceHandle_t infoAtWriter = QTV_VX_LogMessageDataWriter_register_instance(endpoints.writer, info.get());
+    ASSERT_NE(infoAtWriter, DDS_HANDLE_NIL);
+    EXPECT_EQ(QTV_VX_LogMessageDataWriter_lookup_instance(endpoints.writer, info.get()), infoAtWriter);
+    ASSERT_EQ(QTV_VX_LogMessageDataWriter_write(endpoints.writer, info.get(), infoAtWriter), DDS_RETCODE_OK);
+    ASSERT_EQ(QTV_VX_LogMessageDataWriter_write(endpoints.writer, debug.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+
+    QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(readOnLoan(endpoints.reader, samples, infos, 2));
+    DDS_Long debugIndex = QTV_VX_LogMessageSeq_get_reference(&samples, 0)->level == 700 ? 0 : 1;
+    DDS_InstanceHandle_t debugHandle = DDS_SampleInfoSeq_get_reference(&infos, debugIndex)->instance_handle;
+    EXPECT_NE(debugHandle, DDS_SampleInfoSeq_get_reference(&infos, 1 - debugIndex)->instance_handle);
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_lookup_instance(endpoints.reader, debug.get()), debugHandle);
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_return_loan(endpoints.reader, &samples, &infos), DDS_RETCODE_OK);
+
+    // A handle's key comes back into a key holder.
+    Sample<QTV_VX_LogMessage> key;
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_get_key_value(endpoints.reader, key.get(), debugHandle), DDS_RETCODE_OK);
+    EXPECT_EQ(key->level, 700);
+    EXPECT_EQ(key->hostAndAppId.rtps_app_id, 8);
+
+    // Taking one instance leaves the other.
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_take_instance(endpoints.reader, &samples, &infos, DDS_LENGTH_UNLIMITED,
+                                                        debugHandle, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                                        DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_OK);
+    ASSERT_EQ(QTV_VX_LogMessageSeq_get_length(&samples), 1);
+    EXPECT_EQ(markerOf(*QTV_VX_LogMessageSeq_get_reference(&samples, 0)), 2);
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_return_loan(endpoints.reader, &samples, &infos), DDS_RETCODE_OK);
+    EXPECT_EQ(takeMarkers<QTV_VX_LogMessage>(endpoints.reader, 1), std::vector<int>{1});
+}
+
+TEST(TypedEndpointsInstances, WriteWithTimestampStampsTheSampleInfo) {
+    WriterAndReader<QTV_VX_LogMessage> endpoints(kInstancesDomain);
+    ASSERT_TRUE(endpoints.matched());
+    Sample<QTV_VX_LogMessage> sample(1);
+    const DDS_Time_t stamp{1700000000, 123456789};
+    ASSERT_EQ(QTV_VX_LogMessageDataWriter_write_w_timestamp(endpoints.writer, sample.get(), DDS_HANDLE_NIL, &stamp),
+              DDS_RETCODE_OK);
+
+    Sample<QTV_VX_LogMessage> received;
+    DDS_SampleInfo info{};
+    ASSERT_TRUE(eventuallyWithin(10s, [&] {
+        return QTV_VX_LogMessageDataReader_take_next_sample(endpoints.reader, received.get(), &info) == DDS_RETCODE_OK;
+    }));
+    EXPECT_EQ(info.source_timestamp.sec, stamp.sec);
+    EXPECT_EQ(info.source_timestamp.nanosec, stamp.nanosec);
+    EXPECT_EQ(markerOf(*received.get()), 1);
+}
+
+// ---- loans and copies -------------------------------------------------------
+
+// Endpoints of LogMessage with `count` samples waiting in the reader.
+struct WaitingSamples : WriterAndReader<QTV_VX_LogMessage> {
+    WaitingSamples(int domain, int count) : WriterAndReader(domain) {
+        if (!matched()) return;
+        for (int marker = 1; marker <= count; ++marker) write(marker);
+        QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
+        DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+        ready = readOnLoan(reader, samples, infos, count) &&
+                QTV_VX_LogMessageDataReader_return_loan(reader, &samples, &infos) == DDS_RETCODE_OK;
+    }
+    bool ready = false;
+};
+
+TEST(TypedEndpointsLoans, EmptySequenceBorrowsTheSamplesUntilReturnLoan) {
+    WaitingSamples waiting(kLoansDomain, 3);
+    ASSERT_TRUE(waiting.ready);
+    QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_take(waiting.reader, &samples, &infos, DDS_LENGTH_UNLIMITED,
+                                               DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_OK);
+    EXPECT_FALSE(QTV_VX_LogMessageSeq_has_ownership(&samples));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&samples), 3);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_maximum(&samples), 3);
+    EXPECT_NE(QTV_VX_LogMessageSeq_get_discontiguous_buffer(&samples), nullptr);
+    EXPECT_EQ(DDS_SampleInfoSeq_get_length(&infos), 3);
+    EXPECT_EQ(markerOf(*QTV_VX_LogMessageSeq_get_reference(&samples, 2)), 3);
+
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_return_loan(waiting.reader, &samples, &infos), DDS_RETCODE_OK);
+    EXPECT_TRUE(QTV_VX_LogMessageSeq_has_ownership(&samples));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_maximum(&samples), 0);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&samples), 0);
+    EXPECT_TRUE(DDS_SampleInfoSeq_has_ownership(&infos));
+    EXPECT_EQ(DDS_SampleInfoSeq_get_maximum(&infos), 0);
+}
+
+TEST(TypedEndpointsLoans, SequenceWithABufferReceivesCopiesUpToItsMaximum) {
+    WaitingSamples waiting(kLoansDomain, 12);
+    ASSERT_TRUE(waiting.ready);
+    QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&samples, 10));
+    QTV_VX_LogMessage *buffer = QTV_VX_LogMessageSeq_get_contiguous_buffer(&samples);
+
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_take(waiting.reader, &samples, &infos, DDS_LENGTH_UNLIMITED,
+                                               DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_OK);
+    EXPECT_TRUE(QTV_VX_LogMessageSeq_has_ownership(&samples));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_contiguous_buffer(&samples), buffer);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_maximum(&samples), 10);
+    ASSERT_EQ(QTV_VX_LogMessageSeq_get_length(&samples), 10);
+    EXPECT_EQ(markerOf(buffer[0]), 1);
+    EXPECT_EQ(markerOf(buffer[9]), 10);
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_return_loan(waiting.reader, &samples, &infos), DDS_RETCODE_OK);
+
+    // The rest fit; the buffer is reused.
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_take(waiting.reader, &samples, &infos, 5, DDS_ANY_SAMPLE_STATE,
+                                               DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_OK);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&samples), 2);
+    EXPECT_EQ(markerOf(buffer[1]), 12);
+    QTV_VX_LogMessageSeq_finalize(&samples);
+    DDS_SampleInfoSeq_finalize(&infos);
+}
+
+TEST(TypedEndpointsLoans, NothingToReadIsNoDataWithLengthZero) {
+    WriterAndReader<QTV_VX_LogMessage> endpoints(kLoansDomain);
+    ASSERT_NE(endpoints.reader, nullptr);
+    QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_ensure_length(&samples, 3, 5));
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_read(endpoints.reader, &samples, &infos, DDS_LENGTH_UNLIMITED,
+                                               DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_NO_DATA);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&samples), 0);
+    QTV_VX_LogMessageSeq_finalize(&samples);
+
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_take(endpoints.reader, &samples, &infos, DDS_LENGTH_UNLIMITED,
+                                               DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_NO_DATA);
+    EXPECT_TRUE(QTV_VX_LogMessageSeq_has_ownership(&samples));
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_return_loan(endpoints.reader, &samples, &infos), DDS_RETCODE_OK);
+}
+
+// A participant with its writers, readers, topic and a sample still on
+// loan is refused; once the loan is back, deleting it leaves nothing
+// behind (the sanitizer run checks the memory).
+TEST(TypedEndpointsLoans, ParticipantWithContainedEntitiesIsDeletedOnceTheLoanIsBack) {
+    WaitingSamples waiting(kLoansDomain, 2);
+    ASSERT_TRUE(waiting.ready);
+    QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_take(waiting.reader, &samples, &infos, 1, DDS_ANY_SAMPLE_STATE,
+                                               DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_OK);
+    DDS_DomainParticipant *participant = waiting.receiving.participant();
+    EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_PRECONDITION_NOT_MET);
+    ASSERT_EQ(QTV_VX_LogMessageDataReader_return_loan(waiting.reader, &samples, &infos), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_OK);
+}
+
+// ---- type support and misuse ------------------------------------------------
+
+// The registered name is the caller's; the type stays LogMessage.
+TEST(TypedEndpointsTypeSupport, RegistersUnderTheCallersNameAndRefusesANullParticipant) {
+    EXPECT_EQ(QTV_VX_LogMessageTypeSupport_register_type(nullptr, "any"), DDS_RETCODE_ERROR);
+    EXPECT_EQ(QTV_VX_LogMessageTypeSupport_unregister_type(nullptr, "any"), DDS_RETCODE_ERROR);
+    EXPECT_STREQ(QTV_VX_ADMIN_StateTypeSupport_get_type_name(), "QTV::VX::ADMIN::State");
+
+    TypedParticipant<QTV_VX_ADMIN_State> participant(kMisuseDomain, topicOfThisTest());
+    ASSERT_TRUE(participant.ready());
+    DDS_DomainParticipant *owner = participant.participant();
+    ASSERT_EQ(QTV_VX_LogMessageTypeSupport_register_type(owner, "my::Log"), DDS_RETCODE_OK);
+    DDS_Topic *topic = DDS_DomainParticipant_create_topic(owner, "my/log", "my::Log", nullptr, nullptr, 0);
+    ASSERT_NE(topic, nullptr);
+    DDS_DataWriter *writer = DDS_Publisher_create_datawriter(participant.publisher(), topic, nullptr, nullptr, 0);
+    EXPECT_NE(QTV_VX_LogMessageDataWriter_narrow(writer), nullptr);
+}
+
+TEST(TypedEndpointsMisuse, NarrowRefusesAnotherTypeWithAReport) {
+    TypedParticipant<QTV_VX_ADMIN_State> participant(kMisuseDomain, topicOfThisTest());
+    DDS_DataWriter *stateWriter = participant.untypedWriter();
+    DDS_DataReader *stateReader = participant.untypedReader();
+    ASSERT_NE(stateWriter, nullptr);
+    ASSERT_NE(stateReader, nullptr);
+    LogCapture log;
+    EXPECT_EQ(QTV_VX_LogMessageDataWriter_narrow(stateWriter), nullptr);
+    EXPECT_TRUE(log.contains("TDataWriter_narrow: bad parameter: wrong type writer")) << log.text();
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_narrow(stateReader), nullptr);
+    EXPECT_TRUE(log.contains("TDataReader_narrow: bad parameter: wrong type reader")) << log.text();
+    EXPECT_EQ(QTV_VX_LogMessageDataWriter_narrow(nullptr), nullptr);
+    EXPECT_TRUE(log.contains("TDataWriter_narrow: bad parameter: null writer")) << log.text();
+    EXPECT_EQ(QTV_VX_ADMIN_StateDataReader_as_datareader(nullptr), nullptr);
+    EXPECT_TRUE(log.contains("TDataReader_as_datareader: bad parameter: null reader")) << log.text();
+
+    QTV_VX_ADMIN_StateDataWriter *typed = QTV_VX_ADMIN_StateDataWriter_narrow(stateWriter);
+    EXPECT_EQ(QTV_VX_ADMIN_StateDataWriter_as_datawriter(typed), stateWriter);
+}
+
+TEST(TypedEndpointsMisuse, ReaderRefusesWhatItCannotDo) {
+    TypedParticipant<QTV_VX_ADMIN_State> participant(kMisuseDomain, topicOfThisTest());
+    QTV_VX_ADMIN_StateDataReader *reader = participant.reader();
+    ASSERT_NE(reader, nullptr);
+    QTV_VX_ADMIN_StateSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    LogCapture log;
+    EXPECT_EQ(QTV_VX_ADMIN_StateDataReader_take(reader, nullptr, &infos, 1, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                                DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_BAD_PARAMETER);
+    EXPECT_TRUE(log.contains("TDataReader_read_or_take: bad parameter: received_data")) << log.text();
+    EXPECT_EQ(QTV_VX_ADMIN_StateDataReader_return_loan(reader, nullptr, &infos), DDS_RETCODE_BAD_PARAMETER);
+    EXPECT_EQ(QTV_VX_ADMIN_StateDataReader_read_next_instance(reader, &samples, &infos, 1, DDS_HANDLE_NIL,
+                                                              DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                                                              DDS_ANY_INSTANCE_STATE),
+              DDS_RETCODE_UNSUPPORTED);
+    EXPECT_EQ(QTV_VX_ADMIN_StateDataReader_add_sample_to_remote_writer_queue(reader, nullptr, nullptr),
+              DDS_RETCODE_UNSUPPORTED);
+}
+
+}  // namespace

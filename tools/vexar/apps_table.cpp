@@ -1,0 +1,100 @@
+#include "apps_table.hpp"
+
+#include <algorithm>
+#include <vector>
+
+#include "line_format.hpp"
+#include "names.hpp"
+
+namespace vexar::cli {
+namespace {
+
+using Row = std::vector<std::string>;
+
+std::string stateText(const AppRecord &record) {
+    std::string text = nameOrNumber(kStateNames, record.state);
+    return record.gone ? text + " (gone)" : text;
+}
+
+Row headerRow() {
+    Row row{"HOST:APP", "KIND", "STATE", "LEVEL"};
+    for (std::int32_t category = 0; category < QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH; ++category) {
+        row.emplace_back(nameOf(kCategoryNames, category));
+    }
+    row.emplace_back("FORMAT");
+    return row;
+}
+
+Row recordRow(const AppRecord &record) {
+    std::string kind;
+    appendPrintable(kind, record.kind);
+    Row row{formatAppId(record.id), kind.empty() ? "-" : kind, stateText(record),
+            nameOrNumber(kLevelNames, record.filterLevel)};
+    for (std::int32_t verbosity : record.verbosities) row.push_back(nameOrNumber(kVerbosityNames, verbosity));
+    row.push_back(nameOrNumber(kPrintFormatNames, record.printFormat));
+    return row;
+}
+
+void appendRow(std::string &out, const Row &row, const std::vector<std::size_t> &widths) {
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        out += row[column];
+        if (column + 1 == row.size()) break;
+        out.append(widths[column] - row[column].size() + 2, ' ');
+    }
+    out += '\n';
+}
+
+}  // namespace
+
+AppRecord AppRecord::fromState(const QTV_VX_ADMIN_State &state) {
+    AppRecord record;
+    record.id = appIdOf(state.hostAndAppId);
+    record.kind = state.applicationKind != nullptr ? state.applicationKind : "";
+    record.domain = state.administrationDomainId;
+    record.state = state.state;
+    record.filterLevel = state.filterLevel;
+    record.verbosities.fill(-1);
+    for (const QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity &entry : state.qtvLoggerVerbosities) {
+        auto category = static_cast<std::size_t>(entry.category);
+        if (category < record.verbosities.size()) record.verbosities[category] = entry.verbosity;
+    }
+    record.printFormat = state.qtvLoggerPrintFormat;
+    return record;
+}
+
+std::string renderAppsTable(std::span<const AppRecord> records) {
+    std::vector<Row> rows{headerRow()};
+    for (const AppRecord &record : records) rows.push_back(recordRow(record));
+    std::vector<std::size_t> widths(rows.front().size(), 0);
+    for (const Row &row : rows) {
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            widths[column] = std::max(widths[column], row[column].size());
+        }
+    }
+    std::string out;
+    for (const Row &row : rows) appendRow(out, row, widths);
+    return out;
+}
+
+std::string renderAppJson(const AppRecord &record) {
+    std::string out = "{\"id\":\"" + formatAppId(record.id) + "\",\"host\":" + std::to_string(record.id.host) +
+                      ",\"app\":" + std::to_string(record.id.app) + ",\"kind\":";
+    appendJsonString(out, record.kind);
+    out += ",\"domain\":" + std::to_string(record.domain) + ",\"state\":";
+    appendJsonString(out, nameOrNumber(kStateNames, record.state));
+    out += ",\"gone\":";
+    out += record.gone ? "true" : "false";
+    out += ",\"filterLevel\":" + std::to_string(record.filterLevel) + ",\"verbosities\":{";
+    for (std::size_t category = 0; category < record.verbosities.size(); ++category) {
+        if (category > 0) out += ',';
+        appendJsonString(out, nameOf(kCategoryNames, static_cast<std::int32_t>(category)));
+        out += ':';
+        appendJsonString(out, nameOrNumber(kVerbosityNames, record.verbosities[category]));
+    }
+    out += "},\"printFormat\":";
+    appendJsonString(out, nameOrNumber(kPrintFormatNames, record.printFormat));
+    out += "}\n";
+    return out;
+}
+
+}  // namespace vexar::cli

@@ -1,0 +1,38 @@
+// What `vexar apps` knows of one logger, taken from its State sample, and
+// how it prints: an aligned table for people, one JSON object per logger
+// for machines.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "app_id.hpp"
+#include "type/vexar.h"
+
+namespace vexar::cli {
+
+struct AppRecord {
+    AppId id;
+    std::string kind;
+    std::int32_t domain = 0;
+    std::int32_t state = 0;
+    std::int32_t filterLevel = 0;
+    // The middleware logger's verbosity per category, PLATFORM .. API.
+    std::array<std::int32_t, QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH> verbosities{};
+    std::int32_t printFormat = 0;
+    bool gone = false;  // its State instance was disposed or lost its writer
+
+    static AppRecord fromState(const QTV_VX_ADMIN_State &state);
+    bool operator==(const AppRecord &) const = default;
+};
+
+// A header line and one line per record, columns aligned; a logger that
+// went away shows "(gone)" after its last state.
+std::string renderAppsTable(std::span<const AppRecord> records);
+
+// One line: {"id":"01100f3a:8b2c4d1e","host":..,"app":..,"kind":..,...}
+std::string renderAppJson(const AppRecord &record);
+
+}  // namespace vexar::cli

@@ -1,0 +1,134 @@
+#include "arguments.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "names.hpp"
+#include "usage_error.hpp"
+
+namespace vexar::cli {
+namespace {
+
+// The DDS domain ids that Cyclone accepts.
+constexpr std::int32_t kMaxDomainId = 230;
+
+const OptionDescription *findOption(const CommandDescription &command, std::string_view name) {
+    if (name == kDomainOption.name) return &kDomainOption;
+    for (const OptionDescription &option : command.options) {
+        if (option.name == name) return &option;
+    }
+    return nullptr;
+}
+
+bool isOptionWord(std::string_view word) {
+    if (word.size() < 2 || word[0] != '-') return false;
+    return !(word[1] >= '0' && word[1] <= '9');
+}
+
+std::string optionUsage(const OptionDescription &option) {
+    std::string usage = "--" + std::string(option.name);
+    if (!option.valueName.empty()) usage += " " + std::string(option.valueName);
+    return usage;
+}
+
+}  // namespace
+
+const OptionDescription kDomainOption{"domain", "N", "DDS domain id (default 0)"};
+const OptionDescription kHelpOption{"help", "", "show this help"};
+
+std::optional<std::string> ParsedArguments::value(std::string_view option) const {
+    auto found = values_.find(std::string(option));
+    if (found == values_.end()) return std::nullopt;
+    return found->second;
+}
+
+std::int32_t ParsedArguments::integer(std::string_view option, std::int32_t fallback, std::int32_t min,
+                                      std::int32_t max) const {
+    std::optional<std::string> text = value(option);
+    if (!text) return fallback;
+    std::optional<std::int32_t> number = parseInt32(*text);
+    if (!number || *number < min || *number > max) {
+        throw UsageError("bad --" + std::string(option) + " '" + *text + "' (expected a whole number from " +
+                         std::to_string(min) + " to " + std::to_string(max) + ")");
+    }
+    return *number;
+}
+
+double ParsedArguments::seconds(std::string_view option, double fallback) const {
+    std::optional<std::string> text = value(option);
+    if (!text) return fallback;
+    char *end = nullptr;
+    double number = std::strtod(text->c_str(), &end);
+    if (text->empty() || *end != '\0' || !std::isfinite(number) || number < 0) {
+        throw UsageError("bad --" + std::string(option) + " '" + *text + "' (expected seconds, such as 5 or 0.5)");
+    }
+    return number;
+}
+
+std::int32_t ParsedArguments::domain() const { return integer(kDomainOption.name, 0, 0, kMaxDomainId); }
+
+ParsedArguments parseArguments(const CommandDescription &command, std::span<const std::string_view> arguments) {
+    ParsedArguments parsed;
+    bool optionsEnded = false;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string_view word = arguments[i];
+        if (optionsEnded || !isOptionWord(word)) {
+            parsed.operands.emplace_back(word);
+            continue;
+        }
+        if (word == "--") {
+            optionsEnded = true;
+            continue;
+        }
+        if (word == "--help" || word == "-h") {
+            parsed.helpRequested = true;
+            return parsed;
+        }
+        std::string_view name = word.substr(word.starts_with("--") ? 2 : 1);
+        std::optional<std::string> inlineValue;
+        if (std::size_t equals = name.find('='); equals != std::string_view::npos) {
+            inlineValue = std::string(name.substr(equals + 1));
+            name = name.substr(0, equals);
+        }
+        const OptionDescription *option = word.starts_with("--") ? findOption(command, name) : nullptr;
+        if (option == nullptr) throw UsageError("unknown option '" + std::string(word) + "'");
+        if (option->valueName.empty()) {
+            if (inlineValue) throw UsageError("option --" + std::string(name) + " takes no value");
+            parsed.set(name, "");
+        } else if (inlineValue) {
+            parsed.set(name, *inlineValue);
+        } else if (i + 1 < arguments.size()) {
+            parsed.set(name, std::string(arguments[++i]));
+        } else {
+            throw UsageError("option --" + std::string(name) + " needs a value (" + std::string(option->valueName) +
+                             ")");
+        }
+    }
+    if (parsed.operands.size() < command.minOperands) {
+        throw UsageError("missing operand: expected " + std::string(command.operands));
+    }
+    if (parsed.operands.size() > command.maxOperands) {
+        throw UsageError("unexpected operand '" + parsed.operands[command.maxOperands] + "'");
+    }
+    return parsed;
+}
+
+std::string helpText(const CommandDescription &command) {
+    std::string text = "usage: vexar " + std::string(command.name) + " [options]";
+    if (!command.operands.empty()) text += " " + std::string(command.operands);
+    text += "\n\n" + std::string(command.summary) + "\n";
+    if (!command.details.empty()) text += "\n" + std::string(command.details) + "\n";
+    text += "\noptions:\n";
+    auto addOption = [&](const OptionDescription &option) {
+        std::string usage = optionUsage(option);
+        usage.resize(std::max<std::size_t>(usage.size() + 2, 22), ' ');
+        text += "  " + usage + std::string(option.help) + "\n";
+    };
+    for (const OptionDescription &option : command.options) addOption(option);
+    addOption(kDomainOption);
+    addOption(kHelpOption);
+    return text;
+}
+
+}  // namespace vexar::cli

@@ -1,0 +1,178 @@
+#include "dds_session.hpp"
+
+#include <csignal>
+#include <cstdio>
+
+#include "platform/logger.h"
+
+namespace vexar::cli {
+namespace {
+
+volatile std::sig_atomic_t gStopRequested = 0;
+
+void requestStop(int) { gStopRequested = 1; }
+
+void writeToStderr(OBLX_Config_LoggerDevice *, const OBLX_Config_LogMessage *message) {
+    std::fputs(message->text, stderr);
+}
+
+OBLX_Config_LoggerDevice gStderrDevice{nullptr, writeToStderr, nullptr};
+
+void notifySignal(void *signal, DDS_DataReader *) { static_cast<DataSignal *>(signal)->notify(); }
+
+template <class Qos>
+Qos endpointQos(Qos qos, DDS_DurabilityQosPolicyKind durability, DDS_HistoryQosPolicyKind history,
+                DDS_Long depth) {
+    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+    qos.durability.kind = durability;
+    qos.history = {history, depth};
+    return qos;
+}
+
+}  // namespace
+
+DiagnosticsToStderr::DiagnosticsToStderr() {
+    OBLX_Config_Logger_set_output_device(OBLX_Config_Logger_get_instance(), &gStderrDevice);
+}
+
+DiagnosticsToStderr::~DiagnosticsToStderr() {
+    OBLX_Config_Logger_set_output_device(OBLX_Config_Logger_get_instance(), nullptr);
+}
+
+Clock::time_point deadlineAfter(double seconds) {
+    if (seconds <= 0) return Clock::time_point::max();
+    return Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
+void installStopHandlers() {
+    struct sigaction action {};
+    action.sa_handler = requestStop;
+    sigemptyset(&action.sa_mask);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+bool stopRequested() { return gStopRequested != 0; }
+
+void DataSignal::waitUntil(Clock::time_point deadline) {
+    deadline = std::min(deadline, Clock::now() + std::chrono::milliseconds(100));
+    std::unique_lock lock(mutex_);
+    changed_.wait_until(lock, deadline, [this] { return pending_; });
+    pending_ = false;
+}
+
+void DataSignal::notify() {
+    {
+        std::lock_guard lock(mutex_);
+        pending_ = true;
+    }
+    changed_.notify_one();
+}
+
+DDS_DataReaderListener DataSignal::listener() { return {this, notifySignal, nullptr}; }
+
+DDS_DataReaderQos logReaderQos() {
+    return endpointQos<DDS_DataReaderQos>(DDS_DataReaderQos_INITIALIZER, DDS_TRANSIENT_LOCAL_DURABILITY_QOS,
+                                          DDS_KEEP_ALL_HISTORY_QOS, 1);
+}
+
+DDS_DataReaderQos stateReaderQos() {
+    return endpointQos<DDS_DataReaderQos>(DDS_DataReaderQos_INITIALIZER, DDS_TRANSIENT_LOCAL_DURABILITY_QOS,
+                                          DDS_KEEP_LAST_HISTORY_QOS, 1);
+}
+
+DDS_DataReaderQos responseReaderQos() {
+    return endpointQos<DDS_DataReaderQos>(DDS_DataReaderQos_INITIALIZER, DDS_VOLATILE_DURABILITY_QOS,
+                                          DDS_KEEP_ALL_HISTORY_QOS, 1);
+}
+
+DDS_DataWriterQos requestWriterQos() {
+    return endpointQos<DDS_DataWriterQos>(DDS_DataWriterQos_INITIALIZER, DDS_VOLATILE_DURABILITY_QOS,
+                                          DDS_KEEP_ALL_HISTORY_QOS, 1);
+}
+
+Session::Session(std::int32_t domain) : domain_(domain) {
+    participant_ = DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory_get_instance(),
+                                                                   domain, nullptr, nullptr, 0);
+    if (participant_ == nullptr) throw DdsFailure("cannot join DDS domain " + std::to_string(domain));
+    subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
+    publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);
+    if (subscriber_ == nullptr || publisher_ == nullptr) {
+        close();
+        throw DdsFailure("cannot create a subscriber and a publisher");
+    }
+}
+
+Session::~Session() { close(); }
+
+void Session::close() {
+    if (participant_ == nullptr) return;
+    DDS_DomainParticipant_delete_contained_entities(participant_);
+    DDS_DomainParticipantFactory_delete_participant(DDS_DomainParticipantFactory_get_instance(), participant_);
+    participant_ = nullptr;
+}
+
+AppId Session::id() const {
+    DDS_DomainParticipantQos qos = DDS_DomainParticipantQos_INITIALIZER;
+    DDS_DomainParticipant_get_qos(participant_, &qos);
+    AppId id{qos.wire_protocol.rtps_host_id, qos.wire_protocol.rtps_app_id};
+    DDS_DomainParticipantQos_finalize(&qos);
+    return id;
+}
+
+DDS_Topic *Session::topic(const char *name, const char *typeName, RegisterType registerType) {
+    if (DDS_TopicDescription *found = DDS_DomainParticipant_lookup_topicdescription(participant_, name)) {
+        if (DDS_Topic *topic = DDS_Topic_narrow(found)) return topic;
+    }
+    if (registerType(participant_, typeName) != DDS_RETCODE_OK) {
+        throw DdsFailure(std::string("cannot register the type ") + typeName);
+    }
+    DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant_, name, typeName, nullptr, nullptr, 0);
+    if (topic == nullptr) throw DdsFailure(std::string("cannot create the topic ") + name);
+    return topic;
+}
+
+DDS_DataReader *Session::createReader(DDS_Topic *topic, const DDS_DataReaderQos &qos, DataSignal &signal) {
+    DDS_DataReaderListener listener = signal.listener();
+    return DDS_Subscriber_create_datareader(subscriber_, DDS_Topic_as_topicdescription(topic), &qos, &listener,
+                                            DDS_DATA_AVAILABLE_STATUS);
+}
+
+DDS_DataWriter *Session::createWriter(DDS_Topic *topic, const DDS_DataWriterQos &qos) {
+    return DDS_Publisher_create_datawriter(publisher_, topic, &qos, nullptr, 0);
+}
+
+bool AppDirectory::update(Reader<QTV_VX_ADMIN_State> &states) {
+    bool changed = false;
+    states.takeAll([&](const std::vector<Received<QTV_VX_ADMIN_State>> &received) {
+        for (const auto &[state, info] : received) {
+            bool gone = info->instance_state != DDS_ALIVE_INSTANCE_STATE;
+            if (info->valid_data) {
+                AppRecord record = AppRecord::fromState(*state);
+                record.gone = gone;
+                records_[record.id] = std::move(record);
+                changed = true;
+            } else if (auto known = records_.find(appIdOf(state->hostAndAppId)); known != records_.end() && gone) {
+                changed = changed || !known->second.gone;
+                known->second.gone = true;
+            }
+        }
+    });
+    return changed;
+}
+
+const AppRecord *AppDirectory::find(AppId id) const {
+    auto found = records_.find(id);
+    return found == records_.end() ? nullptr : &found->second;
+}
+
+std::string_view AppDirectory::kindOf(AppId id) const {
+    const AppRecord *record = find(id);
+    return record == nullptr ? std::string_view() : std::string_view(record->kind);
+}
+
+DomainWatch::DomainWatch(std::int32_t domain) : session(domain), states(session, stateReaderQos(), signal) {
+    installStopHandlers();
+}
+
+}  // namespace vexar::cli

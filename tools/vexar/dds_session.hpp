@@ -1,0 +1,266 @@
+// The tool's side of a DDS domain, on the library's public API: one
+// participant with the logger's topics, typed readers and writers whose QoS
+// match the logger's endpoints, and a signal that wakes a command's loop
+// when data arrives or the user interrupts.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <cstdint>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "app_id.hpp"
+#include "apps_table.hpp"
+#include "platform/data_reader.h"
+#include "platform/data_writer.h"
+#include "platform/domain_participant.h"
+#include "platform/domain_participant_factory.h"
+#include "platform/publisher.h"
+#include "platform/subscriber.h"
+#include "platform/topic.h"
+#include "type/vexarSupport.h"
+#include "vexar/DDSEntities.h"
+
+namespace vexar::cli {
+
+using Clock = std::chrono::steady_clock;
+
+// A DDS operation failed: the program reports it and exits with 1.
+struct DdsFailure : std::runtime_error {
+    explicit DdsFailure(const std::string &what) : std::runtime_error(what) {}
+};
+
+// Sends the middleware's diagnostic lines to standard error while it
+// lives, so they never mix with the tool's output.
+class DiagnosticsToStderr {
+public:
+    DiagnosticsToStderr();
+    ~DiagnosticsToStderr();
+    DiagnosticsToStderr(const DiagnosticsToStderr &) = delete;
+    DiagnosticsToStderr &operator=(const DiagnosticsToStderr &) = delete;
+};
+
+// `seconds` from now; never for 0 (the commands' "no time limit").
+Clock::time_point deadlineAfter(double seconds);
+
+// SIGINT and SIGTERM ask the running command to stop; the command sees it
+// at its next wake-up.
+void installStopHandlers();
+bool stopRequested();
+
+// Wakes a command's loop: readers notify it from Cyclone's listener thread.
+class DataSignal {
+public:
+    // Returns when notified, at the deadline, or within a tenth of a second
+    // (so a stop request is seen); clears the notification.
+    void waitUntil(Clock::time_point deadline);
+    void notify();
+    DDS_DataReaderListener listener();
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool pending_ = false;
+};
+
+// The C functions of one topic type, so that readers and writers are
+// written once for all four.
+template <class Sample>
+struct TopicType;
+
+#define VEXAR_CLI_TOPIC_TYPE(Sample, topic, registeredName)                                        \
+    template <>                                                                                    \
+    struct TopicType<Sample> {                                                                     \
+        using Seq = Sample##Seq;                                                                   \
+        using DataReader = Sample##DataReader;                                                     \
+        using DataWriter = Sample##DataWriter;                                                     \
+        static constexpr const char *topicName = topic;                                            \
+        static constexpr const char *registeredTypeName = registeredName;                          \
+        static constexpr auto registerType = Sample##TypeSupport_register_type;                    \
+        static constexpr auto initialize = Sample##_initialize;                                    \
+        static constexpr auto finalize = Sample##_finalize;                                        \
+        static constexpr auto narrowReader = Sample##DataReader_narrow;                            \
+        static constexpr auto take = Sample##DataReader_take;                                      \
+        static constexpr auto returnLoan = Sample##DataReader_return_loan;                         \
+        static constexpr auto length = Sample##Seq_get_length;                                     \
+        static constexpr auto element = Sample##Seq_get_reference;                                 \
+        static constexpr auto narrowWriter = Sample##DataWriter_narrow;                            \
+        static constexpr auto asDataWriter = Sample##DataWriter_as_datawriter;                     \
+        static constexpr auto write = Sample##DataWriter_write;                                    \
+    }
+
+VEXAR_CLI_TOPIC_TYPE(QTV_VX_LogMessage, QTV_VX_LOG_TOPIC_NAME, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME);
+VEXAR_CLI_TOPIC_TYPE(QTV_VX_ADMIN_State, QTV_VX_STATE_TOPIC_NAME, QTV_VX_STATE_REGISTERED_TYPE_NAME);
+VEXAR_CLI_TOPIC_TYPE(QTV_VX_ADMIN_CommandRequest, QTV_VX_COMMAND_REQUEST_TOPIC_NAME,
+                     QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME);
+VEXAR_CLI_TOPIC_TYPE(QTV_VX_ADMIN_CommandResponse, QTV_VX_COMMAND_RESPONSE_TOPIC_NAME,
+                     QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME);
+
+#undef VEXAR_CLI_TOPIC_TYPE
+
+// A sample initialized for its whole life and finalized at the end.
+template <class Sample>
+class OwnedSample {
+public:
+    OwnedSample() {
+        if (!TopicType<Sample>::initialize(&value)) throw DdsFailure("cannot initialize a sample");
+    }
+    ~OwnedSample() { TopicType<Sample>::finalize(&value); }
+    OwnedSample(const OwnedSample &) = delete;
+    OwnedSample &operator=(const OwnedSample &) = delete;
+
+    Sample value{};
+};
+
+// QoS of the tool's endpoints, matching the logger's: logs and States are
+// reliable and transient-local (a late tool still gets each logger's
+// recent history); requests and responses are reliable. The log reader
+// keeps every sample until taken, since each level of each application is
+// one instance and a short history would drop messages in a burst.
+DDS_DataReaderQos logReaderQos();
+DDS_DataReaderQos stateReaderQos();
+DDS_DataReaderQos responseReaderQos();
+DDS_DataWriterQos requestWriterQos();
+
+// One participant in a domain, with a subscriber and a publisher. Deleting
+// it deletes every reader and writer made on it.
+class Session {
+public:
+    explicit Session(std::int32_t domain);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    std::int32_t domain() const { return domain_; }
+    // The participant's own HOST:APP, the originator of its requests.
+    AppId id() const;
+
+    template <class Sample>
+    DDS_Topic *topic() {
+        using Type = TopicType<Sample>;
+        return topic(Type::topicName, Type::registeredTypeName, Type::registerType);
+    }
+
+    DDS_DataReader *createReader(DDS_Topic *topic, const DDS_DataReaderQos &qos, DataSignal &signal);
+    DDS_DataWriter *createWriter(DDS_Topic *topic, const DDS_DataWriterQos &qos);
+
+private:
+    using RegisterType = DDS_ReturnCode_t (*)(DDS_DomainParticipant *, const char *);
+    void close();
+    DDS_Topic *topic(const char *name, const char *typeName, RegisterType registerType);
+
+    std::int32_t domain_;
+    DDS_DomainParticipant *participant_ = nullptr;
+    DDS_Subscriber *subscriber_ = nullptr;
+    DDS_Publisher *publisher_ = nullptr;
+};
+
+// One sample that a take lent, with its info.
+template <class Sample>
+struct Received {
+    const Sample *sample;
+    const DDS_SampleInfo *info;
+};
+
+template <class Sample>
+class Reader {
+public:
+    using Type = TopicType<Sample>;
+
+    Reader(Session &session, const DDS_DataReaderQos &qos, DataSignal &signal)
+        : reader_(Type::narrowReader(session.createReader(session.topic<Sample>(), qos, signal))) {
+        if (reader_ == nullptr) throw DdsFailure(std::string("cannot read ") + Type::topicName);
+    }
+
+    // Takes everything the reader holds, on loan, and hands it to `use` as a
+    // std::vector<Received<Sample>> in the order the reader gave it; the loan
+    // is returned afterwards. Nothing happens when there is no data.
+    template <class Use>
+    void takeAll(Use &&use) {
+        typename Type::Seq samples = DDS_SEQUENCE_INITIALIZER;
+        DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+        DDS_ReturnCode_t result = Type::take(reader_, &samples, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE,
+                                             DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
+        if (result == DDS_RETCODE_NO_DATA) return;
+        if (result != DDS_RETCODE_OK) throw DdsFailure(std::string("cannot take from ") + Type::topicName);
+        LoanReturn giveBack{reader_, &samples, &infos};
+        std::vector<Received<Sample>> received;
+        DDS_Long count = Type::length(&samples);
+        received.reserve(static_cast<std::size_t>(count));
+        for (DDS_Long i = 0; i < count; ++i) {
+            received.push_back({Type::element(&samples, i), DDS_SampleInfoSeq_get_reference(&infos, i)});
+        }
+        use(received);
+    }
+
+private:
+    struct LoanReturn {
+        typename Type::DataReader *reader;
+        typename Type::Seq *samples;
+        DDS_SampleInfoSeq *infos;
+        ~LoanReturn() { Type::returnLoan(reader, samples, infos); }
+    };
+
+    typename Type::DataReader *reader_;
+};
+
+template <class Sample>
+class Writer {
+public:
+    using Type = TopicType<Sample>;
+
+    Writer(Session &session, const DDS_DataWriterQos &qos)
+        : writer_(Type::narrowWriter(session.createWriter(session.topic<Sample>(), qos))) {
+        if (writer_ == nullptr) throw DdsFailure(std::string("cannot write ") + Type::topicName);
+    }
+
+    bool write(const Sample &sample) { return Type::write(writer_, &sample, DDS_HANDLE_NIL) == DDS_RETCODE_OK; }
+
+    // How many readers the writer is matched with now.
+    int matchedReaders() {
+        DDS_PublicationMatchedStatus status = DDS_PublicationMatchedStatus_INITIALIZER;
+        DDS_DataWriter_get_publication_matched_status(Type::asDataWriter(writer_), &status);
+        return status.current_count;
+    }
+
+private:
+    typename Type::DataWriter *writer_;
+};
+
+// The logger States seen so far, by application. A State instance that is
+// disposed or loses its writer marks its logger gone; a new State revives it.
+class AppDirectory {
+public:
+    // Takes what the State reader holds; true when anything changed.
+    bool update(Reader<QTV_VX_ADMIN_State> &states);
+    const std::map<AppId, AppRecord> &records() const { return records_; }
+    // The application's kind, empty while no State named it.
+    std::string_view kindOf(AppId id) const;
+    // Null when no State named it.
+    const AppRecord *find(AppId id) const;
+
+private:
+    std::map<AppId, AppRecord> records_;
+};
+
+// What every command that watches a domain starts with: the middleware's
+// diagnostics on standard error, SIGINT and SIGTERM as stop requests, a
+// participant, the signal that wakes the command, and the loggers' States.
+struct DomainWatch {
+    explicit DomainWatch(std::int32_t domain);
+
+    DiagnosticsToStderr diagnostics;
+    Session session;
+    DataSignal signal;
+    Reader<QTV_VX_ADMIN_State> states;
+    AppDirectory apps;
+
+    // Takes the States that arrived; true when anything changed.
+    bool updateApps() { return apps.update(states); }
+};
+
+}  // namespace vexar::cli

@@ -1,0 +1,64 @@
+// How `vexar tail` prints one log message: a plain line with fixed-width
+// columns, the same with the level coloured for a terminal, or one JSON
+// object for machines.
+//
+//   2026-11-21 18:30:05.123  01100f3a:8b2c4d1e demo          INFO     net         text
+//
+// Columns: source time (local, milliseconds), HOST:APP, application kind
+// (blank until a State names it; cut at 12 characters with '~'), level
+// name (or its number), category (blank when empty; a longer one pushes the
+// text right), text. Control characters of remote texts are escaped so
+// that a message can neither break the line nor drive the terminal.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "app_id.hpp"
+
+namespace vexar::cli {
+
+struct LogLine {
+    std::int64_t seconds = 0;       // source time since the epoch
+    std::uint32_t nanoseconds = 0;
+    AppId app;
+    std::string_view kind;  // empty while unknown
+    std::int32_t level = 0;
+    std::string_view category;
+    std::string_view message;
+};
+
+enum class LineStyle { Plain, Colour, Json };
+
+// The escape sequence that starts the colour of `level`, and the reset.
+std::string_view levelColour(std::int32_t level);
+inline constexpr std::string_view kColourReset = "\x1b[0m";
+
+// Appends `text` as a JSON string (with quotes): escapes quotes, backslashes
+// and control characters, and replaces bytes that are not UTF-8 with U+FFFD.
+void appendJsonString(std::string &out, std::string_view text);
+
+// Appends `text` for a terminal line: trailing line ends are dropped, other
+// control characters become \n, \r, \t or \xHH.
+void appendPrintable(std::string &out, std::string_view text);
+
+class LineFormatter {
+public:
+    explicit LineFormatter(LineStyle style) : style_(style) {}
+
+    // Appends the line, newline included.
+    void append(std::string &out, const LogLine &line);
+
+private:
+    void appendText(std::string &out, const LogLine &line);
+    void appendJson(std::string &out, const LogLine &line);
+    void appendLocalTime(std::string &out, std::int64_t seconds, std::uint32_t nanoseconds);
+
+    LineStyle style_;
+    // localtime_r is costly at tail's rates: the text of the last second is kept.
+    std::int64_t cachedSecond_ = -1;
+    std::string cachedSecondText_;
+};
+
+}  // namespace vexar::cli

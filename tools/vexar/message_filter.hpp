@@ -1,0 +1,41 @@
+// Which log messages `vexar tail` shows: --level, --app, --category and
+// --grep, all of which must hold.
+#pragma once
+
+#include <regex.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "app_id.hpp"
+#include "line_format.hpp"
+
+namespace vexar::cli {
+
+// A POSIX extended regular expression, searched for anywhere in a text.
+class Regex {
+public:
+    // Throws UsageError naming the expression and what is wrong with it.
+    explicit Regex(const std::string &pattern);
+    bool search(std::string_view text) const;
+
+private:
+    struct Free {
+        void operator()(regex_t *compiled) const;
+    };
+    std::unique_ptr<regex_t, Free> compiled_;
+};
+
+struct MessageFilter {
+    std::optional<std::int32_t> mostVerboseLevel;  // show this level and more severe ones
+    std::optional<AppSelector> app;
+    std::optional<std::string> categoryPattern;   // exact text or a shell glob
+    std::optional<Regex> textPattern;             // searched in the message text
+
+    bool matches(const LogLine &line) const;
+};
+
+}  // namespace vexar::cli

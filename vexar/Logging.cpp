@@ -1,0 +1,166 @@
+#include <cstdint>
+
+#include "platform/global_lock.h"
+#include "platform/thread.h"
+#include "vexar/Vexar.h"
+#include "vexar/admin_state.hpp"
+#include "vexar/logger_core.hpp"
+#include "vexar/report_line.hpp"
+
+namespace {
+
+constexpr const char *kParamsSource = "QTV_VX_Vexar_logMessageWithParams";
+
+// Messages raised on the write thread itself would feed its own queue.
+bool raisedOnWriteThread(const QTV_VX_Vexar &self, DDS_UnsignedLong caller) noexcept {
+    DDS_UnsignedLong writer = vexar::writeThreadId(self.logMessageWriteThread);
+    return writer != 0 && writer == caller;
+}
+
+// The echo precedes the state and level tests on purpose: with echo on,
+// every message is printed whatever the filter level.
+void echo(const QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
+    if (self.options->echoToStdout == 1 && params.message[0] != '\0') {
+        QTV_VX_Vexar_printMessage(params.message, "", params.log_level);
+    }
+}
+
+bool passesFilter(QTV_VX_Vexar &self, DDS_Long level) noexcept {
+    return vexar::stateKind(self) == QTV_VX_STATE_OPERATIONAL &&
+           level <= vexar::shared(self.filterLevel).load();
+}
+
+// The queue copies the texts, so the caller's may be borrowed here.
+void enqueue(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
+    QTV_VX_LogMessagePlusTime item{};
+    item.message.hostAndAppId.rtps_host_id = QTV_VX_DDSEntities_getRtpsHostId(self._ddsEntities);
+    item.message.hostAndAppId.rtps_app_id = QTV_VX_DDSEntities_getRtpsAppId(self._ddsEntities);
+    item.message.level = params.log_level;
+    item.message.category = const_cast<char *>(params.category);
+    item.message.message = const_cast<char *>(params.message);
+    item.writeTime = params.timestamp;
+    QTV_VX_MessageQueue_push(self.q, &item);
+}
+
+bool isSingleton(const QTV_VX_Vexar *self) noexcept {
+    return self != nullptr && self == vexar::shared(QTV_VX_Vexar_instance).load();
+}
+
+bool takeGlobalLock() noexcept {
+    if (OBLX_GlobalLock_take()) return true;
+    vexar::reportError("Unable to lock: It is not safe to log message", kParamsSource);
+    return false;
+}
+
+void releaseGlobalLock() noexcept {
+    if (!OBLX_GlobalLock_give()) vexar::reportError("Unable to unlock when logging message.", kParamsSource);
+}
+
+void logLevelCall(QTV_VX_Vexar *self, DDS_Long level, const char *message) noexcept {
+    QTV_VX_Vexar_logMessageWithLevelCategory(self, level, message, "");
+}
+
+}  // namespace
+
+namespace vexar {
+
+DDS_Time_t ddsTimeFromClockTime(const OBLX_Time_t &clockTime) noexcept {
+    constexpr std::uint64_t kDivisor = 2305843009u;  // 2^61 / 10^9, truncated
+    constexpr DDS_UnsignedLong kNanosPerSecond = 1000000000u;
+    constexpr DDS_Long kMaxSeconds = 2147483647;
+    std::uint64_t fraction = clockTime.frac;
+    auto nanoseconds = static_cast<DDS_UnsignedLong>((fraction << 29) / kDivisor);
+    if (fraction != 0 && fraction != kDivisor) nanoseconds += 1;
+    DDS_Time_t time{clockTime.sec, nanoseconds};
+    if (time.nanosec > kNanosPerSecond - 1 && time.sec != kMaxSeconds) {
+        time.nanosec -= kNanosPerSecond;
+        time.sec += 1;
+    }
+    return time;
+}
+
+bool validParams(const QTV_VX_Vexar_MessageParams *params) noexcept {
+    const char *problem = nullptr;
+    if (params == nullptr) {
+        problem = "Message params is NULL";
+    } else if (params->message == nullptr) {
+        problem = "Message to be logged is NULL";
+    } else if (params->category == nullptr) {
+        problem = "Message category is NULL";
+    } else if (params->timestamp.sec < 0) {
+        problem = "Invalid message timestamp";
+    }
+    if (problem != nullptr) reportError(problem, kParamsSource);
+    return problem == nullptr;
+}
+
+void runLoggingSteps(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
+    DDS_UnsignedLong caller = OBLX_Thread_currentId();
+    if (caller == 0) {
+        reportWarning("Unable to get current thread Id, message missed", kParamsSource);
+        return;
+    }
+    if (raisedOnWriteThread(self, caller)) return;
+    echo(self, params);
+    if (passesFilter(self, params.log_level)) enqueue(self, params);
+}
+
+void logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, const char *category) noexcept {
+    OBLX_Time_t now{};
+    if (!OBLX_Clock_getTime(self.clock, &now)) {
+        reportError("Unable to get current Time from internal clock", "QTV_VX_Vexar_logMessageWithLevelCategory");
+        return;
+    }
+    QTV_VX_Vexar_MessageParams params{level, message, category, ddsTimeFromClockTime(now)};
+    if (validParams(&params)) runLoggingSteps(self, params);
+}
+
+bool publishFilterLevel(QTV_VX_Vexar &self, DDS_Long level) noexcept {
+    auto stateLock = lockState();
+    self.state->filterLevel = level;
+    return QTV_VX_Vexar_writeState(&self) == 1;
+}
+
+}  // namespace vexar
+
+extern "C" {
+
+#define QTV_VX_DEFINE_LEVEL_CALL(name, level) \
+    void QTV_VX_Vexar_##name(QTV_VX_Vexar *self, const char *message) { logLevelCall(self, level, message); }
+
+QTV_VX_DEFINE_LEVEL_CALL(fatal, QTV_VX_LOG_LEVEL_FATAL)
+QTV_VX_DEFINE_LEVEL_CALL(severe, QTV_VX_LOG_LEVEL_SEVERE)
+QTV_VX_DEFINE_LEVEL_CALL(error, QTV_VX_LOG_LEVEL_ERROR)
+QTV_VX_DEFINE_LEVEL_CALL(warning, QTV_VX_LOG_LEVEL_WARNING)
+QTV_VX_DEFINE_LEVEL_CALL(notice, QTV_VX_LOG_LEVEL_NOTICE)
+QTV_VX_DEFINE_LEVEL_CALL(info, QTV_VX_LOG_LEVEL_INFO)
+QTV_VX_DEFINE_LEVEL_CALL(debug, QTV_VX_LOG_LEVEL_DEBUG)
+QTV_VX_DEFINE_LEVEL_CALL(trace, QTV_VX_LOG_LEVEL_TRACE)
+
+void QTV_VX_Vexar_log(QTV_VX_Vexar *self, DDS_Long level, const char *message) { logLevelCall(self, level, message); }
+
+// The lock comes before the clock: a logger that is no longer the singleton
+// (its clock already gone) must not be touched.
+void QTV_VX_Vexar_logMessageWithLevelCategory(QTV_VX_Vexar *self, DDS_Long level, const char *message,
+                                              const char *category) {
+    if (!takeGlobalLock()) return;
+    if (isSingleton(self)) vexar::logNow(*self, level, message, category);
+    releaseGlobalLock();
+}
+
+void QTV_VX_Vexar_logMessageWithParams(QTV_VX_Vexar *self, const QTV_VX_Vexar_MessageParams *params) {
+    if (!takeGlobalLock()) return;
+    if (vexar::validParams(params) && isSingleton(self)) vexar::runLoggingSteps(*self, *params);
+    releaseGlobalLock();
+}
+
+DDS_Long QTV_VX_Vexar_setFilterLevel(QTV_VX_Vexar *self, DDS_Long level) {
+    if (level < 0) return 1;
+    if (vexar::shared(self->filterLevel).exchange(level) == level) return 0;
+    if (!vexar::publishFilterLevel(*self, level)) {
+        vexar::reportWarning("Unable to write State", "QTV_VX_Vexar_setFilterLevel");
+    }
+    return 0;
+}
+
+}  // extern "C"

@@ -1,0 +1,77 @@
+// What the logger's own files share: the logging steps that the API and the
+// middleware device both run, the clock conversion, the device gate and the
+// atomic views of the flags that cross threads without a lock.
+#pragma once
+
+#include <atomic>
+
+#include "platform/clock.h"
+#include "vexar/Vexar.h"
+
+namespace vexar {
+
+// Plain C fields read and written from several threads.
+template <typename T>
+std::atomic_ref<T> shared(volatile T &field) noexcept {
+    return std::atomic_ref<T>(const_cast<T &>(field));
+}
+template <typename T>
+std::atomic_ref<T> shared(T &field) noexcept {
+    return std::atomic_ref<T>(field);
+}
+
+inline bool isInitialized() noexcept { return shared(gQTV_VX_Vexar_initialized).load() != 0; }
+
+inline QTV_VX_ADMIN_StateKind stateKind(const QTV_VX_Vexar &logger) noexcept {
+    return shared(logger.state->state).load();
+}
+inline void setStateKind(QTV_VX_Vexar &logger, QTV_VX_ADMIN_StateKind kind) noexcept {
+    shared(logger.state->state).store(kind);
+}
+
+// The clock's seconds and 2^-32 fraction as seconds and nanoseconds. The
+// nanoseconds are rounded up except for the two fractions that convert
+// exactly; a sum of 10^9 carries into the seconds unless they are at their
+// maximum.
+DDS_Time_t ddsTimeFromClockTime(const OBLX_Time_t &clockTime) noexcept;
+
+// The logging steps, run under whatever guard keeps `self` alive (the
+// global lock, or the device gate). logNow reads the clock, validates and
+// runs the rest: the write-thread drop, echo, filter and queue.
+bool validParams(const QTV_VX_Vexar_MessageParams *params) noexcept;
+void runLoggingSteps(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept;
+void logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, const char *category) noexcept;
+
+// Each changes the State sample under the State mutex and writes it;
+// false when the write failed. The verbosities and the print format are
+// read back from the middleware logger.
+bool publishFilterLevel(QTV_VX_Vexar &self, DDS_Long level) noexcept;
+bool publishVerbosities(QTV_VX_Vexar &self) noexcept;
+bool publishPrintFormat(QTV_VX_Vexar &self) noexcept;
+
+// The middleware logger; null after the line "Unable to get QTV Logger"
+// under `source`.
+OBLX_Config_Logger *middlewareLogger(const char *source) noexcept;
+
+// The device gate. Captured middleware lines reach the logger only while it
+// is attached; detaching waits for every capture in flight, so the logger
+// may be freed afterwards.
+void attachLoggerDevice(QTV_VX_Vexar &logger) noexcept;
+void detachLoggerDevice() noexcept;
+
+// Stops the write thread's loop at its next turn; accepts null.
+void stopWriteThread(LogMessageWriteThread *thread) noexcept;
+// The write thread's id while it runs, else 0; accepts null.
+DDS_UnsignedLong writeThreadId(const LogMessageWriteThread *thread) noexcept;
+// True on a write thread: lets the device drop its lines before any lock.
+bool onWriteThread() noexcept;
+
+// How the write thread publishes one message: the typed LogMessage writer's
+// write with the message's time stamp. Replaceable so that tests can make
+// the outcomes (time-outs, errors) that a real writer rarely gives; returns
+// the one replaced.
+using LogMessagePublisher = DDS_ReturnCode_t (*)(struct QTV_VX_LogMessageDataWriter *writer,
+                                                 const QTV_VX_LogMessagePlusTime &item);
+LogMessagePublisher replaceLogMessagePublisher(LogMessagePublisher publisher) noexcept;
+
+}  // namespace vexar
