@@ -2,8 +2,9 @@
 //
 // A serdata holds the sample's wire bytes (encapsulation header included,
 // padded with zeros to a multiple of 4) and its canonical key: the key form
-// serialized big-endian without header, with its key hash. Equal keys have
-// equal key bytes, so eqkey compares them and hash is their murmur3.
+// serialized big-endian without header (the key hash is derived from it on
+// demand). Equal keys have equal key bytes, so eqkey compares them and hash
+// is their murmur3.
 // Unkeyed types have empty key bytes: all their samples are one instance.
 // The plugin's functions are called without endpoint data, so one sertype
 // serves every endpoint and every thread at once.
