@@ -156,6 +156,9 @@ void QTV_VX_Vexar_logMessageWithParams(QTV_VX_Vexar *self, const QTV_VX_Vexar_Me
 
 DDS_Long QTV_VX_Vexar_setFilterLevel(QTV_VX_Vexar *self, DDS_Long level) {
     if (level < 0) return 1;
+    // The level in force and the published State change under one lock, so
+    // a remote command racing an application call cannot leave them apart.
+    auto stateLock = vexar::lockState();
     if (vexar::shared(self->filterLevel).exchange(level) == level) return 0;
     if (!vexar::publishFilterLevel(*self, level)) {
         vexar::reportWarning("Unable to write State", "QTV_VX_Vexar_setFilterLevel");
