@@ -25,12 +25,6 @@ std::recursive_mutex &stateMutex() noexcept {
     return *mutex;
 }
 
-OBLX_Config_Logger *middlewareLogger(const char *source) noexcept {
-    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
-    if (logger == nullptr) reportError("Unable to get QTV Logger", source);
-    return logger;
-}
-
 // The State writer, checked as the generic writer and entity it also is;
 // null after a report.
 QTV_VX_ADMIN_StateDataWriter *checkedStateWriter(QTV_VX_Vexar &self, const char *source) noexcept {
@@ -133,7 +127,7 @@ void QTV_VX_Vexar_disable(void) {
 
 void QTV_VX_Vexar_updateQTVLoggerCategoryAndVerbosityState(QTV_VX_Vexar *self) {
     constexpr const char *kSource = "QTV_VX_Vexar_updateQTVLoggerCategoryAndVerbosityState";
-    OBLX_Config_Logger *logger = middlewareLogger(kSource);
+    OBLX_Config_Logger *logger = vexar::middlewareLogger(kSource);
     if (logger == nullptr || !vexar::present(self, kSource, "QTV_VX_Vexar is NULL")) return;
     auto stateLock = vexar::lockState();
     for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category) {
@@ -148,7 +142,7 @@ void QTV_VX_Vexar_updateQTVLoggerCategoryAndVerbosityState(QTV_VX_Vexar *self) {
 
 void QTV_VX_Vexar_updateQTVLoggerPrintFormatState(QTV_VX_Vexar *self) {
     constexpr const char *kSource = "QTV_VX_Vexar_updateQTVLoggerPrintFormatState";
-    OBLX_Config_Logger *logger = middlewareLogger(kSource);
+    OBLX_Config_Logger *logger = vexar::middlewareLogger(kSource);
     if (logger == nullptr || !vexar::present(self, kSource, "QTV_VX_Vexar is NULL")) return;
     auto stateLock = vexar::lockState();
     self->state->qtvLoggerPrintFormat = static_cast<QTV_VX_ADMIN_QTVLoggerPrintFormat>(
