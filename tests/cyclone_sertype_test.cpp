@@ -15,6 +15,7 @@
 #include "platform/cyclone_sertype.hpp"
 #include "support/cdr_test_support.hpp"
 #include "support/domains.h"
+#include "type/topic_traits.hpp"
 
 #include <dds/ddsi/ddsi_serdata.h>
 #include <dds/ddsi/ddsi_sertype.h>
@@ -36,25 +37,11 @@ std::string topicOfThisTest() {
     return std::string("vexar/test/") + test->test_suite_name() + "/" + test->name();  // letters, digits, _ and / only
 }
 
-// The plugin record of one topic type.
-template <typename T>
-struct Record;
-#define VEXAR_TEST_RECORD(T)                                     \
-    template <>                                                  \
-    struct Record<T> {                                           \
-        static constexpr auto make = T##Plugin_new;              \
-        static constexpr auto release = T##Plugin_delete;        \
-    }
-VEXAR_TEST_RECORD(QTV_VX_LogMessage);
-VEXAR_TEST_RECORD(QTV_VX_ADMIN_State);
-VEXAR_TEST_RECORD(QTV_VX_ADMIN_CommandRequest);
-VEXAR_TEST_RECORD(QTV_VX_ADMIN_CommandResponse);
-
 template <typename T>
 ddsi_sertype *sertypeOf(const char *name = "Test::Type") {
-    OBLX_TypePlugin *plugin = Record<T>::make();
+    OBLX_TypePlugin *plugin = vexar::TopicTraits<T>::pluginNew();
     ddsi_sertype *sertype = createSertype(plugin, name);
-    Record<T>::release(plugin);  // the sertype keeps its own copy
+    vexar::TopicTraits<T>::pluginDelete(plugin);  // the sertype keeps its own copy
     return sertype;
 }
 

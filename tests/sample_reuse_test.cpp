@@ -9,6 +9,7 @@
 #include "platform/cyclone_sertype.hpp"
 #include "platform/sample_array.hpp"
 #include "support/cdr_test_support.hpp"
+#include "type/topic_traits.hpp"
 
 #include <dds/ddsi/ddsi_serdata.h>
 #include <dds/ddsi/ddsi_sertype.h>
@@ -53,25 +54,13 @@ struct SerdataUnref {
 template <typename T>
 class LazyKeyHash : public testing::Test {};
 
-template <typename T>
-struct Keyed;
-#define VEXAR_KEYED(T)                                    \
-    template <>                                           \
-    struct Keyed<T> {                                     \
-        static constexpr auto makePlugin = T##Plugin_new; \
-        static constexpr auto deletePlugin = T##Plugin_delete; \
-    }
-VEXAR_KEYED(QTV_VX_LogMessage);
-VEXAR_KEYED(QTV_VX_ADMIN_State);
-VEXAR_KEYED(QTV_VX_ADMIN_CommandResponse);
-
 using KeyedTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandResponse>;
 TYPED_TEST_SUITE(LazyKeyHash, KeyedTypes);
 
 TYPED_TEST(LazyKeyHash, IsThePluginsKeyHashOfTheSample) {
-    OBLX_TypePlugin *plugin = Keyed<TypeParam>::makePlugin();
+    OBLX_TypePlugin *plugin = vexar::TopicTraits<TypeParam>::pluginNew();
     std::unique_ptr<ddsi_sertype, SertypeUnref> sertype(vexar::platform::createSertype(plugin, "Test::Keyed"));
-    Keyed<TypeParam>::deletePlugin(plugin);
+    vexar::TopicTraits<TypeParam>::pluginDelete(plugin);
     ASSERT_NE(sertype, nullptr);
     Owned<TypeParam> sample;
     fill(sample.sample);

@@ -63,8 +63,8 @@ struct WriterAndReader {
 
     TypedParticipant<T> sending;
     TypedParticipant<T> receiving;
-    typename TopicType<T>::Writer *writer = nullptr;
-    typename TopicType<T>::Reader *reader = nullptr;
+    typename TopicType<T>::DataWriter *writer = nullptr;
+    typename TopicType<T>::DataReader *reader = nullptr;
 };
 
 // ---- every topic type ----------------------------------------------------

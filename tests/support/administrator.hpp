@@ -69,7 +69,7 @@ template <typename T, typename Seen>
 class Collected {
 public:
     using Type = TopicType<T>;
-    explicit Collected(typename Type::Reader *reader) : reader_(reader) {}
+    explicit Collected(typename Type::DataReader *reader) : reader_(reader) {}
 
     // All received so far, after waiting up to five seconds for `count`.
     const std::vector<Seen> &atLeast(size_t count) {
@@ -91,12 +91,12 @@ private:
         }
         for (DDS_Long i = 0; i < Type::length(&samples); ++i) {
             const DDS_SampleInfo &info = *DDS_SampleInfoSeq_get_reference(&infos, i);
-            if (info.valid_data) all_.push_back(seen(*Type::at(&samples, i), info));
+            if (info.valid_data) all_.push_back(seen(*Type::element(&samples, i), info));
         }
         EXPECT_EQ(Type::returnLoan(reader_, &samples, &infos), DDS_RETCODE_OK);
     }
 
-    typename Type::Reader *reader_;
+    typename Type::DataReader *reader_;
     std::vector<Seen> all_;
 };
 
@@ -175,8 +175,8 @@ private:
     }
     template <typename T>
     DDS_Topic *topic(const char *name) {
-        EXPECT_EQ(TopicType<T>::registerType(participant_, TopicType<T>::registeredName), DDS_RETCODE_OK);
-        return DDS_DomainParticipant_create_topic(participant_, name, TopicType<T>::registeredName, nullptr, nullptr,
+        EXPECT_EQ(TopicType<T>::registerType(participant_, TopicType<T>::registeredTypeName), DDS_RETCODE_OK);
+        return DDS_DomainParticipant_create_topic(participant_, name, TopicType<T>::registeredTypeName, nullptr, nullptr,
                                                   0);
     }
     DDS_DataReader *reader(DDS_Topic *topic, const DDS_DataReaderQos &qos) {

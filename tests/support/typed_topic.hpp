@@ -16,45 +16,13 @@
 #include "platform/publisher.h"
 #include "platform/subscriber.h"
 #include "platform/topic.h"
-#include "type/vexarSupport.h"
-#include "vexar/DDSEntities.h"
+#include "type/topic_traits.hpp"
 
 namespace vexar_test {
 
-// One topic type's C operations and the name it is registered under.
+// One topic type's C operations and the names it goes by.
 template <typename T>
-struct TopicType;
-
-#define VEXAR_TEST_TOPIC_TYPE(T, registered)                                   \
-    template <>                                                                \
-    struct TopicType<T> {                                                      \
-        using Seq = T##Seq;                                                    \
-        using Writer = T##DataWriter;                                          \
-        using Reader = T##DataReader;                                          \
-        static constexpr const char *registeredName = registered;              \
-        static constexpr auto registerType = T##TypeSupport_register_type;     \
-        static constexpr auto createData = T##TypeSupport_create_data;         \
-        static constexpr auto deleteData = T##TypeSupport_delete_data;         \
-        static constexpr auto narrowWriter = T##DataWriter_narrow;             \
-        static constexpr auto asDataWriter = T##DataWriter_as_datawriter;      \
-        static constexpr auto narrowReader = T##DataReader_narrow;             \
-        static constexpr auto write = T##DataWriter_write;                     \
-        static constexpr auto read = T##DataReader_read;                       \
-        static constexpr auto take = T##DataReader_take;                       \
-        static constexpr auto returnLoan = T##DataReader_return_loan;          \
-        static constexpr auto length = T##Seq_get_length;                      \
-        static constexpr auto maximum = T##Seq_get_maximum;                    \
-        static constexpr auto owned = T##Seq_has_ownership;                    \
-        static constexpr auto setMaximum = T##Seq_set_maximum;                 \
-        static constexpr auto at = T##Seq_get_reference;                       \
-        static constexpr auto finalize = T##Seq_finalize;                      \
-    }
-
-VEXAR_TEST_TOPIC_TYPE(QTV_VX_LogMessage, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME);
-VEXAR_TEST_TOPIC_TYPE(QTV_VX_ADMIN_State, QTV_VX_STATE_REGISTERED_TYPE_NAME);
-VEXAR_TEST_TOPIC_TYPE(QTV_VX_ADMIN_CommandRequest, QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME);
-VEXAR_TEST_TOPIC_TYPE(QTV_VX_ADMIN_CommandResponse, QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME);
-#undef VEXAR_TEST_TOPIC_TYPE
+using TopicType = vexar::TopicTraits<T>;
 
 // A number carried in a sample, so a test can tell which one arrived. It
 // lands in a string where the type has one, so strings cross the wire too.
@@ -137,8 +105,8 @@ public:
 
     TypedParticipant(int domain, const std::string &topicName, DDS_Long depth = 16) : depth_(depth) {
         participant_ = DDS_DomainParticipantFactory_create_participant(factory(), domain, nullptr, nullptr, 0);
-        if (participant_ == nullptr || Type::registerType(participant_, Type::registeredName) != DDS_RETCODE_OK) return;
-        topic_ = DDS_DomainParticipant_create_topic(participant_, topicName.c_str(), Type::registeredName, nullptr,
+        if (participant_ == nullptr || Type::registerType(participant_, Type::registeredTypeName) != DDS_RETCODE_OK) return;
+        topic_ = DDS_DomainParticipant_create_topic(participant_, topicName.c_str(), Type::registeredTypeName, nullptr,
                                                     nullptr, 0);
         publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);
         subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
@@ -165,8 +133,8 @@ public:
                                  : DDS_Subscriber_create_datareader(subscriber_, DDS_Topic_as_topicdescription(topic_),
                                                                     &qos, nullptr, 0);
     }
-    typename Type::Writer *writer() const { return Type::narrowWriter(untypedWriter()); }
-    typename Type::Reader *reader() const { return Type::narrowReader(untypedReader()); }
+    typename Type::DataWriter *writer() const { return Type::narrowWriter(untypedWriter()); }
+    typename Type::DataReader *reader() const { return Type::narrowReader(untypedReader()); }
 
 private:
     static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
@@ -188,7 +156,7 @@ inline bool hasMatchedReaders(DDS_DataWriter *writer, DDS_Long count) {
 // Takes on loan until `count` valid samples arrived or `timeout` passed;
 // their markers in arrival order.
 template <typename T>
-std::vector<int> takeMarkers(typename TopicType<T>::Reader *reader, size_t count,
+std::vector<int> takeMarkers(typename TopicType<T>::DataReader *reader, size_t count,
                              std::chrono::milliseconds timeout = std::chrono::seconds(10)) {
     using Type = TopicType<T>;
     std::vector<int> markers;
@@ -199,7 +167,7 @@ std::vector<int> takeMarkers(typename TopicType<T>::Reader *reader, size_t count
                        DDS_ANY_INSTANCE_STATE) == DDS_RETCODE_OK) {
             for (DDS_Long i = 0; i < Type::length(&samples); ++i) {
                 if (DDS_SampleInfoSeq_get_reference(&infos, i)->valid_data) {
-                    markers.push_back(markerOf(*Type::at(&samples, i)));
+                    markers.push_back(markerOf(*Type::element(&samples, i)));
                 }
             }
             Type::returnLoan(reader, &samples, &infos);

@@ -22,8 +22,7 @@
 #include "platform/publisher.h"
 #include "platform/subscriber.h"
 #include "platform/topic.h"
-#include "type/vexarSupport.h"
-#include "vexar/DDSEntities.h"
+#include "type/topic_traits.hpp"
 
 namespace vexar::cli {
 
@@ -70,37 +69,7 @@ private:
 // The C functions of one topic type, so that readers and writers are
 // written once for all four.
 template <class Sample>
-struct TopicType;
-
-#define VEXAR_CLI_TOPIC_TYPE(Sample, topic, registeredName)                                        \
-    template <>                                                                                    \
-    struct TopicType<Sample> {                                                                     \
-        using Seq = Sample##Seq;                                                                   \
-        using DataReader = Sample##DataReader;                                                     \
-        using DataWriter = Sample##DataWriter;                                                     \
-        static constexpr const char *topicName = topic;                                            \
-        static constexpr const char *registeredTypeName = registeredName;                          \
-        static constexpr auto registerType = Sample##TypeSupport_register_type;                    \
-        static constexpr auto initialize = Sample##_initialize;                                    \
-        static constexpr auto finalize = Sample##_finalize;                                        \
-        static constexpr auto narrowReader = Sample##DataReader_narrow;                            \
-        static constexpr auto take = Sample##DataReader_take;                                      \
-        static constexpr auto returnLoan = Sample##DataReader_return_loan;                         \
-        static constexpr auto length = Sample##Seq_get_length;                                     \
-        static constexpr auto element = Sample##Seq_get_reference;                                 \
-        static constexpr auto narrowWriter = Sample##DataWriter_narrow;                            \
-        static constexpr auto asDataWriter = Sample##DataWriter_as_datawriter;                     \
-        static constexpr auto write = Sample##DataWriter_write;                                    \
-    }
-
-VEXAR_CLI_TOPIC_TYPE(QTV_VX_LogMessage, QTV_VX_LOG_TOPIC_NAME, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME);
-VEXAR_CLI_TOPIC_TYPE(QTV_VX_ADMIN_State, QTV_VX_STATE_TOPIC_NAME, QTV_VX_STATE_REGISTERED_TYPE_NAME);
-VEXAR_CLI_TOPIC_TYPE(QTV_VX_ADMIN_CommandRequest, QTV_VX_COMMAND_REQUEST_TOPIC_NAME,
-                     QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME);
-VEXAR_CLI_TOPIC_TYPE(QTV_VX_ADMIN_CommandResponse, QTV_VX_COMMAND_RESPONSE_TOPIC_NAME,
-                     QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME);
-
-#undef VEXAR_CLI_TOPIC_TYPE
+using TopicType = vexar::TopicTraits<Sample>;
 
 // A sample initialized for its whole life and finalized at the end.
 template <class Sample>
