@@ -15,10 +15,18 @@ bool isEnumerator(const DDS_TypeCode &enumeration, DDS_Long value) noexcept {
     return false;
 }
 
+// Whether `value` is one of an enumeration's values: inside `low`..`high`,
+// and among the enumerators of `sparse` when they leave gaps there.
+bool holdsEnumerator(DDS_Long low, DDS_Long high, const DDS_TypeCode *sparse, DDS_Long value) noexcept {
+    return value >= low && value <= high && (sparse == nullptr || isEnumerator(*sparse, value));
+}
+
+// Reads from a CDR stream in the byte order `Order`.
+template <typename Order>
 class Decoder {
 public:
-    Decoder(OBLX_CdrStream &stream, const std::vector<Step> &steps) noexcept
-        : stream_(stream), steps_(steps.data()) {}
+    Decoder(OBLX_CdrStream &stream, const Plan &plan) noexcept
+        : stream_(stream), steps_(plan.steps().data()), checks_(plan.enumChecks().data()) {}
 
     // Runs the steps [begin, end) on the value at `base`; a null base, or a
     // step that is not kept, reads without storing.
@@ -32,14 +40,13 @@ public:
                 read = words(i, base);
                 break;
             case StepKind::primitive:
-                read = readPrimitive(stream_, at, step.size);
+                read = readPrimitive<Order>(stream_, at, step.size);
                 break;
             case StepKind::enumeration:
                 read = enumeration(step, at);
                 break;
             case StepKind::string:
-                read = at != nullptr ? readString(stream_, *reinterpret_cast<char **>(at), step.bound)
-                                     : skipString(stream_, step.bound);
+                read = string(step, base);
                 break;
             case StepKind::sequence:
                 read = sequence(i, at);
@@ -61,30 +68,50 @@ private:
     // unassignable, which fails a whole-sample read.
     void store(const Step &step, unsigned char *at, DDS_Long value) noexcept {
         bool valid = step.kind != StepKind::enumeration ||
-                     (step.dense ? value >= step.low && value <= step.high : isEnumerator(*step.type, value));
+                     holdsEnumerator(step.low, step.high, step.dense ? nullptr : step.type, value);
         if (valid)
             std::memcpy(at, &value, sizeof value);
         else
             stream_.unassignable = DDS_BOOLEAN_TRUE;
     }
 
+    bool string(const Step &step, unsigned char *base) noexcept {
+        if (base == nullptr || !step.kept) return skipString<Order>(stream_, step.bound);
+        return readString<Order>(stream_, *reinterpret_cast<char **>(base + step.offset), step.bound);
+    }
+
     bool enumeration(const Step &step, unsigned char *at) noexcept {
-        DDS_Long value;
-        if (!readLong(stream_, value)) return false;
+        std::uint32_t raw;
+        if (!read<std::uint32_t, Order>(stream_, raw)) return false;
+        auto value = static_cast<DDS_Long>(raw);
         if (at != nullptr) store(step, at, value);
         return true;
     }
 
-    // The run's values are checked for room once, then stored one by one.
+    // True when every enumeration of the run read from `position` holds one of its values.
+    bool enumeratorsValid(const Step &run, DDS_UnsignedLong position) const noexcept {
+        for (const EnumCheck *check = checks_ + run.checks; check != checks_ + run.checksEnd; ++check) {
+            auto value = static_cast<DDS_Long>(load<std::uint32_t, Order>(stream_, position + check->position));
+            if (!holdsEnumerator(check->low, check->high, check->sparse, value)) return false;
+        }
+        return true;
+    }
+
+    // The run's values are checked for room once, then copied as one block
+    // when nothing in it is dropped or out of range, else stored one by one.
     bool words(std::uint32_t index, unsigned char *base) noexcept {
         const Step &run = steps_[index];
-        if (run.numbersOnly && base != nullptr) return readWords(stream_, base + run.offset, run.bound);
         if (!alignForRead(stream_, 4) || run.bound > remainder(stream_) / 4) return false;
         DDS_UnsignedLong position = stream_.position;
+        if (base != nullptr && run.kept && enumeratorsValid(run, position)) {
+            copyWords(base + run.offset, stream_.buffer + position, run.bound, Order::swap(stream_));
+            stream_.position = position + run.bound * 4;
+            return true;
+        }
         for (std::uint32_t i = index + 1; i < run.end; ++i, position += 4) {
             const Step &word = steps_[i];
             if (base != nullptr && word.kept)
-                store(word, base + word.offset, static_cast<DDS_Long>(load<std::uint32_t>(stream_, position)));
+                store(word, base + word.offset, static_cast<DDS_Long>(load<std::uint32_t, Order>(stream_, position)));
         }
         stream_.position = position;
         return true;
@@ -93,7 +120,7 @@ private:
     bool sequence(std::uint32_t index, unsigned char *record) noexcept {
         const Step &step = steps_[index];
         DDS_UnsignedLong count;
-        if (!read(stream_, count) || count > step.bound) return false;
+        if (!read<DDS_UnsignedLong, Order>(stream_, count) || count > step.bound) return false;
         const DDS_TypeCodeSequenceOps &ops = *step.type->sequence_ops;
         auto length = static_cast<DDS_Long>(count);
         if (record != nullptr && !ops.ensure_length(record, length, static_cast<DDS_Long>(step.bound))) return false;
@@ -105,8 +132,12 @@ private:
         return true;
     }
 
-    // The member of the list whose id is `id`, or the list's end.
-    std::uint32_t memberWithId(const Step &list, std::uint32_t first, DDS_UnsignedLong id) const noexcept {
+    // The member of the list whose id is `id`, or the list's end. Writers
+    // send members in order, so the one after the last found (`expected`)
+    // is tried first.
+    std::uint32_t memberWithId(const Step &list, std::uint32_t first, std::uint32_t expected,
+                               DDS_UnsignedLong id) const noexcept {
+        if (expected < list.end && steps_[expected].id == id) return expected;
         std::uint32_t i = first;
         while (i < list.end && steps_[i].id != id) i = steps_[i].end;
         return i;
@@ -115,10 +146,12 @@ private:
     // Reads one member inside its parameter: its reader cannot look past
     // the parameter's length.
     bool member(std::uint32_t index, const OBLX_CdrParameterHeader &header, unsigned char *base) noexcept {
+        const Step &member = steps_[index];
         // A fixed-length member that fits its parameter is read straight.
-        if (steps_[index].bound != 0 && header.length >= steps_[index].bound) return words(index + 1, base);
+        if (member.bound != 0 && header.length >= member.bound) return words(index + 1, base);
         DDS_UnsignedLong length = limitLength(stream_, header.valueStart + header.length);
-        bool read = run(index + 1, steps_[index].end, base);
+        bool onlyAString = member.end == index + 2 && steps_[index + 1].kind == StepKind::string;
+        bool read = onlyAString ? string(steps_[index + 1], base) : run(index + 1, member.end, base);
         stream_.length = length;
         return read;
     }
@@ -126,11 +159,12 @@ private:
     // One parameter of a list: a known member is read, 0x3F03 (ignore)
     // passes, an unknown one passes unless it must be understood (a union
     // knows only its own ids).
-    bool parameter(const Step &list, std::uint32_t index, const OBLX_CdrParameterHeader &header,
-                   unsigned char *base) noexcept {
+    bool parameter(const Step &list, std::uint32_t index, std::uint32_t &expected,
+                   const OBLX_CdrParameterHeader &header, unsigned char *base) noexcept {
         if (!header.extended && header.memberId == OBLX_CDR_PID_IGNORE) return true;
-        std::uint32_t found = memberWithId(list, index + 1, header.memberId);
+        std::uint32_t found = memberWithId(list, index + 1, expected, header.memberId);
         if (found == list.end) return !list.isUnion && !header.mustUnderstand;
+        expected = steps_[found].end;
         return !steps_[found].kept || member(found, header, base);
     }
 
@@ -140,25 +174,29 @@ private:
     bool list(std::uint32_t index, unsigned char *base) noexcept {
         const Step &step = steps_[index];
         OBLX_CdrParameterHeader header;
+        std::uint32_t expected = index + 1;
         while (remainder(stream_) > 0) {
-            if (!readParameterHeader(stream_, header)) return false;
+            if (!readParameterHeader<Order>(stream_, header)) return false;
             if (isListEnd(header)) return true;
-            if (base != nullptr && !parameter(step, index, header, base)) return false;
+            if (base != nullptr && !parameter(step, index, expected, header, base)) return false;
             if (!moveToNextParameterHeader(stream_, header)) return false;
         }
         return true;
     }
 
     OBLX_CdrStream &stream_;
-    const Step *steps_; // a plan's steps are fixed once compiled
+    const Step *steps_; // a plan's steps and checks are fixed once compiled
+    const EnumCheck *checks_;
 };
 
 }  // namespace
 
 bool deserialize(OBLX_CdrStream &stream, const Plan &plan, void *sample) noexcept {
-    const auto &steps = plan.steps();
-    return plan.valid() && Decoder(stream, steps)
-                               .run(0, static_cast<std::uint32_t>(steps.size()), static_cast<unsigned char *>(sample));
+    if (!plan.valid()) return false;
+    auto end = static_cast<std::uint32_t>(plan.steps().size());
+    auto *base = static_cast<unsigned char *>(sample);
+    return stream.needByteSwap ? Decoder<FixedOrder<true>>(stream, plan).run(0, end, base)
+                               : Decoder<FixedOrder<false>>(stream, plan).run(0, end, base);
 }
 
 void resetToInitialValues(const Plan &plan, void *sample) noexcept {

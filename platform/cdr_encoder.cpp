@@ -8,27 +8,35 @@
 namespace vexar::cdr {
 namespace {
 
-// Writes into a CDR stream.
+// Writes into a CDR stream in the byte order `Order`.
+template <typename Order>
 class StreamSink {
 public:
     explicit StreamSink(OBLX_CdrStream &stream) noexcept : stream_(stream) {}
 
-    bool primitive(const void *value, DDS_UnsignedLong size) noexcept { return writePrimitive(stream_, value, size); }
-    bool words(const void *values, DDS_UnsignedLong count) noexcept { return writeWords(stream_, values, count); }
-    bool count(DDS_UnsignedLong count) noexcept { return write<std::uint32_t>(stream_, count); }
+    bool primitive(const void *value, DDS_UnsignedLong size) noexcept {
+        return writePrimitive<Order>(stream_, value, size);
+    }
+    bool words(const void *values, DDS_UnsignedLong count) noexcept {
+        return writeWords<Order>(stream_, values, count);
+    }
+    bool count(DDS_UnsignedLong count) noexcept { return write<std::uint32_t, Order>(stream_, count); }
     bool string(const char *value, DDS_UnsignedLong maximumLength) noexcept {
-        return writeString(stream_, value, maximumLength);
+        return writeString<Order>(stream_, value, maximumLength);
     }
     bool beginParameter(OBLX_CdrParameterHeader &header, DDS_UnsignedLong id, bool extended) noexcept {
-        return writeParameterHeader(stream_, header, id, extended, false);
+        return writeParameterHeader<Order>(stream_, header, id, extended, false);
     }
     bool endParameter(const OBLX_CdrParameterHeader &header) noexcept {
-        return finishParameterHeader(stream_, header);
+        return finishParameterHeader<Order>(stream_, header);
     }
-    bool completeParameter(DDS_UnsignedLong id, DDS_UnsignedLong length) noexcept {
-        return writeCompleteParameterHeader(stream_, id, length);
+    bool wordsParameter(DDS_UnsignedLong id, const void *values, DDS_UnsignedLong count) noexcept {
+        return writeWordsParameter<Order>(stream_, id, values, count);
     }
-    bool listEnd() noexcept { return writeListEnd(stream_); }
+    bool stringParameter(DDS_UnsignedLong id, const char *value, DDS_UnsignedLong maximumLength) noexcept {
+        return writeStringParameter<Order>(stream_, id, value, maximumLength);
+    }
+    bool listEnd() noexcept { return writeListEnd<Order>(stream_); }
 
     // Starts a parameter list: an outermost list (the stream not yet
     // started) always ends with a sentinel; a nested one keeps the
@@ -82,9 +90,13 @@ public:
         auto length = static_cast<DDS_UnsignedLong>(position_) - header.valueStart;
         return header.extended || length <= OBLX_CDR_SHORT_PARAMETER_MAX_LENGTH;
     }
-    bool completeParameter(DDS_UnsignedLong, DDS_UnsignedLong) noexcept {
-        advance(4, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE);
-        return true;
+    bool wordsParameter(DDS_UnsignedLong, const void *, DDS_UnsignedLong count) noexcept {
+        advance(4, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE + std::uint64_t{count} * 4);
+        return count <= OBLX_CDR_SHORT_PARAMETER_MAX_LENGTH / 4;
+    }
+    bool stringParameter(DDS_UnsignedLong id, const char *value, DDS_UnsignedLong maximumLength) noexcept {
+        OBLX_CdrParameterHeader header;
+        return beginParameter(header, id, false) && string(value, maximumLength) && endParameter(header);
     }
     bool listEnd() noexcept {
         advance(4, OBLX_CDR_SHORT_PARAMETER_HEADER_SIZE);
@@ -107,117 +119,128 @@ DDS_Long discriminatorAt(const unsigned char *sample) noexcept {
     return label;
 }
 
+// Runs a plan's write ops over a sink.
 template <typename Sink>
 class Encoder {
 public:
-    Encoder(Sink &sink, const std::vector<Step> &steps) noexcept : sink_(sink), steps_(steps.data()) {}
+    Encoder(Sink &sink, const std::vector<WriteOp> &ops) noexcept : sink_(sink), ops_(ops.data()) {}
 
-    // Runs the steps [begin, end) on the value at `base`.
+    // Runs the ops [begin, end) on the value at `base`.
     bool run(std::uint32_t begin, std::uint32_t end, const unsigned char *base) noexcept {
-        for (std::uint32_t i = begin; i < end;) {
-            const Step &step = steps_[i];
-            const unsigned char *at = base + step.offset;
-            bool written;
-            switch (step.kind) {
-            case StepKind::words:
-                written = sink_.words(at, step.bound);
+        Open open[kMaxWriteNesting];  // filled by each open op before its close op reads it
+        for (std::uint32_t i = begin; i < end; ++i) {
+            const WriteOp &op = ops_[i];
+            const unsigned char *at = base + op.offset;
+            switch (op.kind) {
+            case WriteKind::words:
+                if (!sink_.words(at, op.count)) return false;
                 break;
-            case StepKind::primitive:
-            case StepKind::enumeration:
-                written = sink_.primitive(at, step.size);
+            case WriteKind::primitive:
+                if (!sink_.primitive(at, op.size)) return false;
                 break;
-            case StepKind::string:
-                written = sink_.string(*reinterpret_cast<const char *const *>(at), step.bound);
+            case WriteKind::string:
+                if (!sink_.string(*reinterpret_cast<const char *const *>(at), op.count)) return false;
                 break;
-            case StepKind::sequence:
-                written = sequence(i, at);
+            case WriteKind::fixedMember:
+                if (!sink_.wordsParameter(op.id, at, op.count)) return false;
                 break;
-            case StepKind::list:
-                written = list(i, base);
+            case WriteKind::stringMember:
+                if (!sink_.stringParameter(op.id, *reinterpret_cast<const char *const *>(at), op.count)) return false;
                 break;
-            default:
-                written = false;
+            case WriteKind::openMember:
+                if (!sink_.beginParameter(open[op.slot].header, op.id, op.extendedHeader)) return false;
+                break;
+            case WriteKind::closeMember:
+                if (!sink_.endParameter(open[op.slot].header)) return false;
+                break;
+            case WriteKind::openList:
+                open[op.slot].skipEnd = sink_.enterList();
+                break;
+            case WriteKind::closeList: {
+                bool skipEnd = open[op.slot].skipEnd;
+                sink_.leaveList(skipEnd);
+                if (!skipEnd && !sink_.listEnd()) return false;
+                break;
             }
-            if (!written) return false;
-            i = step.end != 0 ? step.end : i + 1;  // past a block's contents
+            case WriteKind::sequence:
+                if (!sequence(i, at)) return false;
+                i = op.end - 1;
+                break;
+            case WriteKind::select:
+                if (!select(i, base)) return false;
+                i = op.end - 1;
+                break;
+            case WriteKind::branch:
+                return false;  // reached only through select
+            }
         }
         return true;
     }
 
 private:
+    struct Open {
+        OBLX_CdrParameterHeader header; // an open member's
+        bool skipEnd;                   // an open list's
+    };
+
     bool sequence(std::uint32_t index, const unsigned char *record) noexcept {
-        const Step &step = steps_[index];
-        const DDS_TypeCodeSequenceOps &ops = *step.type->sequence_ops;
+        const WriteOp &op = ops_[index];
+        const DDS_TypeCodeSequenceOps &ops = *op.type->sequence_ops;
         // The sequence operations take a mutable record: a zero-filled one is initialized on first use.
         void *seq = const_cast<unsigned char *>(record);
         DDS_Long length = ops.get_length(seq);
-        if (length < 0 || static_cast<DDS_UnsignedLong>(length) > step.bound) return false;
+        if (length < 0 || static_cast<DDS_UnsignedLong>(length) > op.count) return false;
         if (!sink_.count(static_cast<DDS_UnsignedLong>(length))) return false;
         for (DDS_Long i = 0; i < length; ++i) {
             const void *element = ops.get_reference(seq, i);
-            if (element == nullptr || !run(index + 1, step.end, static_cast<const unsigned char *>(element)))
+            if (element == nullptr || !run(index + 1, op.end, static_cast<const unsigned char *>(element)))
                 return false;
         }
         return true;
     }
 
-    bool member(std::uint32_t index, const unsigned char *base) noexcept {
-        const Step &step = steps_[index];
-        if (step.bound != 0 && !step.extendedHeader) {  // a fixed length: the header is written whole
-            const Step &words = steps_[index + 1];
-            return sink_.completeParameter(step.id, step.bound) && sink_.words(base + words.offset, words.bound);
-        }
-        OBLX_CdrParameterHeader header;
-        return sink_.beginParameter(header, step.id, step.extendedHeader) && run(index + 1, step.end, base) &&
-               sink_.endParameter(header);
-    }
-
-    // A struct writes every member; a union its discriminator and the
-    // branch that it selects, if any.
-    bool members(const Step &list, std::uint32_t first, const unsigned char *base) noexcept {
-        if (!list.isUnion) {
-            for (std::uint32_t i = first; i < list.end; i = steps_[i].end) {
-                if (!member(i, base)) return false;
-            }
-            return true;
-        }
-        if (!member(first, base)) return false;
-        DDS_Long label = discriminatorAt(base + list.offset);
-        std::uint32_t chosen = list.end;
-        for (std::uint32_t i = steps_[first].end; i < list.end; i = steps_[i].end) {
-            if (steps_[i].label == label) {
+    // The branch whose label is the discriminator's, else the default one, if any.
+    bool select(std::uint32_t index, const unsigned char *base) noexcept {
+        const WriteOp &op = ops_[index];
+        DDS_Long label = discriminatorAt(base + op.offset);
+        std::uint32_t chosen = op.end;
+        for (std::uint32_t i = index + 1; i < op.end; i = ops_[i].end) {
+            if (ops_[i].label == label) {
                 chosen = i;
                 break;
             }
-            if (steps_[i].isDefault) chosen = i;
+            if (ops_[i].isDefault) chosen = i;
         }
-        return chosen == list.end || member(chosen, base);
-    }
-
-    bool list(std::uint32_t index, const unsigned char *base) noexcept {
-        bool skipEnd = sink_.enterList();
-        bool written = members(steps_[index], index + 1, base) && (skipEnd || sink_.listEnd());
-        sink_.leaveList(skipEnd);
-        return written;
+        return chosen == op.end || run(chosen + 1, ops_[chosen].end, base);
     }
 
     Sink &sink_;
-    const Step *steps_; // a plan's steps are fixed once compiled
+    const WriteOp *ops_; // a plan's ops are fixed once compiled
 };
 
 template <typename Sink>
 bool encode(Sink &sink, const Plan &plan, const void *sample) noexcept {
-    const auto &steps = plan.steps();
-    return plan.valid() && Encoder<Sink>(sink, steps)
-                               .run(0, static_cast<std::uint32_t>(steps.size()),
-                                    static_cast<const unsigned char *>(sample));
+    const auto &ops = plan.writeOps();
+    auto end = static_cast<std::uint32_t>(ops.size());
+    return plan.valid() && Encoder<Sink>(sink, ops).run(0, end, static_cast<const unsigned char *>(sample));
+}
+
+template <typename Order>
+bool encodeInOrder(OBLX_CdrStream &stream, const Plan &plan, const void *sample) noexcept {
+    StreamSink<Order> sink(stream);
+    return encode(sink, plan, sample);
 }
 
 }  // namespace
 
 bool serialize(OBLX_CdrStream &stream, const Plan &plan, const void *sample) noexcept {
-    StreamSink sink(stream);
-    return encode(sink, plan, sample);
+    bool outerSkipEnd = stream.dirty && stream.skipListEnd;
+    if (stream.needByteSwap ? encodeInOrder<FixedOrder<true>>(stream, plan, sample)
+                            : encodeInOrder<FixedOrder<false>>(stream, plan, sample))
+        return true;
+    // A failure inside a list leaves the skip mark as closing the list would have.
+    if (plan.hasLists()) stream.skipListEnd = outerSkipEnd ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
+    return false;
 }
 
 std::uint64_t serializedSize(const Plan &plan, const void *sample, std::uint64_t start) noexcept {

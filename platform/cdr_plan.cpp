@@ -63,14 +63,12 @@ private:
                           steps_.back().offset + 4 == offset;
         if (!extendsRun) {
             Step words{StepKind::words};
-            words.numbersOnly = kept;
             push(words, offset, kept);
             wordRun_ = steps_.size() - 1;
         }
         step.offset = offset;
         step.kept = kept;
         steps_.push_back(step);
-        steps_[wordRun_].numbersOnly = steps_[wordRun_].numbersOnly && step.kind == StepKind::primitive;
         steps_[wordRun_].bound += 1;
         steps_[wordRun_].end = static_cast<std::uint32_t>(steps_.size());
         return true;
@@ -221,12 +219,147 @@ private:
     std::vector<ResetStep> &resets_;
 };
 
+// Gathers each `words` step's enumerations into its range of checks.
+void listEnumChecks(std::vector<Step> &steps, std::vector<EnumCheck> &checks) {
+    for (std::uint32_t i = 0; i < steps.size(); ++i) {
+        Step &run = steps[i];
+        if (run.kind != StepKind::words) continue;
+        run.checks = static_cast<std::uint32_t>(checks.size());
+        for (std::uint32_t j = i + 1; j < run.end; ++j) {
+            const Step &word = steps[j];
+            if (word.kind != StepKind::enumeration) continue;
+            checks.push_back({(j - i - 1) * 4, word.low, word.high, word.dense ? nullptr : word.type});
+        }
+        run.checksEnd = static_cast<std::uint32_t>(checks.size());
+    }
+}
+
+// Flattens the steps for writing: see WriteOp.
+class WriteCompiler {
+public:
+    WriteCompiler(const std::vector<Step> &steps, std::vector<WriteOp> &ops) noexcept : steps_(steps), ops_(ops) {}
+
+    // Appends the ops of the steps [begin, end) at nesting `depth`; false
+    // when lists nest deeper than the encoder keeps.
+    bool range(std::uint32_t begin, std::uint32_t end, std::size_t depth) {
+        for (std::uint32_t i = begin; i < end; i = steps_[i].end != 0 ? steps_[i].end : i + 1) {
+            if (!step(i, depth)) return false;
+        }
+        return true;
+    }
+
+    bool hasLists() const noexcept { return hasLists_; }
+
+private:
+    WriteOp &emit(WriteKind kind, const Step &step) {
+        WriteOp op{kind};
+        op.offset = step.offset;
+        ops_.push_back(op);
+        return ops_.back();
+    }
+
+    std::uint32_t next() const noexcept { return static_cast<std::uint32_t>(ops_.size()); }
+
+    bool step(std::uint32_t index, std::size_t depth) {
+        const Step &step = steps_[index];
+        switch (step.kind) {
+        case StepKind::words:
+            emit(WriteKind::words, step).count = step.bound;
+            return true;
+        case StepKind::primitive:
+        case StepKind::enumeration:
+            emit(WriteKind::primitive, step).size = step.size;
+            return true;
+        case StepKind::string:
+            emit(WriteKind::string, step).count = step.bound;
+            return true;
+        case StepKind::sequence: {
+            std::uint32_t at = next();
+            WriteOp &op = emit(WriteKind::sequence, step);
+            op.count = step.bound;
+            op.type = step.type;
+            if (!range(index + 1, step.end, 0)) return false;  // each element runs as a range of its own
+            ops_[at].end = next();
+            return true;
+        }
+        case StepKind::list:
+            return list(index, depth);
+        case StepKind::member:
+            return false;  // only inside a list
+        }
+        return false;
+    }
+
+    bool list(std::uint32_t index, std::size_t depth) {
+        if (depth + 1 >= kMaxWriteNesting) return false;  // the list's slot and its members'
+        const Step &list = steps_[index];
+        hasLists_ = true;
+        emit(WriteKind::openList, list).slot = static_cast<std::uint8_t>(depth);
+        std::uint32_t first = index + 1;
+        if (list.isUnion) {
+            if (!member(first, depth + 1)) return false;
+            std::uint32_t select = next();
+            emit(WriteKind::select, list);  // the discriminator lies at the union's offset
+            for (std::uint32_t i = steps_[first].end; i < list.end; i = steps_[i].end) {
+                std::uint32_t at = next();
+                WriteOp &branch = emit(WriteKind::branch, steps_[i]);
+                branch.label = steps_[i].label;
+                branch.isDefault = steps_[i].isDefault;
+                if (!member(i, 0)) return false;  // a chosen branch runs as a range of its own
+                ops_[at].end = next();
+            }
+            ops_[select].end = next();
+        } else {
+            for (std::uint32_t i = first; i < list.end; i = steps_[i].end) {
+                if (!member(i, depth + 1)) return false;
+            }
+        }
+        emit(WriteKind::closeList, list).slot = static_cast<std::uint8_t>(depth);
+        return true;
+    }
+
+    bool member(std::uint32_t index, std::size_t depth) {
+        const Step &member = steps_[index];
+        if (member.bound != 0 && !member.extendedHeader) {  // one words step of known length
+            const Step &words = steps_[index + 1];
+            WriteOp &op = emit(WriteKind::fixedMember, words);
+            op.id = member.id;
+            op.count = words.bound;
+            return true;
+        }
+        if (!member.extendedHeader && member.end == index + 2 && steps_[index + 1].kind == StepKind::string) {
+            const Step &string = steps_[index + 1];
+            WriteOp &op = emit(WriteKind::stringMember, string);
+            op.id = member.id;
+            op.count = string.bound;
+            return true;
+        }
+        WriteOp &open = emit(WriteKind::openMember, member);
+        open.id = member.id;
+        open.extendedHeader = member.extendedHeader;
+        open.slot = static_cast<std::uint8_t>(depth);
+        if (!range(index + 1, member.end, depth + 1)) return false;
+        emit(WriteKind::closeMember, member).slot = static_cast<std::uint8_t>(depth);
+        return true;
+    }
+
+    const std::vector<Step> &steps_;
+    std::vector<WriteOp> &ops_;
+    bool hasLists_ = false;
+};
+
 }  // namespace
 
 Plan::Plan(const DDS_TypeCode &type, const PlanOptions &options) noexcept {
     try {
         valid_ = PlanCompiler(steps_, options).value(type, 0, true);
         if (valid_) ResetCompiler(resetSteps_).compile(steps_);
+        if (valid_) listEnumChecks(steps_, enumChecks_);
+        if (valid_) {
+            WriteCompiler writes(steps_, writeOps_);
+            valid_ = writes.range(0, static_cast<std::uint32_t>(steps_.size()), 0);
+            hasLists_ = writes.hasLists();
+        }
     } catch (const std::bad_alloc &) {
         valid_ = false;
     }

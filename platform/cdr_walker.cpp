@@ -42,6 +42,76 @@ bool copyKeyMembers(const DDS_TypeCode &type, void *dst, const void *src) noexce
     }
 }
 
+namespace {
+
+// The digests of the last keys hashed on this thread. A logger's samples
+// carry a handful of keys (one application, eight levels), and comparing a
+// few bytes costs far less than a digest. Constant-initialized, so the
+// per-thread copy needs no construction guard.
+class RecentDigests {
+public:
+    static constexpr std::size_t kEntries = 8;
+    static constexpr DDS_UnsignedLong kLongestKey = 64;
+
+    // A cheap summary of the bytes that tells most different keys apart
+    // before they are compared in full.
+    static std::uint64_t fingerprintOf(const unsigned char *key, DDS_UnsignedLong length) noexcept {
+        std::uint64_t fingerprint = length;
+        DDS_UnsignedLong i = 0;
+        for (; i + 8 <= length; i += 8) {
+            std::uint64_t word;
+            std::memcpy(&word, key + i, sizeof word);
+            fingerprint = (fingerprint ^ word) * 0x9E3779B97F4A7C15u;
+        }
+        for (; i < length; ++i) fingerprint = (fingerprint ^ key[i]) * 0x9E3779B97F4A7C15u;
+        return fingerprint;
+    }
+
+    bool find(const unsigned char *key, DDS_UnsignedLong length, std::uint64_t fingerprint,
+              DDS_Octet (&digest)[16]) const noexcept {
+        for (const Entry &entry : entries_) {
+            if (entry.fingerprint == fingerprint && entry.length == length &&
+                std::memcmp(entry.key, key, length) == 0) {
+                std::memcpy(digest, entry.digest, sizeof digest);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // Replaces the oldest entry.
+    void remember(const unsigned char *key, DDS_UnsignedLong length, std::uint64_t fingerprint,
+                  const DDS_Octet (&digest)[16]) noexcept {
+        Entry &entry = entries_[next_];
+        next_ = (next_ + 1) % kEntries;
+        entry.fingerprint = fingerprint;
+        entry.length = length;
+        std::memcpy(entry.key, key, length);
+        std::memcpy(entry.digest, digest, sizeof digest);
+    }
+
+private:
+    struct Entry {
+        std::uint64_t fingerprint = 0;
+        DDS_UnsignedLong length = kLongestKey + 1; // no key is this long: an empty entry
+        unsigned char key[kLongestKey] = {};
+        DDS_Octet digest[16] = {};
+    };
+    Entry entries_[kEntries] = {};
+    std::size_t next_ = 0;
+};
+
+thread_local RecentDigests recentDigests;
+
+void md5Of(const unsigned char *key, DDS_UnsignedLong length, DDS_Octet (&digest)[16]) noexcept {
+    ddsrt_md5_state_t md5;
+    ddsrt_md5_init(&md5);
+    ddsrt_md5_append(&md5, key, length);
+    ddsrt_md5_finish(&md5, digest);
+}
+
+}  // namespace
+
 void keyHashOf(const unsigned char *key, DDS_UnsignedLong length, std::uint64_t keyMaxSize,
                DDS_Octet (&hash)[16]) noexcept {
     if (keyMaxSize <= sizeof hash) {
@@ -49,10 +119,15 @@ void keyHashOf(const unsigned char *key, DDS_UnsignedLong length, std::uint64_t 
         std::memcpy(hash, key, std::min<size_t>(length, sizeof hash));
         return;
     }
-    ddsrt_md5_state_t md5;
-    ddsrt_md5_init(&md5);
-    ddsrt_md5_append(&md5, key, length);
-    ddsrt_md5_finish(&md5, hash);
+    if (length > RecentDigests::kLongestKey) {
+        md5Of(key, length, hash);
+        return;
+    }
+    RecentDigests &recent = recentDigests;
+    std::uint64_t fingerprint = RecentDigests::fingerprintOf(key, length);
+    if (recent.find(key, length, fingerprint, hash)) return;
+    md5Of(key, length, hash);
+    recent.remember(key, length, fingerprint, hash);
 }
 
 }  // namespace vexar::cdr

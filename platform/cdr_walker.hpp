@@ -82,14 +82,23 @@ struct Step {
     bool isUnion = false;
     bool isDefault = false; // the union member chosen when no label matches
     bool dense = false;     // an enumeration whose values are exactly `low`..`high`
-    bool numbersOnly = false; // words: no enumeration among them, all kept: read as one block
     DDS_UnsignedLong id = 0;
     DDS_UnsignedLong bound = 0;
     DDS_Long label = 0;
     DDS_Long low = 0, high = 0;
     std::uint32_t end = 0;
+    std::uint32_t checks = 0, checksEnd = 0; // words: its enumerations' EnumChecks
     std::size_t offset = 0; // in the sample; a sequence's element steps: in the element
     const DDS_TypeCode *type = nullptr;
+};
+
+// An enumeration inside a `words` step, as reading checks it: the byte
+// `position` in the run, the range of its values, and its type code when
+// the values do not fill that range.
+struct EnumCheck {
+    std::uint32_t position;
+    DDS_Long low, high;
+    const DDS_TypeCode *sparse;
 };
 
 // How resetToInitialValues puts one part of a sample back, compiled from
@@ -101,6 +110,43 @@ struct ResetStep {
     DDS_Long value = 0;                // word: an enumeration's first value, a union's default discriminator
     const DDS_TypeCode *type = nullptr; // sequence
 };
+
+// What the encoder runs: the steps flattened for writing. Struct members
+// and parameter lists open and close in line, so writing a sample is one
+// loop; only a sequence's elements and a union's chosen branch run as
+// sub-ranges. `slot` is the nesting depth of a list or member within its
+// range, where its header or sentinel mark waits to be completed.
+enum class WriteKind : std::uint8_t {
+    words,        // `count` 4-byte values from `offset`
+    primitive,    // `size` bytes at `offset`
+    string,       // a char * at `offset`; `count` is the longest length with the NUL
+    fixedMember,  // a short header for `id` with length 4 * `count`, then `count` words from `offset`
+    stringMember, // a short header for `id`, then the string at `offset` (`count` as for string)
+    openMember,   // a header for `id` (`extendedHeader`), its length completed by closeMember
+    closeMember,
+    openList,     // a parameter list: closeList writes its sentinel unless the caller skips it
+    closeList,
+    sequence,     // the record at `offset` (`type`): a count <= `count`, then each element by ops up to `end`
+    select,       // a union's branch: the `branch` op after it whose label matches the discriminator at `offset`
+    branch,       // `label` (`isDefault`); its ops follow up to `end`
+};
+
+struct WriteOp {
+    WriteKind kind;
+    std::uint8_t size = 0;
+    std::uint8_t slot = 0;
+    bool extendedHeader = false;
+    bool isDefault = false;
+    DDS_UnsignedLong id = 0;
+    DDS_UnsignedLong count = 0;
+    DDS_Long label = 0;
+    std::uint32_t end = 0;
+    std::size_t offset = 0;
+    const DDS_TypeCode *type = nullptr;
+};
+
+// Lists and members nest at most this deep within one range of write ops.
+inline constexpr std::size_t kMaxWriteNesting = 32;
 
 struct PlanOptions {
     bool extendedHeaders = false; // composite and string members behind extended headers
@@ -118,10 +164,16 @@ public:
     bool valid() const noexcept { return valid_; }
     const std::vector<Step> &steps() const noexcept { return steps_; }
     const std::vector<ResetStep> &resetSteps() const noexcept { return resetSteps_; }
+    const std::vector<WriteOp> &writeOps() const noexcept { return writeOps_; }
+    const std::vector<EnumCheck> &enumChecks() const noexcept { return enumChecks_; }
+    bool hasLists() const noexcept { return hasLists_; }
 
 private:
     std::vector<Step> steps_;
     std::vector<ResetStep> resetSteps_;
+    std::vector<WriteOp> writeOps_;
+    std::vector<EnumCheck> enumChecks_;
+    bool hasLists_ = false;
     bool valid_ = false;
 };
 
@@ -159,7 +211,8 @@ std::uint64_t boundSize(const DDS_TypeCode &type, Bound bound, std::uint64_t sta
 bool copyKeyMembers(const DDS_TypeCode &type, void *dst, const void *src) noexcept;
 
 // The 16-byte key hash of serialized key bytes: the bytes zero-padded when
-// the key's largest size is at most 16, else their MD5 digest.
+// the key's largest size is at most 16, else their MD5 digest (the last
+// few digests of each thread are kept and reused for the same bytes).
 void keyHashOf(const unsigned char *key, DDS_UnsignedLong length, std::uint64_t keyMaxSize,
                DDS_Octet (&hash)[16]) noexcept;
 

@@ -314,6 +314,39 @@ TEST(ParameterListReading, NoTruncationOfAnyTopicSampleReadsPastItsEnd) {
     readEveryTruncation<QTV_VX_ADMIN_CommandResponse>();
 }
 
+namespace {
+// Writes the filled sample into heap buffers of every length short of its
+// size: each write fails, and none touches a byte past its buffer
+// (AddressSanitizer checks); the exact length writes the same bytes.
+template <typename T>
+void writeIntoEveryShortBuffer(DDS_UnsignedShort id) {
+    Owned<T> original;
+    fill(original.sample);
+    Bytes full = serialized(original.sample, id);
+    ASSERT_FALSE(full.empty());
+    for (size_t size = 0; size <= full.size(); ++size) {
+        Bytes buffer(size);
+        OBLX_CdrStream stream;
+        OBLX_CdrStream_init(&stream, buffer.data(), static_cast<DDS_UnsignedLong>(size));
+        bool written =
+            Plugin<T>::serialize(nullptr, &original.sample, &stream, DDS_BOOLEAN_TRUE, id, DDS_BOOLEAN_TRUE, nullptr);
+        EXPECT_EQ(written, size == full.size()) << "buffer of " << size << " bytes, identifier " << id;
+        if (written) {
+            EXPECT_EQ(buffer, full);
+        }
+    }
+}
+}  // namespace
+
+TEST(ParameterListWriting, NoShortBufferOfAnyTopicSampleIsWrittenPastItsEnd) {
+    for (DDS_UnsignedShort id : {0, 1}) {
+        writeIntoEveryShortBuffer<QTV_VX_LogMessage>(id);
+        writeIntoEveryShortBuffer<QTV_VX_ADMIN_State>(id);
+        writeIntoEveryShortBuffer<QTV_VX_ADMIN_CommandRequest>(id);
+        writeIntoEveryShortBuffer<QTV_VX_ADMIN_CommandResponse>(id);
+    }
+}
+
 TEST(EnumerationReading, AValueOutOfRangeFailsTheSampleButNotTheFieldRead) {
     Bytes bytes = WireBytes(false).encapsulation(3).pid(1, 4).i32(9).pid(2, 4).i32(7).sentinel().bytes;
     Owned<QTV_VX_ADMIN_State> state;
@@ -331,6 +364,28 @@ TEST(EnumerationReading, AValueOutOfRangeFailsTheSampleButNotTheFieldRead) {
     EXPECT_FALSE(deserialized(pair, WireBytes(false).encapsulation(1).i32(4).i32(6).bytes));
     Owned<QTV_VX_ADMIN_Command> command;
     EXPECT_FALSE(deserialized(command.sample, WireBytes(false).encapsulation(3).pid(0, 4).i32(7).sentinel().bytes));
+}
+
+// Values that lie together are read as one block unless one of them is out
+// of range: then each is stored on its own, and only that one is left alone.
+TEST(EnumerationReading, AValueOutOfRangeAmongOthersLeavesOnlyItsOwnField) {
+    WireBytes wire = WireBytes(false).encapsulation(3).pid(5, 40);  // the five (category, verbosity) pairs
+    for (DDS_Long category = 0; category < QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH; ++category)
+        wire.i32(category).i32(category == 2 ? 9 : QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    Bytes bytes = wire.sentinel().bytes;
+
+    Owned<QTV_VX_ADMIN_State> state;
+    OBLX_CdrStream stream;
+    OBLX_CdrStream_initForRead(&stream, bytes.data(), static_cast<DDS_UnsignedLong>(bytes.size()));
+    EXPECT_TRUE(QTV_VX_ADMIN_StatePlugin_deserialize_sample(nullptr, state.get(), &stream, DDS_BOOLEAN_TRUE,
+                                                            DDS_BOOLEAN_TRUE, nullptr));
+    EXPECT_TRUE(OBLX_CdrStream_getUnassignable(&stream));
+    for (DDS_Long category = 0; category < QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH; ++category) {
+        const QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity &pair = state->qtvLoggerVerbosities[category];
+        EXPECT_EQ(pair.category, category);
+        EXPECT_EQ(pair.verbosity, category == 2 ? QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_SILENT
+                                                : QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+    }
 }
 
 TEST(Bounds, StringsAndSequencesOverTheirBoundsFailBothWays) {
