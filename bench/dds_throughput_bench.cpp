@@ -2,13 +2,16 @@
 // typed writer in one process to a typed reader in another, on loopback.
 //
 //   dds_throughput_bench                         both: a reader process, the writer here
-//   dds_throughput_bench pub <domain> <seconds>  write as fast as the reader takes
+//   dds_throughput_bench pub <domain> <seconds> [unbatched]
+//                                                write as fast as the reader takes
 //   dds_throughput_bench sub <domain> <seconds>  count what arrives
 //
 // Endpoints are reliable and keep-all, the reader takes on loan from its
-// data-available listener, and the writer registers its instance first:
-// what Cyclone's ddsperf does in its default "pub"/"sub" modes, so
-// scripts/bench-dds.sh can set the two side by side. The reader prints the
+// data-available listener (once a call), the writer registers its instance first and
+// batches its writes (many samples per packet, flushed at the end): what
+// Cyclone's ddsperf does in its default "pub"/"sub" modes, so
+// scripts/bench-dds.sh can set the two side by side. "unbatched" sends one
+// packet per write instead, as the logger's own writers do. The reader prints the
 // samples of each second and then "rate <median of the full seconds>".
 #include <spawn.h>
 #include <sys/wait.h>
@@ -73,8 +76,9 @@ public:
     BenchParticipant(const BenchParticipant &) = delete;
     BenchParticipant &operator=(const BenchParticipant &) = delete;
 
-    DDS_DataWriter *writer() const {
+    DDS_DataWriter *writer(bool batched) const {
         DDS_DataWriterQos qos = reliableKeepAll(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER));
+        qos.batch.enable = batched ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
         return topic_ == nullptr ? nullptr : DDS_Publisher_create_datawriter(publisher_, topic_, &qos, nullptr, 0);
     }
     DDS_DataReader *reader(const DDS_DataReaderListener &listener) const {
@@ -120,9 +124,9 @@ bool hasReader(DDS_DataWriter *writer) {
            status.current_count > 0;
 }
 
-int publish(int domain, int seconds) {
+int publish(int domain, int seconds, bool batched) {
     BenchParticipant participant(domain);
-    QTV_VX_LogMessageDataWriter *writer = QTV_VX_LogMessageDataWriter_narrow(participant.writer());
+    QTV_VX_LogMessageDataWriter *writer = QTV_VX_LogMessageDataWriter_narrow(participant.writer(batched));
     if (writer == nullptr) return 1;
     for (auto deadline = Clock::now() + 20s; !hasReader(QTV_VX_LogMessageDataWriter_as_datawriter(writer));) {
         if (Clock::now() > deadline) return 1;
@@ -142,20 +146,22 @@ int publish(int domain, int seconds) {
             return 1;
         }
     }
-    std::printf("pub: %lld samples of %u bytes in %d s (%lld writes timed out)\n", written, bench.serializedSize(),
-                seconds, timeouts);
+    DDS_DataWriter_flush(QTV_VX_LogMessageDataWriter_as_datawriter(writer));
+    std::printf("pub: %lld samples of %u bytes in %d s (%lld writes timed out, %s)\n", written,
+                bench.serializedSize(), seconds, timeouts, batched ? "batched" : "unbatched");
     return 0;
 }
 
-// Takes everything on loan from the listener, as ddsperf's "sub" does.
+// One take per data-available call, as ddsperf's "sub" does: taking resets
+// the status, so whatever arrives afterwards calls the listener again.
 std::atomic<long long> received{0};
 
-void takeAll(void *, DDS_DataReader *untyped) {
+void takeAvailable(void *, DDS_DataReader *untyped) {
     QTV_VX_LogMessageDataReader *reader = QTV_VX_LogMessageDataReader_narrow(untyped);
     QTV_VX_LogMessageSeq samples = DDS_SEQUENCE_INITIALIZER;
     DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
-    while (QTV_VX_LogMessageDataReader_take(reader, &samples, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE,
-                                            DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE) == DDS_RETCODE_OK) {
+    if (QTV_VX_LogMessageDataReader_take(reader, &samples, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE,
+                                         DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE) == DDS_RETCODE_OK) {
         received += QTV_VX_LogMessageSeq_get_length(&samples);
         QTV_VX_LogMessageDataReader_return_loan(reader, &samples, &infos);
     }
@@ -182,9 +188,11 @@ std::vector<long long> countPerSecond(int seconds) {
 
 int subscribe(int domain, int seconds) {
     BenchParticipant participant(domain);
-    DDS_DataReaderListener listener{nullptr, takeAll, nullptr};
-    if (participant.reader(listener) == nullptr) return 1;
+    DDS_DataReaderListener listener{nullptr, takeAvailable, nullptr};
+    DDS_DataReader *reader = participant.reader(listener);
+    if (reader == nullptr) return 1;
     std::vector<long long> perSecond = countPerSecond(seconds);
+    DDS_DataReader_set_listener(reader, nullptr, 0);  // waits for a take in progress, before the reader goes
     if (perSecond.size() < 2) return 1;
     for (size_t i = 0; i < perSecond.size(); ++i) std::printf("sub: second %zu: %lld samples\n", i + 1, perSecond[i]);
     // The first second includes start-up; the median of the rest.
@@ -204,7 +212,7 @@ int publishToChild() {
     std::vector<char *> argv{program.data(), role.data(), domain.data(), seconds.data(), nullptr};
     pid_t child = -1;
     if (posix_spawn(&child, self, nullptr, nullptr, argv.data(), environ) != 0) return 1;
-    int published = publish(kDefaultDomain, kDefaultSeconds);
+    int published = publish(kDefaultDomain, kDefaultSeconds, true);
     int status = 0;
     waitpid(child, &status, 0);
     return published != 0 || !WIFEXITED(status) || WEXITSTATUS(status) != 0;
@@ -214,13 +222,14 @@ int publishToChild() {
 
 int main(int argc, char **argv) {
     if (argc == 1) return publishToChild();
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: %s [pub|sub <domain> <seconds>]\n", argv[0]);
+    std::string role = argc >= 2 ? argv[1] : "";
+    bool unbatched = argc == 5 && std::string(argv[4]) == "unbatched";
+    if (argc != 4 && !(role == "pub" && unbatched)) {
+        std::fprintf(stderr, "usage: %s [pub <domain> <seconds> [unbatched] | sub <domain> <seconds>]\n", argv[0]);
         return 2;
     }
-    std::string role = argv[1];
     int domain = std::atoi(argv[2]), seconds = std::atoi(argv[3]);
-    if (role == "pub") return publish(domain, seconds);
+    if (role == "pub") return publish(domain, seconds, !unbatched);
     if (role == "sub") return subscribe(domain, seconds);
     return 2;
 }

@@ -11,6 +11,7 @@
 #include "platform/cyclone_sertype.hpp"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -21,6 +22,7 @@
 
 #include "platform/cdr_walker.hpp"
 #include "platform/cyclone.hpp"
+#include "platform/enumeration_check.hpp"
 #include "platform/report.h"
 #include "platform/sample_array.hpp"
 #include "platform/sample_printer.hpp"
@@ -83,7 +85,9 @@ struct Sertype {
     bool keyHashIsDigest;         // the key hash is an MD5 digest, not the key bytes
     DDS_UnsignedLong keyMaxSize;  // key form, without header
     DDS_UnsignedLong keyWireMaxSize;
+    DDS_UnsignedLong wireMaxSize;  // a whole sample with header; OBLX_TYPEPLUGIN_MAX_SIZE_OVERFLOW when unbounded
     ScratchPool *scratch;  // owned; outside the struct to keep its layout standard
+    EnumerationCheck *enumerations;  // owned, likewise
 };
 static_assert(std::is_standard_layout_v<Sertype>);
 static_assert(std::has_unique_object_representations_v<OBLX_TypePlugin>, "plugins are compared bytewise");
@@ -157,25 +161,91 @@ void padWire(Serdata &d, std::uint32_t size) noexcept {
 
 // ---- serdata from a sample, from the wire, and back ----------------------
 
+// A sample that encodes but would not decode (an enumeration value that is
+// none of its enumerators) never reaches a reader: Cyclone would hand a
+// local reader the zeroed sample of a failed decode.
+bool isDecodable(const Sertype &type, const void *sample) noexcept {
+    EnumerationCheck::Fault fault{};
+    if (type.enumerations->passes(sample, fault)) return true;
+    char what[160];
+    std::snprintf(what, sizeof what, "sample (%d is not a value of %s)", static_cast<int>(fault.value),
+                  fault.enumeration != nullptr && fault.enumeration->name != nullptr ? fault.enumeration->name
+                                                                                      : "its enumeration");
+    OBLX_Report_badParameter(type.base.type_name, what);
+    return false;
+}
+
+// Bytes that a serializer writes into: a per-thread buffer that holds the
+// type's largest sample, so that a sample is encoded in one pass (measuring
+// it first cost half as much again). Null when the type has no bound small
+// enough or memory ran out.
+unsigned char *encodingBuffer(DDS_UnsignedLong size) noexcept {
+    constexpr DDS_UnsignedLong kLargestKept = 1u << 20;
+    thread_local std::vector<unsigned char> buffer;
+    if (size > kLargestKept) return nullptr;
+    try {
+        if (buffer.size() < size) buffer.resize(size);
+    } catch (...) {
+        return nullptr;
+    }
+    return buffer.data();
+}
+
+// A serdata of `capacity` wire bytes filled by `serialize`; null when it fails.
+template <typename Serialize>
+Serdata *encodedInPlace(const Sertype &type, ddsi_serdata_kind kind, std::uint32_t capacity,
+                        Serialize serialize) noexcept {
+    Serdata *d = capacity != 0 ? newSerdata(type, kind, capacity, type.keyMaxSize) : nullptr;
+    if (d == nullptr) return nullptr;
+    OBLX_CdrStream stream = streamOver(d->wire(), capacity, false);
+    if (!serialize(stream)) {
+        deleteSerdata(d);
+        return nullptr;
+    }
+    padWire(*d, OBLX_CdrStream_getPosition(&stream));
+    return d;
+}
+
+// A serdata filled by `serialize`: written once into the per-thread buffer
+// and copied, or, when the largest sample does not fit that, written in
+// place after `measure` has sized it.
+template <typename Serialize, typename Measure>
+Serdata *encoded(const Sertype &type, ddsi_serdata_kind kind, std::uint32_t maxSize, Serialize serialize,
+                 Measure measure) noexcept {
+    unsigned char *buffer = encodingBuffer(maxSize);
+    if (buffer == nullptr) return encodedInPlace(type, kind, measure(), serialize);
+    OBLX_CdrStream stream = streamOver(buffer, maxSize, false);
+    if (!serialize(stream)) return nullptr;
+    std::uint32_t size = OBLX_CdrStream_getPosition(&stream);
+    Serdata *d = newSerdata(type, kind, size, type.keyMaxSize);
+    if (d == nullptr) return nullptr;
+    std::memcpy(d->wire(), buffer, size);
+    padWire(*d, size);
+    return d;
+}
+
 ddsi_serdata *fromSample(const ddsi_sertype *typeBase, ddsi_serdata_kind kind, const void *sample) noexcept {
     const Sertype &type = sertypeOf(typeBase);
     const OBLX_TypePlugin &plugin = type.plugin;
     if (sample == nullptr) return nullptr;
     bool whole = kind == SDK_DATA;
-    std::uint32_t capacity =
-        whole ? plugin.get_serialized_sample_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0, sample)
-              : type.keyWireMaxSize;
-    if (capacity == 0) return nullptr;
-    Serdata *d = newSerdata(type, kind, capacity, type.keyMaxSize);
-    if (d == nullptr) return nullptr;
-    OBLX_CdrStream stream = streamOver(d->wire(), capacity, false);
+    if (whole && !isDecodable(type, sample)) return nullptr;
     OBLX_TypePluginSerializeFunction serialize = whole ? plugin.serialize : plugin.serialize_key;
-    if (!serialize(nullptr, sample, &stream, DDS_BOOLEAN_TRUE, kWireEncapsulation, DDS_BOOLEAN_TRUE, nullptr) ||
-        !storeKey(type, sample, *d)) {
+    Serdata *d = encoded(
+        type, kind, whole ? type.wireMaxSize : type.keyWireMaxSize,
+        [&](OBLX_CdrStream &stream) {
+            return serialize(nullptr, sample, &stream, DDS_BOOLEAN_TRUE, kWireEncapsulation, DDS_BOOLEAN_TRUE,
+                             nullptr) != DDS_BOOLEAN_FALSE;
+        },
+        [&]() -> std::uint32_t {
+            return whole ? plugin.get_serialized_sample_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0, sample)
+                         : type.keyWireMaxSize;
+        });
+    if (d == nullptr) return nullptr;
+    if (!storeKey(type, sample, *d)) {
         deleteSerdata(d);
         return nullptr;
     }
-    padWire(*d, OBLX_CdrStream_getPosition(&stream));
     return &d->base;
 }
 
@@ -352,6 +422,7 @@ void freeSertype(ddsi_sertype *typeBase) noexcept {
     ddsi_sertype_fini(typeBase);
     auto *type = reinterpret_cast<Sertype *>(typeBase);
     delete type->scratch;
+    delete type->enumerations;
     delete type;
 }
 
@@ -427,7 +498,8 @@ bool bridgeable(const OBLX_TypePlugin &p) noexcept {
     return p.type_code != nullptr && p.sample_size == p.type_code->sample_size && p.serialize != nullptr &&
            p.deserialize != nullptr && p.serialize_key != nullptr && p.deserialize_key != nullptr &&
            p.deserialize_key_sample != nullptr && p.instance_to_keyhash != nullptr && p.get_key_kind != nullptr &&
-           p.get_serialized_sample_size != nullptr && p.get_serialized_key_max_size != nullptr;
+           p.get_serialized_sample_size != nullptr && p.get_serialized_sample_max_size != nullptr &&
+           p.get_serialized_key_max_size != nullptr;
 }
 
 }  // namespace
@@ -440,7 +512,13 @@ ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registere
     if (type == nullptr) return nullptr;
     type->plugin = *plugin;
     type->scratch = new (std::nothrow) ScratchPool(*plugin->type_code);
-    if (type->scratch == nullptr) {
+    try {
+        type->enumerations = new EnumerationCheck(*plugin->type_code);
+    } catch (...) {
+        type->enumerations = nullptr;
+    }
+    if (type->scratch == nullptr || type->enumerations == nullptr) {
+        delete type->scratch;
         delete type;
         return nullptr;
     }
@@ -448,6 +526,7 @@ ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registere
     type->keyHashIsDigest = keyMaxSize > DDS_KEYHASH_LENGTH;
     type->keyMaxSize = keyMaxSize;
     type->keyWireMaxSize = plugin->get_serialized_key_max_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0);
+    type->wireMaxSize = plugin->get_serialized_sample_max_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0);
     ddsi_sertype_init_flags(&type->base, registeredTypeName, &kSertypeOps, &kSerdataOps,
                             type->keyed ? 0u : DDSI_SERTYPE_FLAG_TOPICKIND_NO_KEY);
     type->base.allowed_data_representation = DDS_DATA_REPRESENTATION_FLAG_XCDR1;

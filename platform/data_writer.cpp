@@ -6,6 +6,7 @@
 #include "platform/entity.hpp"
 
 #include "platform/endpoint_listener.hpp"
+#include "platform/write_batching.hpp"
 
 namespace vexar::platform {
 namespace {
@@ -42,7 +43,10 @@ bool checkInstance(DDS_DataWriterImpl *writer, const void *sample, DDS_InstanceH
     return true;
 }
 
-DDS_ReturnCode_t resultOf(dds_return_t result, const char *context, const char *operation) noexcept {
+// The result of a write, dispose or unregister that went to Cyclone.
+DDS_ReturnCode_t sent(const DDS_DataWriterImpl &writer, dds_return_t result, const char *context,
+                      const char *operation) noexcept {
+    flushUnbatched(writer.handle, writer.batched.load(std::memory_order_relaxed));
     return result < 0 ? reportCycloneFailure(context, operation, result) : DDS_RETCODE_OK;
 }
 
@@ -54,7 +58,7 @@ DDS_ReturnCode_t write(DDS_DataWriterImpl *writer, const void *sample, DDS_Insta
     dds_return_t result = dds_write_ts(writer->handle, sample, *time);
     // A full history of a reliable writer is a time-out, not a failure to report.
     if (result == -DDS_RETCODE_TIMEOUT) return DDS_RETCODE_TIMEOUT;
-    return resultOf(result, context, "dds_write_ts");
+    return sent(*writer, result, context, "dds_write_ts");
 }
 
 DDS_InstanceHandle_t registerInstance(DDS_DataWriterImpl *writer, const void *sample, const DDS_Time_t *timestamp,
@@ -77,10 +81,11 @@ DDS_ReturnCode_t unregisterInstance(DDS_DataWriterImpl *writer, const void *samp
     std::optional<dds_time_t> time = timestampOf(timestamp, context);
     if (!time) return DDS_RETCODE_BAD_PARAMETER;
     if (handle != DDS_HANDLE_NIL) {
-        return resultOf(dds_unregister_instance_ih_ts(writer->handle, handle, *time), context,
-                        "dds_unregister_instance_ih_ts");
+        return sent(*writer, dds_unregister_instance_ih_ts(writer->handle, handle, *time), context,
+                    "dds_unregister_instance_ih_ts");
     }
-    return resultOf(dds_unregister_instance_ts(writer->handle, sample, *time), context, "dds_unregister_instance_ts");
+    return sent(*writer, dds_unregister_instance_ts(writer->handle, sample, *time), context,
+                "dds_unregister_instance_ts");
 }
 
 DDS_ReturnCode_t dispose(DDS_DataWriterImpl *writer, const void *sample, DDS_InstanceHandle_t handle,
@@ -89,9 +94,9 @@ DDS_ReturnCode_t dispose(DDS_DataWriterImpl *writer, const void *sample, DDS_Ins
     std::optional<dds_time_t> time = timestampOf(timestamp, context);
     if (!time) return DDS_RETCODE_BAD_PARAMETER;
     if (handle != DDS_HANDLE_NIL) {
-        return resultOf(dds_dispose_ih_ts(writer->handle, handle, *time), context, "dds_dispose_ih_ts");
+        return sent(*writer, dds_dispose_ih_ts(writer->handle, handle, *time), context, "dds_dispose_ih_ts");
     }
-    return resultOf(dds_dispose_ts(writer->handle, sample, *time), context, "dds_dispose_ts");
+    return sent(*writer, dds_dispose_ts(writer->handle, sample, *time), context, "dds_dispose_ts");
 }
 
 }  // namespace
@@ -115,7 +120,15 @@ DDS_Publisher *DDS_DataWriter_get_publisher(DDS_DataWriter *self) {
 DDS_ReturnCode_t DDS_DataWriter_get_qos(DDS_DataWriter *self, DDS_DataWriterQos *qos) {
     const char *context = "DDS_DataWriter_get_qos";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    return readQos(self->handle, qos, context);
+    DDS_ReturnCode_t result = readQos(self->handle, qos, context);
+    if (result == DDS_RETCODE_OK) qos->batch.enable = self->batched.load() ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
+    return result;
+}
+
+DDS_ReturnCode_t DDS_DataWriter_flush(DDS_DataWriter *self) {
+    if (checked(self, "DDS_DataWriter_flush") == nullptr) return DDS_RETCODE_BAD_PARAMETER;
+    dds_write_flush(self->handle);
+    return DDS_RETCODE_OK;
 }
 
 DDS_ReturnCode_t DDS_DataWriter_set_listener(DDS_DataWriter *self, const DDS_DataWriterListener *listener,

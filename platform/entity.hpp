@@ -15,6 +15,7 @@
 // through its enums (DDS_*_STATUS_ID, DDS_SST_*, DDS_VST_*, DDS_IST_*).
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <map>
@@ -167,14 +168,19 @@ struct DDS_DataWriterImpl : DDS_EntityImpl {
     DDS_TopicImpl &topic;
     OBLX_TypePluginEndpointData *endpointData = nullptr;
     ListenerSlot<DDS_DataWriterListener> listener;
+    // Its QoS's batch.enable: it leaves flushing to the application. Set once
+    // the writer is made, possibly while a listener of it already runs.
+    std::atomic<bool> batched{false};
 };
 
 // Samples that Cyclone lent to the application, with their infos. The
 // sample pointer array is what the application's sequence holds, so it
 // names the loan when it comes back.
+// A returned loan keeps its buffers for the next take of its reader.
 struct ReaderLoan {
     std::vector<void *> samples;
     std::vector<DDS_SampleInfo> infos;
+    std::vector<dds_sample_info_t> cycloneInfos;  // what the take fills, converted into infos
     std::int32_t count = 0;
 };
 
@@ -207,8 +213,9 @@ struct DDS_DataReaderImpl : DDS_EntityImpl {
     // and the creation and deletion of its conditions (lock order, see
     // reader_read.cpp).
     mutable std::mutex loanMutex;
-    std::vector<std::unique_ptr<ReaderLoan>> loans;  // under loanMutex
-    std::uint32_t largestLoan = 0;                   // under loanMutex
+    std::vector<std::unique_ptr<ReaderLoan>> loans;      // under loanMutex
+    std::vector<std::unique_ptr<ReaderLoan>> idleLoans;  // under loanMutex: returned, for reuse
+    std::uint32_t largestLoan = 0;                       // under loanMutex
     std::vector<std::unique_ptr<DDS_ReadConditionImpl>> conditions;  // under the participant's mutex
 };
 

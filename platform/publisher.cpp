@@ -2,6 +2,7 @@
 #include "platform/entity.hpp"
 
 #include "platform/endpoint_lifecycle.hpp"
+#include "platform/write_batching.hpp"
 
 DDS_PublisherImpl::~DDS_PublisherImpl() = default;
 
@@ -26,10 +27,14 @@ DDS_DataWriter *DDS_Publisher_create_datawriter(DDS_Publisher *self, DDS_Topic *
     const char *context = "DDS_Publisher_create_datawriter";
     if (checked(self, context) == nullptr || checked(topic, context, "topic") == nullptr) return nullptr;
     const DDS_DataWriterQos defaults = DDS_DataWriterQos_INITIALIZER;
-    return guarded(context, static_cast<DDS_DataWriter *>(nullptr), [&] {
-        return createEndpoint<DDS_DataWriterImpl>(*self, *topic, qos != nullptr ? *qos : defaults, listener, mask,
-                                                  context);
+    const DDS_DataWriterQos &chosen = qos != nullptr ? *qos : defaults;
+    // Before the Cyclone writer exists: it takes its domain's batching switch when created.
+    if (chosen.batch.enable) enableWriteBatching(context);
+    DDS_DataWriter *writer = guarded(context, static_cast<DDS_DataWriter *>(nullptr), [&] {
+        return createEndpoint<DDS_DataWriterImpl>(*self, *topic, chosen, listener, mask, context);
     });
+    if (writer != nullptr) writer->batched = chosen.batch.enable != DDS_BOOLEAN_FALSE;
+    return writer;
 }
 
 DDS_ReturnCode_t DDS_Publisher_delete_datawriter(DDS_Publisher *self, DDS_DataWriter *writer) {

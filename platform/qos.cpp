@@ -18,12 +18,18 @@ namespace {
 // ---------------------------------------------------------------------------
 // The records
 
-// The policies of each record; topics, writers and readers share theirs.
+// The policies of each record; topics, writers and readers share theirs,
+// and writers add batching.
 template <typename Qos>
-constexpr auto kPolicies =
+constexpr auto kEndpointPolicies =
     std::tuple{&Qos::reliability,    &Qos::durability, &Qos::history,
                &Qos::ownership,      &Qos::deadline,   &Qos::latency_budget,
                &Qos::liveliness,     &Qos::destination_order, &Qos::protocol};
+template <typename Qos>
+constexpr auto kPolicies = kEndpointPolicies<Qos>;
+template <>
+constexpr auto kPolicies<DDS_DataWriterQos> =
+    std::tuple_cat(kEndpointPolicies<DDS_DataWriterQos>, std::tuple{&DDS_DataWriterQos::batch});
 template <>
 constexpr auto kPolicies<DDS_PublisherQos> = std::tuple{&DDS_PublisherQos::presentation, &DDS_PublisherQos::protocol};
 template <>
@@ -231,6 +237,10 @@ bool put(dds_qos_t &cyclone, const DDS_ProtocolQosPolicy &policy, const char *) 
     return true;
 }
 
+// Not a QoS in Cyclone but a switch for the process: the writer sets it
+// when it is created (see platform/qos.h).
+bool put(dds_qos_t &, const DDS_BatchQosPolicy &, const char *) noexcept { return true; }
+
 bool put(dds_qos_t &cyclone, const DDS_EntityNameQosPolicy &policy, const char *) noexcept {
     if (policy.name != nullptr) dds_qset_entity_name(&cyclone, policy.name);
     if (policy.role_name != nullptr) dds_qset_prop(&cyclone, kRoleNameProperty, policy.role_name);
@@ -370,6 +380,10 @@ bool take(const dds_qos_t &cyclone, DDS_EntityNameQosPolicy &policy) noexcept {
     const bool hasRoleName = dds_qget_prop(&cyclone, kRoleNameProperty, &roleName.text);
     return (!hasName || replaceString(policy.name, name.text)) &&
            (!hasRoleName || replaceString(policy.role_name, roleName.text));
+}
+
+bool take(const dds_qos_t &, DDS_BatchQosPolicy &) noexcept {
+    return true;  // the writer keeps it
 }
 
 bool take(const dds_qos_t &, DDS_WireProtocolQosPolicy &) noexcept {

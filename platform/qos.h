@@ -15,7 +15,22 @@
  * Two policies have no Cyclone counterpart and travel as entity properties,
  * readable again from the entity's QoS: protocol.vendor_specific_entity as
  * "vexar.vendor_specific_entity" = "true", and participant_name.role_name as
- * "vexar.role_name". participant_name.name is Cyclone's entity name. */
+ * "vexar.role_name". participant_name.name is Cyclone's entity name.
+ *
+ * A writer's batch policy maps onto Cyclone's write batching. Cyclone 0.10
+ * has no per-writer setting: dds_write_set_batch sets the switch of every
+ * domain in the process (per domain it is the configuration's
+ * Internal/WriteBatch), and each Cyclone writer takes its domain's switch
+ * when it is created. Creating a writer with batch.enable turns the switch
+ * on first, for good, and says so once through the middleware logger.
+ * From then on:
+ *   - a batched writer packs consecutive samples into as few network packets
+ *     as fit; DDS_DataWriter_flush sends what it holds at once: call it
+ *     after a burst;
+ *   - every other writer of this library flushes after each write, dispose
+ *     and unregister, so it sends as before;
+ *   - writers that the application creates directly with Cyclone are batched
+ *     as well and need dds_write_flush after their writes. */
 #ifndef VEXAR_PLATFORM_QOS_H
 #define VEXAR_PLATFORM_QOS_H
 
@@ -158,6 +173,12 @@ typedef struct DDS_TopicQos {
     DDS_ProtocolQosPolicy protocol;
 } DDS_TopicQos;
 
+/* Many small samples per network packet, sent on DDS_DataWriter_flush or
+ * when a packet fills (see the top of this file). Off by default. */
+typedef struct DDS_BatchQosPolicy {
+    DDS_Boolean enable;
+} DDS_BatchQosPolicy;
+
 typedef struct DDS_DataWriterQos {
     DDS_ReliabilityQosPolicy reliability;
     DDS_DurabilityQosPolicy durability;
@@ -168,6 +189,7 @@ typedef struct DDS_DataWriterQos {
     DDS_LivelinessQosPolicy liveliness;
     DDS_DestinationOrderQosPolicy destination_order;
     DDS_ProtocolQosPolicy protocol;
+    DDS_BatchQosPolicy batch;
 } DDS_DataWriterQos;
 
 typedef struct DDS_DataReaderQos {
@@ -187,8 +209,9 @@ typedef struct DDS_DataReaderQos {
 #define DDS_PRESENTATION_QOS_POLICY_DEFAULT \
     {DDS_INSTANCE_PRESENTATION_QOS, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE}
 #define DDS_PROTOCOL_QOS_POLICY_DEFAULT {DDS_BOOLEAN_FALSE}
-#define DDS_ENDPOINT_QOS_INITIALIZER(reliability_kind)                   \
-    {{(reliability_kind), {0, 100000000}},                               \
+#define DDS_BATCH_QOS_POLICY_DEFAULT {DDS_BOOLEAN_FALSE}
+#define DDS_ENDPOINT_QOS_POLICIES_DEFAULT(reliability_kind)              \
+     {(reliability_kind), {0, 100000000}},                               \
      {DDS_VOLATILE_DURABILITY_QOS},                                      \
      {DDS_KEEP_LAST_HISTORY_QOS, 1},                                     \
      {DDS_SHARED_OWNERSHIP_QOS},                                         \
@@ -196,7 +219,7 @@ typedef struct DDS_DataReaderQos {
      {DDS_DURATION_ZERO_INITIALIZER},                                    \
      {DDS_AUTOMATIC_LIVELINESS_QOS, DDS_DURATION_INFINITE_INITIALIZER},  \
      {DDS_BY_RECEPTION_TIMESTAMP_DESTINATIONORDER_QOS},                  \
-     DDS_PROTOCOL_QOS_POLICY_DEFAULT}
+     DDS_PROTOCOL_QOS_POLICY_DEFAULT
 
 /* Static initializers: a record declared with one holds the defaults and
  * owns nothing, exactly as after _initialize. */
@@ -204,9 +227,10 @@ typedef struct DDS_DataReaderQos {
     {{NULL, NULL}, {DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID}, DDS_PROTOCOL_QOS_POLICY_DEFAULT}
 #define DDS_PublisherQos_INITIALIZER {DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PROTOCOL_QOS_POLICY_DEFAULT}
 #define DDS_SubscriberQos_INITIALIZER {DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PROTOCOL_QOS_POLICY_DEFAULT}
-#define DDS_TopicQos_INITIALIZER DDS_ENDPOINT_QOS_INITIALIZER(DDS_BEST_EFFORT_RELIABILITY_QOS)
-#define DDS_DataWriterQos_INITIALIZER DDS_ENDPOINT_QOS_INITIALIZER(DDS_RELIABLE_RELIABILITY_QOS)
-#define DDS_DataReaderQos_INITIALIZER DDS_ENDPOINT_QOS_INITIALIZER(DDS_BEST_EFFORT_RELIABILITY_QOS)
+#define DDS_TopicQos_INITIALIZER {DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_BEST_EFFORT_RELIABILITY_QOS)}
+#define DDS_DataWriterQos_INITIALIZER \
+    {DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_RELIABLE_RELIABILITY_QOS), DDS_BATCH_QOS_POLICY_DEFAULT}
+#define DDS_DataReaderQos_INITIALIZER {DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_BEST_EFFORT_RELIABILITY_QOS)}
 
 /* Every operation returns DDS_RETCODE_OK, DDS_RETCODE_BAD_PARAMETER for a
  * null argument (reported), or DDS_RETCODE_OUT_OF_RESOURCES when a string

@@ -80,34 +80,61 @@ DDS_ReturnCode_t failed(dds_return_t result, const char *context) noexcept {
     return reportCycloneFailure(context, "read or take", result);
 }
 
-// The loan's buffers, sized before the reader cache is locked for at least
-// `count` samples and for the largest count Cyclone may write pointers for.
-std::unique_ptr<ReaderLoan> prepareLoan(std::uint32_t count, std::uint32_t largestLoan,
-                                        std::vector<dds_sample_info_t> &cycloneInfos) {
-    auto loan = std::make_unique<ReaderLoan>();
-    loan->samples.assign(std::max(count, largestLoan), nullptr);
-    loan->infos.resize(count);
-    cycloneInfos.resize(count);
+// Grows the loan's buffers to `count` samples (never shrinks them).
+void growLoan(ReaderLoan &loan, std::uint32_t count) {
+    if (count > loan.samples.size()) loan.samples.resize(count, nullptr);
+    if (count > loan.infos.size()) loan.infos.resize(count);
+    if (count > loan.cycloneInfos.size()) loan.cycloneInfos.resize(count);
+}
+
+// A loan whose buffers hold at least `count` samples and the largest count
+// Cyclone may write pointers for, sized before the reader cache is locked:
+// a returned one when there is one, so that a take allocates nothing.
+std::unique_ptr<ReaderLoan> prepareLoan(DDS_DataReaderImpl &reader, std::uint32_t count) {
+    std::unique_ptr<ReaderLoan> loan;
+    if (reader.idleLoans.empty()) {
+        loan = std::make_unique<ReaderLoan>();
+    } else {
+        loan = std::move(reader.idleLoans.back());
+        reader.idleLoans.pop_back();
+    }
+    growLoan(*loan, std::max(count, reader.largestLoan));
+    loan->samples[0] = nullptr;  // asks Cyclone to lend
     return loan;
 }
 
 // Grows the loan's buffers while the reader cache is locked; on failure the
 // take is cut to what fits, which still unlocks the cache.
-std::uint32_t growLockedLoan(ReaderLoan &loan, std::vector<dds_sample_info_t> &cycloneInfos,
-                             std::uint32_t count) noexcept {
+std::uint32_t growLockedLoan(ReaderLoan &loan, std::uint32_t count) noexcept {
     try {
-        if (count > loan.samples.size()) loan.samples.resize(count, nullptr);
-        if (count > loan.infos.size()) loan.infos.resize(count);
-        if (count > cycloneInfos.size()) cycloneInfos.resize(count);
+        growLoan(loan, count);
         return count;
     } catch (...) {
-        return static_cast<std::uint32_t>(std::min({loan.samples.size(), loan.infos.size(), cycloneInfos.size()}));
+        return static_cast<std::uint32_t>(
+            std::min({loan.samples.size(), loan.infos.size(), loan.cycloneInfos.size()}));
     }
 }
 
 // Cyclone's infos, converted in place over the loan's DDS_SampleInfo array.
-void convertInfos(ReaderLoan &loan, const std::vector<dds_sample_info_t> &cyclone) noexcept {
-    for (std::int32_t i = 0; i < loan.count; ++i) loan.infos[static_cast<size_t>(i)] = fromCyclone(cyclone[i]);
+void convertInfos(ReaderLoan &loan) noexcept {
+    for (std::int32_t i = 0; i < loan.count; ++i) {
+        loan.infos[static_cast<size_t>(i)] = fromCyclone(loan.cycloneInfos[static_cast<size_t>(i)]);
+    }
+}
+
+// Keeps a loan that goes back unused, or comes back, for the next take
+// (a reader taking from one thread needs one); returns `result`.
+DDS_ReturnCode_t idle(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> loan, DDS_ReturnCode_t result) noexcept {
+    constexpr size_t kIdleLoansKept = 2;
+    if (reader.idleLoans.size() < kIdleLoansKept) {
+        try {
+            loan->count = 0;
+            reader.idleLoans.push_back(std::move(loan));
+        } catch (...) {
+            // dropped: the next take makes a new one
+        }
+    }
+    return result;
 }
 
 DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> loan, const Destination &out,
@@ -132,18 +159,16 @@ DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selecti
     std::lock_guard lock(reader.loanMutex);
     reader.loans.reserve(reader.loans.size() + 1);  // lend() must not fail once samples are out
     std::uint32_t limit = maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
-    std::vector<dds_sample_info_t> cycloneInfos;
-    std::unique_ptr<ReaderLoan> loan = prepareLoan(std::min(limit, kUsualCount), reader.largestLoan, cycloneInfos);
+    std::unique_ptr<ReaderLoan> loan = prepareLoan(reader, std::min(limit, kUsualCount));
     std::uint32_t count = std::min(dds_reader_lock_samples(reader.handle), limit);
-    if (count == 0) return noData(out);  // not locked when empty
-    count = growLockedLoan(*loan, cycloneInfos, count);
+    if (count == 0) return idle(reader, std::move(loan), noData(out));  // not locked when empty
+    count = growLockedLoan(*loan, count);
     reader.largestLoan = std::max(reader.largestLoan, count);
     dds_return_t result =
-        readOrTake(selection, loan->samples.data(), cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
-    if (result < 0) return failed(result, context);
-    if (result == 0) return noData(out);
+        readOrTake(selection, loan->samples.data(), loan->cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
+    if (result <= 0) return idle(reader, std::move(loan), result < 0 ? failed(result, context) : noData(out));
     loan->count = result;
-    convertInfos(*loan, cycloneInfos);
+    convertInfos(*loan);
     return lend(reader, std::move(loan), out, context);
 }
 
@@ -272,9 +297,10 @@ DDS_ReturnCode_t returnLoan(DDS_DataReaderImpl &reader, void **samples, DDS_Samp
         reader.loans.erase(found);
         dds_return_t result = dds_return_loan(reader.handle, samples, loan->count);
         if (result < 0) reportCycloneFailure(context, "dds_return_loan", result);
-    }
-    if (infos != nullptr && DDS_SampleInfoSeq_get_contiguous_bufferI(infos) == loan->infos.data()) {
-        DDS_SampleInfoSeq_unloan(infos);
+        if (infos != nullptr && DDS_SampleInfoSeq_get_contiguous_bufferI(infos) == loan->infos.data()) {
+            DDS_SampleInfoSeq_unloan(infos);
+        }
+        idle(reader, std::move(loan), DDS_RETCODE_OK);
     }
     return DDS_RETCODE_OK;
 }

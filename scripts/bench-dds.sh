@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Throughput of typed LogMessage samples between two processes on loopback,
-# next to Cyclone's own ddsperf with a payload of the same size.
+# next to Cyclone's own ddsperf with a payload of the same size. ddsperf
+# batches its writes, so the compared run does too; the unbatched run (one
+# packet per write, as the logger's writers send) is printed for information.
 #   scripts/bench-dds.sh [seconds]      (default 6; build dir: $VEXAR_BENCH_DIR or build/bench)
 set -euo pipefail
 source "$(dirname "$0")/env.sh"
@@ -13,12 +15,19 @@ domain=19   # tests/support/domains.h: typed endpoints, bench
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
 
-"$bench" sub "$domain" "$seconds" >"$out/vexar_sub" &
-sub=$!
-"$bench" pub "$domain" "$seconds" >"$out/vexar_pub"
-wait "$sub"
-vexar_rate=$(awk '/^rate/ {print $2}' "$out/vexar_sub")
-size=$(awk '/^pub:/ {print $5}' "$out/vexar_pub")
+run_vexar() { # name, extra pub arguments...
+  local name=$1; shift
+  "$bench" sub "$domain" "$seconds" >"$out/${name}_sub" &
+  local sub=$!
+  "$bench" pub "$domain" "$seconds" "$@" >"$out/${name}_pub"
+  wait "$sub"
+  cat "$out/${name}_pub" "$out/${name}_sub"
+}
+run_vexar batched
+run_vexar unbatched unbatched
+vexar_rate=$(awk '/^rate/ {print $2}' "$out/batched_sub")
+unbatched_rate=$(awk '/^rate/ {print $2}' "$out/unbatched_sub")
+size=$(awk '/^pub:/ {print $5}' "$out/batched_pub")
 
 # ddsperf's KS topic counts its payload size without the 4-byte encapsulation header.
 payload=$((size - 4))
@@ -32,7 +41,7 @@ wait "$sub" || true
 ddsperf_rate=$(awk '/ rate / { for (i = 1; i < NF; i++) if ($i == "rate") print $(i + 1) * 1000 }' "$out/ddsperf_sub" |
   sed '1d;$d' | sort -n | awk '{ v[NR] = $1 } END { if (NR) print int(v[int((NR + 1) / 2)]) }')
 
-cat "$out/vexar_pub" "$out/vexar_sub"
-printf '%-34s %12s samples/s\n' "Vexar typed LogMessage ($size B)" "$vexar_rate" \
-  "ddsperf KS (payload $payload B)" "$ddsperf_rate"
+printf '%-44s %12s samples/s\n' "Vexar typed LogMessage ($size B), batched" "$vexar_rate" \
+  "ddsperf KS (payload $payload B)" "$ddsperf_rate" \
+  "Vexar typed LogMessage, unbatched" "$unbatched_rate"
 awk -v v="$vexar_rate" -v d="$ddsperf_rate" 'BEGIN { if (d > 0) printf "ratio %.0f%% of ddsperf\n", 100 * v / d }'

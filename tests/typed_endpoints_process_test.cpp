@@ -6,6 +6,7 @@
 
 #include "support/child_process.hpp"
 #include "support/domains.h"
+#include "support/log_capture.h"
 #include "support/typed_topic.hpp"
 
 namespace {
@@ -13,7 +14,7 @@ namespace {
 using namespace vexar_test;
 using namespace std::chrono_literals;
 
-constexpr int kProcessesDomain = domains::kTypedEndpoints + 4;  // .. + 5
+constexpr int kProcessesDomain = domains::kTypedEndpoints + 4;  // .. + 6
 
 template <typename T>
 struct PeerName;
@@ -62,6 +63,35 @@ TEST(TypedEndpointsAcrossProcesses, PeerReceivesWhatTheWriterHereWrites) {
         ASSERT_EQ(QTV_VX_LogMessageDataWriter_write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
     }
     EXPECT_EQ(peer.wait(20s), 0);
+}
+
+// Batching only shows across processes (local readers get samples within
+// write). Once a batched writer exists, Cyclone batches the writers created
+// after it too; both kinds must still deliver to a best-effort reader, which
+// gets nothing that is not sent, in the order that they were sent.
+TEST(TypedEndpointsAcrossProcesses, BatchedWriterAndTheWritersCreatedAfterItDeliver) {
+    const std::string topic = "vexar/test/batched";
+    ChildProcess peer = startPeer<QTV_VX_LogMessage>("read-best-effort", kProcessesDomain + 2, topic, 2);
+    ASSERT_TRUE(peer.started());
+    TypedParticipant<QTV_VX_LogMessage> here(kProcessesDomain + 2, topic);
+    DDS_DataWriterQos qos = historyQos(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER), 16);
+    qos.batch.enable = DDS_BOOLEAN_TRUE;
+    LogCapture log;
+    DDS_DataWriter *batched = DDS_Publisher_create_datawriter(here.publisher(), here.topic(), &qos, nullptr, 0);
+    DDS_DataWriter *unbatched = here.untypedWriter();
+    ASSERT_NE(batched, nullptr);
+    ASSERT_NE(unbatched, nullptr);
+    EXPECT_TRUE(log.contains("write batching is process-wide in Cyclone DDS")) << log.text();
+    DDS_DataWriterQos readBack = DDS_DataWriterQos_INITIALIZER;
+    ASSERT_EQ(DDS_DataWriter_get_qos(batched, &readBack), DDS_RETCODE_OK);
+    EXPECT_TRUE(readBack.batch.enable);
+    ASSERT_TRUE(eventuallyWithin(20s, [&] { return hasMatchedReaders(batched, 1) && hasMatchedReaders(unbatched, 1); }));
+
+    Sample<QTV_VX_LogMessage> first(1), second(2);
+    ASSERT_EQ(DDS_DataWriter_write_untypedI(unbatched, first.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    ASSERT_EQ(DDS_DataWriter_write_untypedI(batched, second.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DataWriter_flush(batched), DDS_RETCODE_OK);
+    EXPECT_EQ(peer.wait(20s), 0) << "the peer reads 1, then 2";
 }
 
 }  // namespace

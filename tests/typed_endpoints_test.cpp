@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <cstring>
 #include <vector>
 
 #include "support/domains.h"
@@ -290,6 +291,32 @@ TEST(TypedEndpointsMisuse, NarrowRefusesAnotherTypeWithAReport) {
 
     QTV_VX_ADMIN_StateDataWriter *typed = QTV_VX_ADMIN_StateDataWriter_narrow(stateWriter);
     EXPECT_EQ(QTV_VX_ADMIN_StateDataWriter_as_datawriter(typed), stateWriter);
+}
+
+// Such samples encode, but a reader in the same process would be handed
+// what a failed decode leaves: the writer refuses them, saying why.
+TEST(TypedEndpointsMisuse, WriterRefusesEnumerationValuesWithoutEnumerator) {
+    WriterAndReader<QTV_VX_ADMIN_CommandRequest> endpoints(kMisuseDomain);
+    ASSERT_TRUE(endpoints.matched());
+    const DDS_Long noEnumerator = 7;  // stored as C code would
+    Sample<QTV_VX_ADMIN_CommandRequest> unknownKind(1), unknownVerbosity(2);
+    std::memcpy(&unknownKind->command._d, &noEnumerator, sizeof noEnumerator);
+    unknownVerbosity->command._d = QTV_VX_SET_QTV_LOGGER_LEVEL;
+    auto &pairs = unknownVerbosity->command._u.categoryAndVerbosity;
+    ASSERT_TRUE(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_set_length(&pairs, 2));
+    std::memcpy(&QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_get_reference(&pairs, 1)->verbosity, &noEnumerator,
+                sizeof noEnumerator);
+
+    LogCapture log;
+    for (auto *refused : {&unknownKind, &unknownVerbosity}) {
+        EXPECT_EQ(QTV_VX_ADMIN_CommandRequestDataWriter_write(endpoints.writer, refused->get(), DDS_HANDLE_NIL),
+                  DDS_RETCODE_BAD_PARAMETER);
+    }
+    EXPECT_TRUE(log.contains("7 is not a value of QTV::VX::ADMIN::CommandKind")) << log.text();
+    EXPECT_TRUE(log.contains("7 is not a value of QTV::VX::ADMIN::QTVLoggerVerbosity")) << log.text();
+    endpoints.write(3);
+    // Local delivery happens within write: whatever got through is there now.
+    EXPECT_EQ(takeMarkers<QTV_VX_ADMIN_CommandRequest>(endpoints.reader, 3, 300ms), std::vector<int>{3});
 }
 
 TEST(TypedEndpointsMisuse, ReaderRefusesWhatItCannotDo) {

@@ -1,7 +1,7 @@
 // The other process of the typed endpoint tests: writes or reads samples of
 // one topic type numbered 1..count.
 //
-//   typed_endpoint_peer write|read LogMessage|State|CommandRequest|CommandResponse <domain> <topic> <count>
+//   typed_endpoint_peer write|read|read-best-effort LogMessage|State|CommandRequest|CommandResponse <domain> <topic> <count>
 //
 // The writer waits for a reader, writes, and stays until that reader has
 // gone, so its history outlives the reader's need. The reader exits 0 when
@@ -34,9 +34,9 @@ int writeSamples(int domain, const std::string &topic, int count) {
 }
 
 template <typename T>
-int readSamples(int domain, const std::string &topic, int count) {
+int readSamples(int domain, const std::string &topic, int count, bool bestEffort) {
     TypedParticipant<T> participant(domain, topic);
-    auto *reader = participant.reader();
+    auto *reader = bestEffort ? participant.bestEffortReader() : participant.reader();
     if (reader == nullptr) return kSetup;
     std::vector<int> expected(static_cast<size_t>(count));
     std::iota(expected.begin(), expected.end(), 1);
@@ -46,7 +46,7 @@ int readSamples(int domain, const std::string &topic, int count) {
 template <typename T>
 int run(const std::string &role, int domain, const std::string &topic, int count) {
     if (role == "write") return writeSamples<T>(domain, topic, count);
-    if (role == "read") return readSamples<T>(domain, topic, count);
+    if (role == "read" || role == "read-best-effort") return readSamples<T>(domain, topic, count, role != "read");
     return kUsage;
 }
 

@@ -122,6 +122,7 @@ public:
     bool ready() const { return topic_ != nullptr && publisher_ != nullptr && subscriber_ != nullptr; }
     DDS_DomainParticipant *participant() const { return participant_; }
     DDS_Publisher *publisher() const { return publisher_; }
+    DDS_Topic *topic() const { return topic_; }
 
     DDS_DataWriter *untypedWriter() const {
         DDS_DataWriterQos qos = historyQos(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER), depth_);
@@ -135,6 +136,14 @@ public:
     }
     typename Type::DataWriter *writer() const { return Type::narrowWriter(untypedWriter()); }
     typename Type::DataReader *reader() const { return Type::narrowReader(untypedReader()); }
+    // Best effort and volatile: a sample not sent when written never arrives.
+    typename Type::DataReader *bestEffortReader() const {
+        DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
+        qos.history = {DDS_KEEP_LAST_HISTORY_QOS, depth_};
+        return topic_ == nullptr ? nullptr
+                                 : Type::narrowReader(DDS_Subscriber_create_datareader(
+                                       subscriber_, DDS_Topic_as_topicdescription(topic_), &qos, nullptr, 0));
+    }
 
 private:
     static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
