@@ -9,6 +9,7 @@
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "support/running_logger.hpp"
+#include "vexar/message_counts.hpp"
 
 using namespace vexar_test;
 
@@ -23,6 +24,7 @@ protected:
         ASSERT_TRUE(holdWriteThread(QTV_VX_Vexar_getLogMessageWriteThread()));
     }
     QTV_VX_Vexar *logger() const { return session_.logger(); }
+    QTV_VX_Options *options() const { return session_.options(); }
     std::vector<QueuedMessage> queued() const { return drainQueue(QTV_VX_Vexar_getMessageQueue()); }
 
 private:
@@ -118,6 +120,41 @@ TEST_F(HeldLogger, FilterLevelSetterRefusesNegativeLevels) {
     EXPECT_EQ(logger()->state->filterLevel, 0);
     QTV_VX_Vexar_fatal(logger(), "above level 0");
     EXPECT_TRUE(queued().empty());
+}
+
+// The level is checked before the global lock against a copy of what decides
+// it: the filter level and the echo switch must reach that copy.
+TEST_F(HeldLogger, FilterAndEchoChangesReachTheEarlyLevelCheck) {
+    QTV_VX_Vexar_setFilterLevel(logger(), 300);
+    QTV_VX_Vexar_info(logger(), "filtered");
+    QTV_VX_Vexar_setFilterLevel(logger(), 700);
+    QTV_VX_Vexar_info(logger(), "let through again");
+    QTV_VX_Vexar_setFilterLevel(logger(), 300);
+    QTV_VX_Options_setEchoToStdout(options(), 1);
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_info(logger(), "echoed, not queued"); }),
+              "VX Info: : echoed, not queued\n");
+    QTV_VX_Options_setEchoToStdout(options(), 0);
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_info(logger(), "silent again"); }), "");
+    std::vector<QueuedMessage> messages = queued();
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].message, "let through again");
+}
+
+// Each call ends one way, counted on its thread; the queue counts what it took.
+TEST_F(HeldLogger, EveryCallIsCountedAsRefusedQueuedOrDropped) {
+    const vexar::CallOutcomes before = vexar::callOutcomesOfThisThread();
+    const vexar::QueueOutcomes queuesBefore = vexar::queueOutcomes();
+    const DDS_Long capacity = QTV_VX_MessageQueue_getMessageQueueProperty(QTV_VX_Vexar_getMessageQueue());
+    capturedStdout([&] {  // the queue warns of each message it cannot take
+        for (DDS_Long i = 0; i < capacity + 2; ++i) QTV_VX_Vexar_info(logger(), "fills the queue");
+        QTV_VX_Vexar_debug(logger(), "above the filter");
+        QTV_VX_Vexar_error(nullptr, "no logger");
+    });
+    const vexar::CallOutcomes after = vexar::callOutcomesOfThisThread();
+    EXPECT_EQ(after.queued - before.queued, static_cast<std::uint64_t>(capacity));
+    EXPECT_EQ(after.dropped - before.dropped, 2u);
+    EXPECT_EQ(after.refused - before.refused, 2u);
+    EXPECT_EQ(vexar::queueOutcomes().queued - queuesBefore.queued, static_cast<std::uint64_t>(capacity));
 }
 
 TEST_F(EchoingLogger, EchoPrintsEveryMessageBeforeTheFilterWithTheEmptySource) {

@@ -121,6 +121,7 @@ void QTV_VX_Vexar_disable(void) {
     if (self == nullptr) return;
     auto stateLock = vexar::lockState();
     vexar::setStateKind(*self, QTV_VX_STATE_NONOPERATIONAL);
+    vexar::refreshLevelGate(*self);
     vexar::stopWriteThread(self->logMessageWriteThread);
     if (QTV_VX_Vexar_writeState(self) != 1) vexar::reportWarning("Unable to Write State", "QTV_VX_Vexar_disable");
 }

@@ -68,10 +68,14 @@ struct WriterPlan {
     const char *topicName;
     const char *qosFailure;
     const char *createFailure;
+    bool batched = false;
 };
 
+// The log writer batches: its write thread writes many small samples in a
+// row and flushes whenever it finds its queue empty, so a packet carries many
+// messages and none waits for a later one.
 constexpr WriterPlan kLogMessageWriter{QTV_VX_LOG_TOPIC_NAME, "Unable to get QoS for LogMessage DataWriter",
-                                       "Unable to create logMessage DataWriter"};
+                                       "Unable to create logMessage DataWriter", true};
 constexpr WriterPlan kStateWriter{QTV_VX_STATE_TOPIC_NAME, "Unable to get QoS of State's DataWriter",
                                   "Unable to create State DataWriter"};
 constexpr WriterPlan kCommandResponseWriter{QTV_VX_COMMAND_RESPONSE_TOPIC_NAME,
@@ -161,6 +165,7 @@ TypedWriter *createWriter(QTV_VX_DDSEntities &self, DDS_Topic *topic, const Writ
         fail(plan.qosFailure);
         return nullptr;
     }
+    if (plan.batched) qos.value.batch.enable = DDS_BOOLEAN_TRUE;
     DDS_DataWriter *writer =
         DDS_Publisher_create_datawriter(self.publisher, topic, &qos.value, nullptr, DDS_STATUS_MASK_NONE);
     TypedWriter *typed = writer != nullptr ? narrow(writer) : nullptr;

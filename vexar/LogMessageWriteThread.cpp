@@ -3,8 +3,10 @@
 #include <atomic>
 #include <cstdlib>
 
+#include "platform/data_writer.h"
 #include "type/vexarSupport.h"
 #include "vexar/logger_core.hpp"
+#include "vexar/message_counts.hpp"
 #include "vexar/report_line.hpp"
 
 namespace {
@@ -14,6 +16,8 @@ constexpr const char *kThreadName = "LogMessageWriteThread";
 // Just under 100 ms: how long one turn waits for a message, and how often
 // delete looks whether the thread has left its loop.
 constexpr OBLX_Time_t kTurn{0, 429491200u};
+
+constexpr OBLX_Time_t kNoWait{0, 0};
 
 // Set on every write thread, so that the logger device can drop the
 // thread's own lines before it takes any lock.
@@ -39,6 +43,34 @@ void publishHead(LogMessageWriteThread &self, const QTV_VX_LogMessagePlusTime &h
         vexar::reportError("Unable to write LogMessage in DataWriter", "LogMessageWriteThread_run");
     }
     QTV_VX_MessageQueue_pop(self.q);
+    vexar::countInQueues(result == DDS_RETCODE_OK ? vexar::QueueOutcome::published : vexar::QueueOutcome::failed);
+}
+
+// The log writer batches samples (see vexar/DDSEntities.cpp): what it holds
+// is sent when the queue is found empty and when the loop ends.
+void flushWrites(LogMessageWriteThread &self) noexcept {
+    if (self.logMessageWriter != nullptr) {
+        DDS_DataWriter_flush(QTV_VX_LogMessageDataWriter_as_datawriter(self.logMessageWriter));
+    }
+}
+
+// Publishes queued messages one after the other and flushes once the queue
+// is empty, before waiting a turn for the next message.
+void drainUntilStopped(LogMessageWriteThread &self) noexcept {
+    bool unflushed = false;
+    while (vexar::shared(self.shouldRun).load() == 1) {
+        const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(self.q, &kNoWait);
+        if (head == nullptr) {
+            if (unflushed) flushWrites(self);
+            unflushed = false;
+            head = QTV_VX_MessageQueue_front(self.q, &kTurn);
+        }
+        if (head != nullptr) {
+            publishHead(self, *head);
+            unflushed = true;
+        }
+    }
+    if (unflushed) flushWrites(self);
 }
 
 bool startThread(LogMessageWriteThread &self, const DDS_ThreadSettings_t *settings) noexcept {
@@ -121,10 +153,7 @@ void *LogMessageWriteThread_run(void *arg) {
     if (id == 0) {
         vexar::reportError("Unable to get WrteThread ID.", "LogMessageWriteThread_run");
     } else {
-        while (vexar::shared(self.shouldRun).load() == 1) {
-            const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(self.q, &kTurn);
-            if (head != nullptr) publishHead(self, *head);
-        }
+        drainUntilStopped(self);
     }
     vexar::shared(self.exitRun).store(1);
     return nullptr;

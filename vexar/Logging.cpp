@@ -1,13 +1,44 @@
+#include <atomic>
 #include <cstdint>
+#include <limits>
 
 #include "platform/global_lock.h"
 #include "platform/thread.h"
 #include "vexar/Vexar.h"
 #include "vexar/admin_state.hpp"
 #include "vexar/logger_core.hpp"
+#include "vexar/message_counts.hpp"
 #include "vexar/report_line.hpp"
 
 namespace {
+
+using vexar::CallOutcome;
+
+constexpr DDS_Long kNoLevel = std::numeric_limits<DDS_Long>::min();
+constexpr DDS_Long kEveryLevel = std::numeric_limits<DDS_Long>::max();
+
+// The level gate: the highest level at which a logging call can do more than
+// be refused. A call above it is refused with one relaxed load and a compare,
+// before the global lock and the clock, which is what keeps a filtered call
+// cheap. kNoLevel while no logger runs, kEveryLevel while echo is on (echo
+// prints whatever the level). Written under the State mutex only, so the
+// last value written is computed from the latest filter level and state.
+std::atomic<DDS_Long> gLevelCeiling{kNoLevel};
+
+// Invalid arguments pass the gate, so that their errors are still printed.
+bool refusedAtGate(DDS_Long level, const char *message, const char *category) noexcept {
+    if (level <= gLevelCeiling.load(std::memory_order_relaxed) || message == nullptr || category == nullptr) {
+        return false;
+    }
+    vexar::countCall(CallOutcome::refused);
+    return true;
+}
+
+DDS_Long levelCeilingOf(const QTV_VX_Vexar &self) noexcept {
+    if (self.options->echoToStdout == 1) return kEveryLevel;
+    if (vexar::stateKind(self) != QTV_VX_STATE_OPERATIONAL) return kNoLevel;
+    return vexar::shared(const_cast<DDS_Long &>(self.filterLevel)).load();
+}
 
 constexpr const char *kParamsSource = "QTV_VX_Vexar_logMessageWithParams";
 
@@ -31,7 +62,7 @@ bool passesFilter(QTV_VX_Vexar &self, DDS_Long level) noexcept {
 }
 
 // The queue copies the texts, so the caller's may be borrowed here.
-void enqueue(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
+CallOutcome enqueue(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
     QTV_VX_LogMessagePlusTime item{};
     item.message.hostAndAppId.rtps_host_id = QTV_VX_DDSEntities_getRtpsHostId(self._ddsEntities);
     item.message.hostAndAppId.rtps_app_id = QTV_VX_DDSEntities_getRtpsAppId(self._ddsEntities);
@@ -39,7 +70,7 @@ void enqueue(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexc
     item.message.category = const_cast<char *>(params.category);
     item.message.message = const_cast<char *>(params.message);
     item.writeTime = params.timestamp;
-    QTV_VX_MessageQueue_push(self.q, &item);
+    return QTV_VX_MessageQueue_push(self.q, &item) == 1 ? CallOutcome::queued : CallOutcome::dropped;
 }
 
 bool isSingleton(const QTV_VX_Vexar *self) noexcept {
@@ -58,6 +89,25 @@ void releaseGlobalLock() noexcept {
 
 void logLevelCall(QTV_VX_Vexar *self, DDS_Long level, const char *message) noexcept {
     QTV_VX_Vexar_logMessageWithLevelCategory(self, level, message, "");
+}
+
+// The lock comes before the clock: a logger that is no longer the singleton
+// (its clock already gone) must not be touched.
+CallOutcome logUnderGlobalLock(QTV_VX_Vexar *self, DDS_Long level, const char *message,
+                               const char *category) noexcept {
+    if (!takeGlobalLock()) return CallOutcome::refused;
+    CallOutcome outcome = CallOutcome::refused;
+    if (isSingleton(self)) outcome = vexar::logNow(*self, level, message, category);
+    releaseGlobalLock();
+    return outcome;
+}
+
+CallOutcome logParamsUnderGlobalLock(QTV_VX_Vexar *self, const QTV_VX_Vexar_MessageParams *params) noexcept {
+    if (!takeGlobalLock()) return CallOutcome::refused;
+    CallOutcome outcome = CallOutcome::refused;
+    if (vexar::validParams(params) && isSingleton(self)) outcome = vexar::runLoggingSteps(*self, *params);
+    releaseGlobalLock();
+    return outcome;
 }
 
 }  // namespace
@@ -94,25 +144,42 @@ bool validParams(const QTV_VX_Vexar_MessageParams *params) noexcept {
     return problem == nullptr;
 }
 
-void runLoggingSteps(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
+CallOutcome runLoggingSteps(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
     DDS_UnsignedLong caller = OBLX_Thread_currentId();
     if (caller == 0) {
         reportWarning("Unable to get current thread Id, message missed", kParamsSource);
-        return;
+        return CallOutcome::refused;
     }
-    if (raisedOnWriteThread(self, caller)) return;
+    if (raisedOnWriteThread(self, caller)) return CallOutcome::refused;
     echo(self, params);
-    if (passesFilter(self, params.log_level)) enqueue(self, params);
+    return passesFilter(self, params.log_level) ? enqueue(self, params) : CallOutcome::refused;
 }
 
-void logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, const char *category) noexcept {
+CallOutcome logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, const char *category) noexcept {
     OBLX_Time_t now{};
     if (!OBLX_Clock_getTime(self.clock, &now)) {
         reportError("Unable to get current Time from internal clock", "QTV_VX_Vexar_logMessageWithLevelCategory");
-        return;
+        return CallOutcome::refused;
     }
     QTV_VX_Vexar_MessageParams params{level, message, category, ddsTimeFromClockTime(now)};
-    if (validParams(&params)) runLoggingSteps(self, params);
+    return validParams(&params) ? runLoggingSteps(self, params) : CallOutcome::refused;
+}
+
+void refreshLevelGate(const QTV_VX_Vexar &self) noexcept {
+    auto stateLock = lockState();
+    if (isSingleton(&self)) gLevelCeiling.store(levelCeilingOf(self), std::memory_order_relaxed);
+}
+
+void refreshLevelGateFor(const QTV_VX_Options *options) noexcept {
+    if (!OBLX_GlobalLock_take()) return;
+    QTV_VX_Vexar *running = shared(QTV_VX_Vexar_instance).load();
+    if (running != nullptr && running->options == options) refreshLevelGate(*running);
+    OBLX_GlobalLock_give();
+}
+
+void closeLevelGate() noexcept {
+    auto stateLock = lockState();
+    gLevelCeiling.store(kNoLevel, std::memory_order_relaxed);
 }
 
 bool publishFilterLevel(QTV_VX_Vexar &self, DDS_Long level) noexcept {
@@ -139,19 +206,18 @@ QTV_VX_DEFINE_LEVEL_CALL(trace, QTV_VX_LOG_LEVEL_TRACE)
 
 void QTV_VX_Vexar_log(QTV_VX_Vexar *self, DDS_Long level, const char *message) { logLevelCall(self, level, message); }
 
-// The lock comes before the clock: a logger that is no longer the singleton
-// (its clock already gone) must not be touched.
 void QTV_VX_Vexar_logMessageWithLevelCategory(QTV_VX_Vexar *self, DDS_Long level, const char *message,
                                               const char *category) {
-    if (!takeGlobalLock()) return;
-    if (isSingleton(self)) vexar::logNow(*self, level, message, category);
-    releaseGlobalLock();
+    if (refusedAtGate(level, message, category)) return;
+    vexar::countCall(logUnderGlobalLock(self, level, message, category));
 }
 
 void QTV_VX_Vexar_logMessageWithParams(QTV_VX_Vexar *self, const QTV_VX_Vexar_MessageParams *params) {
-    if (!takeGlobalLock()) return;
-    if (vexar::validParams(params) && isSingleton(self)) vexar::runLoggingSteps(*self, *params);
-    releaseGlobalLock();
+    if (params != nullptr && params->timestamp.sec >= 0 &&
+        refusedAtGate(params->log_level, params->message, params->category)) {
+        return;
+    }
+    vexar::countCall(logParamsUnderGlobalLock(self, params));
 }
 
 DDS_Long QTV_VX_Vexar_setFilterLevel(QTV_VX_Vexar *self, DDS_Long level) {
@@ -160,6 +226,7 @@ DDS_Long QTV_VX_Vexar_setFilterLevel(QTV_VX_Vexar *self, DDS_Long level) {
     // a remote command racing an application call cannot leave them apart.
     auto stateLock = vexar::lockState();
     if (vexar::shared(self->filterLevel).exchange(level) == level) return 0;
+    vexar::refreshLevelGate(*self);
     if (!vexar::publishFilterLevel(*self, level)) {
         vexar::reportWarning("Unable to write State", "QTV_VX_Vexar_setFilterLevel");
     }

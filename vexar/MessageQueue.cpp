@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/dds_string.h"
+#include "vexar/message_counts.hpp"
 #include "vexar/report_line.hpp"
 
 namespace {
@@ -92,6 +93,7 @@ bool enqueue(QTV_VX_MessageQueue *self, const QTV_VX_LogMessagePlusTime *item, c
         return false;
     }
     OBLX_InlineList_addNodeToBack(&self->queue, &element->node);
+    vexar::countInQueues(vexar::QueueOutcome::queued);
     return true;
 }
 
@@ -225,6 +227,7 @@ void QTV_VX_MessageQueue_delete(QTV_VX_MessageQueue *self) {
     OBLX_CountingSemaphore_delete(self->countSem);
     if (self->elementPool != nullptr) {
         while (discardHead(self)) {
+            vexar::countInQueues(vexar::QueueOutcome::discarded);
         }
         OBLX_BufferPool_delete(self->elementPool);
     }

@@ -4,6 +4,7 @@
 
 #include "platform/dds_string.h"
 #include "vexar/VexarUtility.h"
+#include "vexar/logger_core.hpp"
 #include "vexar/report_line.hpp"
 
 namespace {
@@ -230,7 +231,9 @@ DDS_Long QTV_VX_Options_getEchoToStdout(const QTV_VX_Options *self) {
 }
 
 DDS_ReturnCode_t QTV_VX_Options_setEchoToStdout(QTV_VX_Options *self, DDS_Long echo) {
-    return store(self, "QTV_VX_Options_setEchoToStdout", &QTV_VX_Options::echoToStdout, echo);
+    DDS_ReturnCode_t result = store(self, "QTV_VX_Options_setEchoToStdout", &QTV_VX_Options::echoToStdout, echo);
+    if (result == DDS_RETCODE_OK) vexar::refreshLevelGateFor(self);
+    return result;
 }
 
 DDS_Long QTV_VX_Options_getLogInfrastructureMessages(const QTV_VX_Options *self) {

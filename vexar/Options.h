@@ -33,7 +33,8 @@ typedef struct QTV_VX_Options {
     DDS_ThreadSettings_t threadSettings;
     /* Owned free-form kind of application, published in the state. Null. */
     char *applicationKind;
-    /* Echo every logged message to stdout; only the value 1 turns it on. 0. */
+    /* Echo every logged message to stdout; only the value 1 turns it on. 0.
+     * A running logger sees a change made through the setter. */
     DDS_Long echoToStdout;
     /* Capture the middleware's own diagnostics into the log. 1. */
     DDS_Long logInfrastructureMessages;

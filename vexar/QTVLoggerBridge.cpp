@@ -35,8 +35,8 @@ void printUncaptured(const char *text) noexcept {
 bool capture(const OBLX_Config_LogMessage &message) noexcept {
     std::shared_lock lock(gate());
     if (gAttachedLogger == nullptr || !vexar::isInitialized()) return false;
-    vexar::logNow(*gAttachedLogger, QTV_VX_translateFromQTVLoggerLogLevelToVXLevel(message.level), message.text,
-                  QTV_VX_VEXAR_INFRASTRUCTURE_CATEGORY);
+    vexar::countCall(vexar::logNow(*gAttachedLogger, QTV_VX_translateFromQTVLoggerLogLevelToVXLevel(message.level),
+                                   message.text, QTV_VX_VEXAR_INFRASTRUCTURE_CATEGORY));
     return true;
 }
 

@@ -152,6 +152,7 @@ void createSingleton() noexcept {
         vexar::reportError("Unable to create Vexar singleton!", kGetInstanceSource);
         return;
     }
+    vexar::refreshLevelGate(*created);
     QTV_VX_Vexar_unmaskSystemVerbosity(saved);
     if (!vexar::publishVerbosities(*created)) vexar::reportWarning("Unable to Write State", kGetInstanceSource);
     setInitialized(true);
@@ -162,6 +163,7 @@ void finalizeSingleton(QTV_VX_Vexar *instance) noexcept {
     QTV_VX_Vexar_disable();
     setInitialized(false);
     vexar::shared(QTV_VX_Vexar_instance).store(nullptr);
+    vexar::closeLevelGate();
     QTV_VX_Vexar_destroy(instance);
     vexar::shared(gQTV_VX_Vexar_currentOptions).store(nullptr);
 }

@@ -28,7 +28,9 @@ struct QTV_VX_DDSEntities;
 /* The logger record, fields in their fixed order. */
 typedef struct QTV_VX_Vexar {
     QTV_VX_Options *options;  /* borrowed when registered with setOptions, owned when made by default */
-    DDS_Long filterLevel;     /* messages above this level are not published; read and written atomically */
+    DDS_Long filterLevel;     /* messages above this level are not published; read and written atomically;
+                                 change it only with QTV_VX_Vexar_setFilterLevel, which also updates the
+                                 level check made before the global lock */
     struct QTV_VX_DDSEntities *_ddsEntities; /* owned */
     QTV_VX_ADMIN_State *state; /* the administration sample, owned; guarded by the State's own mutex */
     DDS_InstanceHandle_t loggerStateInstanceHandle; /* used when writing `state`; DDS_HANDLE_NIL at first */

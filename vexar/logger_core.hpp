@@ -7,6 +7,7 @@
 
 #include "platform/clock.h"
 #include "vexar/Vexar.h"
+#include "vexar/message_counts.hpp"
 
 namespace vexar {
 
@@ -38,9 +39,21 @@ DDS_Time_t ddsTimeFromClockTime(const OBLX_Time_t &clockTime) noexcept;
 // The logging steps, run under whatever guard keeps `self` alive (the
 // global lock, or the device gate). logNow reads the clock, validates and
 // runs the rest: the write-thread drop, echo, filter and queue.
+// Both return what became of the message.
 bool validParams(const QTV_VX_Vexar_MessageParams *params) noexcept;
-void runLoggingSteps(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept;
-void logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, const char *category) noexcept;
+CallOutcome runLoggingSteps(QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept;
+CallOutcome logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, const char *category) noexcept;
+
+// The level gate lets a call above every level that could do anything be
+// refused before the global lock. Refresh it whenever the singleton, its
+// state, its filter level or its echo option changes (it takes the State
+// mutex and ignores a logger that is not the singleton); close it when the
+// singleton goes.
+void refreshLevelGate(const QTV_VX_Vexar &self) noexcept;
+void closeLevelGate() noexcept;
+// Refreshes the gate when `options` are the running logger's; takes the
+// global lock, so only application threads may call it.
+void refreshLevelGateFor(const QTV_VX_Options *options) noexcept;
 
 // Each changes the State sample under the State mutex and writes it;
 // false when the write failed. The verbosities and the print format are

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# The logger's benchmarks on loopback: the cost of an accepted and of a
+# filtered call (next to spdlog), end-to-end messages per second to a
+# subscriber in another process with the count lost, and the resident
+# memory a running logger adds.
+#   scripts/bench-logger.sh [messages]   (default 1000000; build dir: $VEXAR_BENCH_DIR or build/bench)
+set -euo pipefail
+source "$(dirname "$0")/env.sh"
+dir=${VEXAR_BENCH_DIR:-build/bench}
+vexar_configure "$dir" -DCMAKE_BUILD_TYPE=Release -DVEXAR_BUILD_TESTS=OFF -DVEXAR_BUILD_TOOLS=OFF -DVEXAR_BUILD_BENCH=ON
+cmake --build "$VEXAR_ROOT/$dir" --target logger_call_bench logger_throughput_bench logger_memory_bench \
+  -j"$VEXAR_JOBS" >/dev/null
+bench="$VEXAR_ROOT/$dir/bench"
+echo "load: $(uptime)"
+echo "==== cost of one call (a: accepted, b: filtered)"
+"$bench/logger_call_bench"
+echo "==== end to end to another process (c)"
+"$bench/logger_throughput_bench" "$@"
+echo "==== resident memory added by a running logger (d)"
+"$bench/logger_memory_bench"

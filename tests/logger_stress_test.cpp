@@ -1,0 +1,294 @@
+// Four threads logging, a remote administrator sending commands, and the
+// logger finalized and created again and again: nothing may deadlock or
+// race (this suite also runs under ThreadSanitizer), and every message must
+// be delivered or accounted for.
+//
+// The accounting is exact because each number comes from where it happens:
+// - each logging thread knows how many calls it made, and the logger counts,
+//   per calling thread, how each call ended (refused, queued, or dropped by
+//   a full queue);
+// - the logger counts what its queues did with what they took: published,
+//   failed write, or discarded when the logger was destroyed;
+// - the subscriber, a reliable keep-all reader in this process (Cyclone
+//   delivers to local readers inside the write, so DDS cannot lose here),
+//   marks every (thread, sequence) it receives.
+// Each new logger starts with filter level 0, so it refuses everything
+// until its writer has matched the subscriber; only then does the test open
+// the filter and let the administrator address it.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/administrator.hpp"
+#include "support/domains.h"
+#include "support/log_subscriber.hpp"
+#include "support/running_logger.hpp"
+#include "support/watchdog.hpp"
+#include "vexar/message_counts.hpp"
+
+using namespace vexar_test;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int kDomain = domains::kLoggerBase + 25;
+constexpr int kLoggingThreads = 4;
+constexpr int kCycles = 6;
+constexpr auto kLoggerLife = 250ms;
+// Small, and filled in bursts, so that the four threads overflow it now and
+// then.
+constexpr DDS_Long kQueueSize = 128;
+constexpr long kBurst = 64;
+
+// ---- the logging threads ----
+
+struct ThreadTally {
+    long logged = 0;
+    vexar::CallOutcomes outcomes;
+};
+
+// "stress t<thread> #<sequence>": who logged it and which it was.
+std::string stressMessage(int thread, long sequence) {
+    return "stress t" + std::to_string(thread) + " #" + std::to_string(sequence);
+}
+
+bool parseStressMessage(const char *text, int &thread, long &sequence) {
+    return std::sscanf(text, "stress t%d #%ld", &thread, &sequence) == 2;
+}
+
+// Through each of the three logging calls in turn, at every level, with the
+// singleton or, between two loggers, a stale pointer that must be refused.
+void logOnce(QTV_VX_Vexar *logger, DDS_Long level, long sequence, const std::string &text) {
+    switch (sequence % 3) {
+    case 0:
+        QTV_VX_Vexar_log(logger, level, text.c_str());
+        break;
+    case 1:
+        QTV_VX_Vexar_logMessageWithLevelCategory(logger, level, text.c_str(), "stress");
+        break;
+    default: {
+        QTV_VX_Vexar_MessageParams params{level, text.c_str(), "stress", {1700000000, 0}};
+        QTV_VX_Vexar_logMessageWithParams(logger, &params);
+    }
+    }
+}
+
+ThreadTally logUntil(int thread, const std::atomic<bool> &stop) {
+    ThreadTally tally;
+    QTV_VX_Vexar *remembered = nullptr;
+    for (long sequence = 0; !stop.load(); ++sequence) {
+        if (QTV_VX_Vexar *current = vexar::shared(QTV_VX_Vexar_instance).load()) remembered = current;
+        logOnce(remembered, 100 * (1 + sequence % 8), sequence, stressMessage(thread, sequence));
+        ++tally.logged;
+        if (sequence % kBurst == kBurst - 1) std::this_thread::sleep_for(2ms);
+    }
+    tally.outcomes = vexar::callOutcomesOfThisThread();
+    return tally;
+}
+
+// ---- the subscriber ----
+
+class Receipts {
+public:
+    // Collects until `stop`; then takes what is left.
+    void collectUntil(LogSubscriber &subscriber, const std::atomic<bool> &stop) {
+        while (!stop.load()) {
+            if (takeFrom(subscriber) == 0) std::this_thread::sleep_for(1ms);
+        }
+    }
+    long takeFrom(LogSubscriber &subscriber) {
+        return subscriber.takeEach([this](const QTV_VX_LogMessage &sample) { record(sample.message); });
+    }
+
+    long total() const { return stress_ + others_; }
+    long stress() const { return stress_; }
+    long duplicates() const { return duplicates_; }
+    // Whether every message received was one that its thread logged.
+    bool allLogged(const std::vector<ThreadTally> &tallies) const {
+        for (int thread = 0; thread < kLoggingThreads; ++thread) {
+            if (static_cast<long>(seen_[thread].size()) > tallies[thread].logged) return false;
+        }
+        return true;
+    }
+
+private:
+    void record(const char *message) {
+        int thread = -1;
+        long sequence = -1;
+        if (!parseStressMessage(message, thread, sequence) || thread < 0 || thread >= kLoggingThreads ||
+            sequence < 0) {
+            ++others_;
+            return;
+        }
+        std::vector<bool> &seen = seen_[thread];
+        if (seen.size() <= static_cast<size_t>(sequence)) seen.resize(static_cast<size_t>(sequence) + 1, false);
+        if (seen[static_cast<size_t>(sequence)]) {
+            ++duplicates_;
+            return;
+        }
+        seen[static_cast<size_t>(sequence)] = true;
+        ++stress_;
+    }
+
+    std::vector<bool> seen_[kLoggingThreads];
+    long stress_ = 0, others_ = 0, duplicates_ = 0;
+};
+
+// ---- the administrator ----
+
+// The id of the logger that may be addressed now; 0 when none.
+std::atomic<std::uint64_t> gTarget{0};
+
+std::uint64_t packed(QTV_VX_HostAndAppId id) {
+    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(id.rtps_host_id)) << 32) |
+           static_cast<std::uint32_t>(id.rtps_app_id);
+}
+QTV_VX_HostAndAppId unpacked(std::uint64_t id) {
+    return {static_cast<DDS_Long>(id >> 32), static_cast<DDS_Long>(id & 0xffffffffu)};
+}
+
+// Filter levels, the API category's verbosity and the print format, in turn.
+void sendCommand(Administrator &administrator, QTV_VX_HostAndAppId target, DDS_Long invocation) {
+    static constexpr DDS_Long kLevels[] = {300, 600, 800};
+    switch (invocation % 3) {
+    case 0:
+        administrator.send(Request(target, invocation, QTV_VX_SET_LOG_LEVEL, kLevels[(invocation / 3) % 3]));
+        break;
+    case 1: {
+        Request request(target, invocation, QTV_VX_SET_QTV_LOGGER_LEVEL);
+        const QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity pair{
+            QTV_VX_OBLX_CONFIG_LOG_CATEGORY_API, (invocation / 3) % 2 ? QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING
+                                                                       : QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR};
+        QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(&request.sample.command._u.categoryAndVerbosity,
+                                                                 &pair, 1);
+        administrator.send(request);
+        break;
+    }
+    default: {
+        Request request(target, invocation, QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT);
+        request.sample.command._u.printFormat = (invocation / 3) % 2 ? QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL
+                                                                     : QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT;
+        administrator.send(request);
+    }
+    }
+}
+
+struct CommandTally {
+    DDS_Long sent = 0;
+    std::vector<ResponseSeen> responses;
+};
+
+// Commands to whichever logger is addressable, every few milliseconds. A
+// request that reaches a logger before its command reader was matched, or
+// after it began to finalize, gets no answer; every other gets one.
+CommandTally commandUntil(const std::atomic<bool> &stop) {
+    Administrator administrator(kDomain);
+    CommandTally tally;
+    while (gTarget.load() == 0 && !stop.load()) std::this_thread::sleep_for(1ms);
+    if (stop.load()) return tally;
+    CollectedResponses responses = administrator.connect();
+    while (!stop.load()) {
+        if (std::uint64_t target = gTarget.load()) sendCommand(administrator, unpacked(target), tally.sent++);
+        responses.now();
+        std::this_thread::sleep_for(3ms);
+    }
+    std::this_thread::sleep_for(100ms);
+    tally.responses = responses.now();
+    return tally;
+}
+
+// ---- the logger's lives ----
+
+bool writerMatched(QTV_VX_Vexar *logger) {
+    return hasMatchedReaders(
+        QTV_VX_LogMessageDataWriter_as_datawriter(QTV_VX_DDSEntities_getLogMessageWriter(logger->_ddsEntities)), 1);
+}
+
+void liveAndDie(QTV_VX_Options *options) {
+    ASSERT_EQ(QTV_VX_Vexar_setOptions(options), 1);
+    QTV_VX_Vexar *logger = QTV_VX_Vexar_getInstance();
+    ASSERT_NE(logger, nullptr);
+    ASSERT_TRUE(eventuallyWithin(10s, [&] { return writerMatched(logger); })) << "the subscriber was not matched";
+    QTV_VX_Vexar_setFilterLevel(logger, QTV_VX_LOG_LEVEL_TRACE);
+    gTarget.store(packed({QTV_VX_DDSEntities_getRtpsHostId(logger->_ddsEntities),
+                          QTV_VX_DDSEntities_getRtpsAppId(logger->_ddsEntities)}));
+    std::this_thread::sleep_for(kLoggerLife);
+    gTarget.store(0);
+    ASSERT_EQ(QTV_VX_Vexar_finalizeInstance(), 0);
+}
+
+TEST(LoggerStressConcurrency, EveryMessageIsDeliveredOrAccountedForThroughCommandsAndRecreation) {
+    Watchdog watchdog("LoggerStressConcurrency", 100s);
+    OptionsPtr options = loggerOptions(kDomain);
+    QTV_VX_Options_setRemoteAdministrationEnabled(options.get(), 1);
+    QTV_VX_Options_setQueueSize(options.get(), kQueueSize);
+    QTV_VX_Options_setFilterLevel(options.get(), 0);
+    LogSubscriber subscriber(kDomain);
+    ASSERT_TRUE(subscriber.ready());
+    std::fflush(stdout);
+    testing::internal::CaptureStdout();  // the queue's overflow warnings
+
+    std::atomic<bool> stopLogging{false}, stopCommands{false}, stopCollecting{false};
+    std::vector<std::future<ThreadTally>> loggers;
+    for (int thread = 0; thread < kLoggingThreads; ++thread) {
+        loggers.push_back(std::async(std::launch::async, logUntil, thread, std::cref(stopLogging)));
+    }
+    auto commands = std::async(std::launch::async, commandUntil, std::cref(stopCommands));
+    Receipts receipts;
+    std::thread collector([&] { receipts.collectUntil(subscriber, stopCollecting); });
+    for (int cycle = 0; cycle < kCycles && !testing::Test::HasFatalFailure(); ++cycle) liveAndDie(options.get());
+    stopLogging.store(true);
+    std::vector<ThreadTally> tallies;
+    for (auto &logger : loggers) tallies.push_back(logger.get());
+    stopCommands.store(true);
+    CommandTally commandTally = commands.get();
+    stopCollecting.store(true);
+    collector.join();
+    receipts.takeFrom(subscriber);
+
+    std::fflush(stdout);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(QTV_VX_Vexar_isVexarRunning(), 0);
+
+    // Every call ended one way, as its own thread saw it.
+    long queuedByThreads = 0, refused = 0, dropped = 0;
+    for (const ThreadTally &tally : tallies) {
+        EXPECT_EQ(tally.logged, static_cast<long>(tally.outcomes.refused + tally.outcomes.queued +
+                                                  tally.outcomes.dropped));
+        queuedByThreads += static_cast<long>(tally.outcomes.queued);
+        refused += static_cast<long>(tally.outcomes.refused);
+        dropped += static_cast<long>(tally.outcomes.dropped);
+    }
+    // Every queued message left its queue one way; all loggers are gone.
+    const vexar::QueueOutcomes queues = vexar::queueOutcomes();
+    EXPECT_EQ(queues.queued, queues.settled());
+    // Everything published arrived, once (captured middleware lines too).
+    EXPECT_EQ(receipts.total(), static_cast<long>(queues.published));
+    EXPECT_EQ(receipts.duplicates(), 0);
+    EXPECT_TRUE(receipts.allLogged(tallies));
+    // So what the threads queued and did not arrive was discarded or failed.
+    EXPECT_LE(receipts.stress(), queuedByThreads);
+    EXPECT_LE(queuedByThreads - receipts.stress(), static_cast<long>(queues.discarded + queues.failed));
+    // The run did what it was meant to: deliveries, refusals, and answered commands.
+    EXPECT_GT(receipts.stress(), 0);
+    EXPECT_GT(refused, 0);
+    EXPECT_GT(commandTally.responses.size(), 0u);
+    EXPECT_LE(static_cast<DDS_Long>(commandTally.responses.size()), commandTally.sent);
+    for (const ResponseSeen &response : commandTally.responses) {
+        EXPECT_EQ(response.result, QTV_VX_COMMAND_RESULT_OK) << "invocation " << response.invocation;
+    }
+    std::printf("logged %ld: %ld delivered, %ld refused, %ld dropped by a full queue, %ld queued and not "
+                "delivered; %llu discarded at finalization in all; %d commands sent, %zu answered\n",
+                receipts.stress() + refused + dropped + (queuedByThreads - receipts.stress()), receipts.stress(),
+                refused, dropped, queuedByThreads - receipts.stress(),
+                static_cast<unsigned long long>(queues.discarded), commandTally.sent,
+                commandTally.responses.size());
+}
+
+}  // namespace
