@@ -2,7 +2,7 @@
 // call in this process to a subscriber in another process on loopback, and
 // how many of them were lost.
 //
-//   logger_throughput_bench [messages]     the logger here, a subscriber child
+//   logger_throughput_bench [messages [rate]]  the logger here, a subscriber child
 //   logger_throughput_bench sub <domain> <messages>
 //
 // The producer logs `messages` INFO messages of 100 characters, each
@@ -10,7 +10,11 @@
 // takes them: before a call it waits while the queue is nearly full, so the
 // rate measured is the rate at which the write thread and DDS carry messages
 // away, and no message is refused for a full queue (if one were, it would
-// be counted as lost all the same). The subscriber (tests/support/
+// be counted as lost all the same). With a rate, the producer logs bursts of
+// kBurst messages on a fixed schedule instead: the subscriber then only has
+// to keep up with that rate, which shows the rate that is carried with
+// nothing lost (the log writer keeps the last 10 samples of an instance, so
+// a subscriber that falls behind the writer loses what it cannot take). The subscriber (tests/support/
 // log_subscriber.hpp: reliable, keep-all, takes on loan in batches) marks
 // every sequence number it gets; its rate is distinct messages over the time
 // from the first to the last arrival. Lost = logged - distinct received,
@@ -173,27 +177,39 @@ private:
     FILE *output_ = nullptr;
 };
 
-void logAll(const vexar_bench::BenchLogger &logger, long messages) {
+// Bursts of a paced producer: small against the queue, large against a
+// sleep's overshoot.
+constexpr long kBurst = 500;
+
+void logAll(const vexar_bench::BenchLogger &logger, long messages, long rate) {
     std::vector<std::string> texts;
     texts.reserve(static_cast<size_t>(messages));
     for (long sequence = 0; sequence < messages; ++sequence) texts.push_back(messageWith(sequence));
+    const auto burstPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
+        rate > 0 ? static_cast<double>(kBurst) / static_cast<double>(rate) : 0.0));
     auto start = Clock::now();
-    for (const std::string &text : texts) {
+    auto nextBurst = start;
+    for (long sequence = 0; sequence < messages; ++sequence) {
+        if (rate > 0 && sequence % kBurst == 0) {
+            std::this_thread::sleep_until(nextBurst);
+            nextBurst += burstPeriod;
+        }
         logger.waitForRoom(kHeadroom);
-        QTV_VX_Vexar_info(logger.get(), text.c_str());
+        QTV_VX_Vexar_info(logger.get(), texts[static_cast<size_t>(sequence)].c_str());
     }
     double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    std::printf("producer: %ld messages logged in %.3f s\n", messages, seconds);
+    std::printf("producer: %ld messages logged in %.3f s (%s)\n", messages, seconds,
+                rate > 0 ? ("paced at " + std::to_string(rate) + "/s").c_str() : "as fast as carried away");
 }
 
-int produce(long messages) {
+int produce(long messages, long rate) {
     long distinct = -1;
     {
         vexar_bench::BenchLogger logger(kDomain, kQueueSize);
         if (logger.get() == nullptr) return 1;
         SubscriberProcess subscriber(messages);
         if (subscriber.line() == "ready\n") {
-            logAll(logger, messages);
+            logAll(logger, messages, rate);
             for (std::string line = subscriber.line(); !line.empty(); line = subscriber.line()) {
                 std::printf("subscriber: %s", line.c_str());
                 if (line.rfind("distinct ", 0) == 0) distinct = std::atol(line.c_str() + 9);
@@ -218,10 +234,11 @@ int produce(long messages) {
 
 int main(int argc, char **argv) {
     if (argc == 4 && std::strcmp(argv[1], "sub") == 0) return subscribe(std::atoi(argv[2]), std::atol(argv[3]));
-    if (argc > 2) {
-        std::fprintf(stderr, "usage: %s [messages] | sub <domain> <messages>\n", argv[0]);
+    if (argc > 3) {
+        std::fprintf(stderr, "usage: %s [messages [rate]] | sub <domain> <messages>\n", argv[0]);
         return 2;
     }
-    long messages = argc == 2 ? std::atol(argv[1]) : kDefaultMessages;
-    return messages > 0 ? produce(messages) : 2;
+    long messages = argc >= 2 ? std::atol(argv[1]) : kDefaultMessages;
+    long rate = argc == 3 ? std::atol(argv[2]) : 0;
+    return messages > 0 && rate >= 0 ? produce(messages, rate) : 2;
 }

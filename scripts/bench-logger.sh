@@ -14,7 +14,14 @@ bench="$VEXAR_ROOT/$dir/bench"
 echo "load: $(uptime)"
 echo "==== cost of one call (a: accepted, b: filtered)"
 "$bench/logger_call_bench"
-echo "==== end to end to another process (c)"
-"$bench/logger_throughput_bench" "$@"
+messages=${1:-1000000}
+for rate in 0 150000 200000; do
+  if [ "$rate" = 0 ]; then
+    echo "==== end to end to another process (c), as fast as carried away"
+  else
+    echo "==== end to end to another process (c), paced at $rate/s"
+  fi
+  "$bench/logger_throughput_bench" "$messages" "$rate"
+done
 echo "==== resident memory added by a running logger (d)"
 "$bench/logger_memory_bench"

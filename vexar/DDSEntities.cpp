@@ -165,7 +165,10 @@ TypedWriter *createWriter(QTV_VX_DDSEntities &self, DDS_Topic *topic, const Writ
         fail(plan.qosFailure);
         return nullptr;
     }
-    if (plan.batched) qos.value.batch.enable = DDS_BOOLEAN_TRUE;
+    // Cyclone's batching is one switch for the whole process: an application
+    // that hands over its own participant writes with Cyclone itself, and its
+    // writers must not start holding samples back because it logs.
+    if (plan.batched && self.participantCreatedLocally) qos.value.batch.enable = DDS_BOOLEAN_TRUE;
     DDS_DataWriter *writer =
         DDS_Publisher_create_datawriter(self.publisher, topic, &qos.value, nullptr, DDS_STATUS_MASK_NONE);
     TypedWriter *typed = writer != nullptr ? narrow(writer) : nullptr;
