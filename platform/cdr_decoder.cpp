@@ -1,5 +1,5 @@
-// Reading a sample by its plan, passing over one (no sample), and putting
-// a sample back to its initial values.
+// Reading a sample by its plan, passing over one (no sample), checking one
+// as it passes, and putting a sample back to its initial values.
 #include <cstring>
 
 #include "platform/cdr_stream.hpp"
@@ -25,8 +25,11 @@ bool holdsEnumerator(DDS_Long low, DDS_Long high, const DDS_TypeCode *sparse, DD
 template <typename Order>
 class Decoder {
 public:
-    Decoder(OBLX_CdrStream &stream, const Plan &plan) noexcept
-        : stream_(stream), steps_(plan.steps().data()), checks_(plan.enumChecks().data()) {}
+    // `checking`: values that are read without being stored are still
+    // checked as storing them would, and an enumeration out of range marks
+    // the stream unassignable.
+    Decoder(OBLX_CdrStream &stream, const Plan &plan, bool checking) noexcept
+        : stream_(stream), steps_(plan.steps().data()), checks_(plan.enumChecks().data()), checking_(checking) {}
 
     // Runs the steps [begin, end) on the value at `base`; a null base, or a
     // step that is not kept, reads without storing.
@@ -69,10 +72,10 @@ private:
     void store(const Step &step, unsigned char *at, DDS_Long value) noexcept {
         bool valid = step.kind != StepKind::enumeration ||
                      holdsEnumerator(step.low, step.high, step.dense ? nullptr : step.type, value);
-        if (valid)
-            std::memcpy(at, &value, sizeof value);
-        else
+        if (!valid)
             stream_.unassignable = DDS_BOOLEAN_TRUE;
+        else if (at != nullptr)
+            std::memcpy(at, &value, sizeof value);
     }
 
     bool string(const Step &step, unsigned char *base) noexcept {
@@ -84,7 +87,7 @@ private:
         std::uint32_t raw;
         if (!read<std::uint32_t, Order>(stream_, raw)) return false;
         auto value = static_cast<DDS_Long>(raw);
-        if (at != nullptr) store(step, at, value);
+        if (at != nullptr || checking_) store(step, at, value);
         return true;
     }
 
@@ -103,15 +106,17 @@ private:
         const Step &run = steps_[index];
         if (!alignForRead(stream_, 4) || run.bound > remainder(stream_) / 4) return false;
         DDS_UnsignedLong position = stream_.position;
-        if (base != nullptr && run.kept && enumeratorsValid(run, position)) {
-            copyWords(base + run.offset, stream_.buffer + position, run.bound, Order::swap(stream_));
+        bool stored = base != nullptr && run.kept;
+        if ((stored || checking_) && enumeratorsValid(run, position)) {
+            if (stored) copyWords(base + run.offset, stream_.buffer + position, run.bound, Order::swap(stream_));
             stream_.position = position + run.bound * 4;
             return true;
         }
         for (std::uint32_t i = index + 1; i < run.end; ++i, position += 4) {
             const Step &word = steps_[i];
-            if (base != nullptr && word.kept)
-                store(word, base + word.offset, static_cast<DDS_Long>(load<std::uint32_t, Order>(stream_, position)));
+            unsigned char *at = base != nullptr && word.kept ? base + word.offset : nullptr;
+            if (at != nullptr || checking_)
+                store(word, at, static_cast<DDS_Long>(load<std::uint32_t, Order>(stream_, position)));
         }
         stream_.position = position;
         return true;
@@ -165,12 +170,12 @@ private:
         std::uint32_t found = memberWithId(list, index + 1, expected, header.memberId);
         if (found == list.end) return !list.isUnion && !header.mustUnderstand;
         expected = steps_[found].end;
-        return !steps_[found].kept || member(found, header, base);
+        return (!steps_[found].kept && !checking_) || member(found, header, base);
     }
 
     // Until the sentinel, or the end of the bytes. After each parameter the
     // stream moves to its end, whatever the member's reader consumed. With no
-    // sample the members are only passed over.
+    // sample the members are only passed over, unless checking.
     bool list(std::uint32_t index, unsigned char *base) noexcept {
         const Step &step = steps_[index];
         OBLX_CdrParameterHeader header;
@@ -178,7 +183,7 @@ private:
         while (remainder(stream_) > 0) {
             if (!readParameterHeader<Order>(stream_, header)) return false;
             if (isListEnd(header)) return true;
-            if (base != nullptr && !parameter(step, index, expected, header, base)) return false;
+            if ((base != nullptr || checking_) && !parameter(step, index, expected, header, base)) return false;
             if (!moveToNextParameterHeader(stream_, header)) return false;
         }
         return true;
@@ -187,16 +192,30 @@ private:
     OBLX_CdrStream &stream_;
     const Step *steps_; // a plan's steps and checks are fixed once compiled
     const EnumCheck *checks_;
+    bool checking_;
 };
 
 }  // namespace
 
-bool deserialize(OBLX_CdrStream &stream, const Plan &plan, void *sample) noexcept {
+namespace {
+
+bool decode(OBLX_CdrStream &stream, const Plan &plan, void *sample, bool checking) noexcept {
     if (!plan.valid()) return false;
     auto end = static_cast<std::uint32_t>(plan.steps().size());
     auto *base = static_cast<unsigned char *>(sample);
-    return stream.needByteSwap ? Decoder<FixedOrder<true>>(stream, plan).run(0, end, base)
-                               : Decoder<FixedOrder<false>>(stream, plan).run(0, end, base);
+    return stream.needByteSwap ? Decoder<FixedOrder<true>>(stream, plan, checking).run(0, end, base)
+                               : Decoder<FixedOrder<false>>(stream, plan, checking).run(0, end, base);
+}
+
+}  // namespace
+
+bool deserialize(OBLX_CdrStream &stream, const Plan &plan, void *sample) noexcept {
+    return decode(stream, plan, sample, false);
+}
+
+bool check(OBLX_CdrStream &stream, const Plan &plan, void *kept) noexcept {
+    stream.unassignable = DDS_BOOLEAN_FALSE;
+    return decode(stream, plan, kept, true) && !stream.unassignable;
 }
 
 void resetToInitialValues(const Plan &plan, void *sample) noexcept {

@@ -191,6 +191,11 @@ std::uint64_t serializedSize(const Plan &plan, const void *sample, std::uint64_t
 // leaves its field unchanged and sets the stream's unassignable mark.
 bool deserialize(OBLX_CdrStream &stream, const Plan &plan, void *sample) noexcept;
 
+// True when deserialize would read the value completely, every enumeration
+// in range, without needing a sample: the members the plan keeps are stored
+// into `kept` (a null `kept` stores nothing), the rest only checked.
+bool check(OBLX_CdrStream &stream, const Plan &plan, void *kept) noexcept;
+
 // Puts every member back to its initial value without allocating: numbers
 // 0, enumerations their first enumerator, strings emptied in place,
 // sequences emptied, a union's discriminator its default.

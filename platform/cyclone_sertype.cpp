@@ -7,9 +7,12 @@
 // is their murmur3.
 // Unkeyed types have empty key bytes: all their samples are one instance.
 // The plugin's functions are called without endpoint data, so one sertype
-// serves every endpoint and every thread at once.
+// serves every endpoint and every thread at once. Received bytes are checked
+// by the plan compiled from the plugin's type code, which is what the
+// plugin's own functions run.
 #include "platform/cyclone_sertype.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -26,6 +29,7 @@
 #include "platform/report.h"
 #include "platform/sample_array.hpp"
 #include "platform/sample_printer.hpp"
+#include "platform/type_plugin.hpp"
 
 #include <dds/ddsi/ddsi_serdata.h>
 #include <dds/ddsi/ddsi_sertype.h>
@@ -38,7 +42,8 @@ namespace {
 // A mutable type writes this as PL_CDR little-endian, a plain one as CDR.
 constexpr DDS_UnsignedShort kWireEncapsulation = OBLX_CDR_ENCAPSULATION_CDR_LE;
 
-// Initialized samples that incoming bytes are decoded into to check them.
+// Initialized samples that the key members of incoming bytes are read into
+// when the key holds strings or sequences.
 // Receive threads run concurrently, so each takes a sample of its own; the
 // samples are kept for the next check rather than made per sample.
 class ScratchPool {
@@ -88,6 +93,8 @@ struct Sertype {
     DDS_UnsignedLong wireMaxSize;  // a whole sample with header; OBLX_TYPEPLUGIN_MAX_SIZE_OVERFLOW when unbounded
     ScratchPool *scratch;  // owned; outside the struct to keep its layout standard
     EnumerationCheck *enumerations;  // owned, likewise
+    cdr::TypePlan *plan;             // owned, likewise: the plugin's encoding, compiled from its type code
+    bool keyHoldsBuffers;            // a key member is (or holds) a string or a sequence
 };
 static_assert(std::is_standard_layout_v<Sertype>);
 static_assert(std::has_unique_object_representations_v<OBLX_TypePlugin>, "plugins are compared bytewise");
@@ -146,8 +153,7 @@ bool storeKey(const Sertype &type, const void *sample, Serdata &d) noexcept {
     d.keySize = 0;
     if (type.keyed) {
         OBLX_CdrStream stream = streamOver(d.key(), type.keyMaxSize, true);
-        if (!type.plugin.serialize_key(nullptr, sample, &stream, DDS_BOOLEAN_FALSE, 0, DDS_BOOLEAN_TRUE, nullptr))
-            return false;
+        if (!cdr::serialize(stream, type.plan->key, sample)) return false;
         d.keySize = OBLX_CdrStream_getPosition(&stream);
     }
     d.base.hash = ddsrt_mh3(d.key(), d.keySize, type.base.serdata_basehash);
@@ -257,23 +263,48 @@ bool hasOwnEncapsulation(const Sertype &type, const unsigned char *wire, std::ui
     return size >= OBLX_CDR_ENCAPSULATION_HEADER_SIZE && wire[0] == 0 && (wire[1] & ~1u) == family;
 }
 
-// Bytes from the network are decoded once here, so that a sample that the
-// plugin cannot read is dropped before it reaches a reader; the decoded
-// sample gives the key.
-ddsi_serdata *validated(const Sertype &type, Serdata *d) noexcept {
-    const OBLX_TypePlugin &plugin = type.plugin;
-    void *scratch = hasOwnEncapsulation(type, d->wire(), d->wireSize) ? type.scratch->acquire() : nullptr;
-    bool valid = scratch != nullptr;
-    if (valid) {
-        OBLX_CdrStream stream = streamOver(d->wire(), d->wireSize, false);
-        void *target = scratch;
-        OBLX_TypePluginDeserializeFunction deserialize =
-            d->base.kind == SDK_DATA ? plugin.deserialize : plugin.deserialize_key;
-        valid = deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr) &&
-                storeKey(type, scratch, *d);
-        type.scratch->release(scratch);
+bool holdsBuffers(const cdr::Plan &keyOfSample) noexcept {
+    return std::any_of(keyOfSample.steps().begin(), keyOfSample.steps().end(), [](const cdr::Step &step) {
+        return step.kept && (step.kind == cdr::StepKind::string || step.kind == cdr::StepKind::sequence);
+    });
+}
+
+// A per-thread block of `size` bytes that the key members of received bytes
+// are read into when they are all numbers: nothing in it is allocated, and
+// only the key members are ever written or read. Null when out of memory.
+unsigned char *keyHolder(size_t size) noexcept {
+    thread_local std::vector<unsigned char> holder;
+    try {
+        if (holder.size() < size) holder.resize(size);
+    } catch (...) {
+        return nullptr;
     }
-    if (!valid) {
+    return holder.data();
+}
+
+// Checks the bytes in one pass, as the plugin's deserialize would read
+// them, without a sample; a keyed type's key members are read on the way,
+// over their initial values (a member missing from a parameter list keeps
+// it), and give the key bytes. A key with strings or sequences is read
+// into an initialized sample from the pool.
+bool checkedWithKey(const Sertype &type, Serdata &d) noexcept {
+    OBLX_CdrStream stream = streamOver(d.wire(), d.wireSize, false);
+    if (!cdr::readEncapsulationHeader(stream)) return false;
+    const cdr::TypePlan &plan = *type.plan;
+    bool whole = d.base.kind == SDK_DATA;
+    if (!type.keyed) return cdr::check(stream, whole ? plan.sample : plan.key, nullptr) && storeKey(type, nullptr, d);
+    void *holder = type.keyHoldsBuffers ? type.scratch->acquire() : keyHolder(type.plugin.sample_size);
+    if (holder == nullptr) return false;
+    cdr::resetToInitialValues(plan.key, holder);
+    bool valid = cdr::check(stream, whole ? plan.keyOfSample : plan.key, holder) && storeKey(type, holder, d);
+    if (type.keyHoldsBuffers) type.scratch->release(holder);
+    return valid;
+}
+
+// Bytes from the network are checked here, so that a sample that the
+// plugin cannot read is dropped before it reaches a reader.
+ddsi_serdata *validated(const Sertype &type, Serdata *d) noexcept {
+    if (!hasOwnEncapsulation(type, d->wire(), d->wireSize) || !checkedWithKey(type, *d)) {
         deleteSerdata(d);
         return nullptr;
     }
@@ -423,13 +454,23 @@ void freeSertype(ddsi_sertype *typeBase) noexcept {
     auto *type = reinterpret_cast<Sertype *>(typeBase);
     delete type->scratch;
     delete type->enumerations;
+    delete type->plan;
     delete type;
 }
 
 const DDS_TypeCode &typeCodeOf(const ddsi_sertype *type) noexcept { return *sertypeOf(type).plugin.type_code; }
 
-void zeroSamples(const ddsi_sertype *type, void *samples, size_t count) noexcept {
-    sample::array::empty(typeCodeOf(type), samples, count);
+// By the compiled plan rather than the type code's walk: a returned loan
+// comes through here for every element of the reader's cached array.
+void zeroSamples(const ddsi_sertype *typeBase, void *samples, size_t count) noexcept {
+    const Sertype &type = sertypeOf(typeBase);
+    const cdr::Plan &plan = type.plan->sample;
+    if (!plan.valid()) {
+        sample::array::empty(typeCodeOf(typeBase), samples, count);
+        return;
+    }
+    for (size_t i = 0; i < count; ++i)
+        cdr::resetToInitialValues(plan, static_cast<unsigned char *>(samples) + i * type.plugin.sample_size);
 }
 
 void reallocSamples(void **ptrs, const ddsi_sertype *type, void *old, size_t, size_t count) noexcept {
@@ -442,16 +483,15 @@ void reallocSamples(void **ptrs, const ddsi_sertype *type, void *old, size_t, si
     sample::array::listElements(typeCodeOf(type), base, count, ptrs);
 }
 
-// DDS_FREE_ALL passes the array's base in ptrs[0]; DDS_FREE_CONTENTS the
-// elements of a returned loan, which stay in their array, buffers and all,
-// for the next loan (DDS_FREE_ALL frees them with the array).
-void freeSamples(const ddsi_sertype *type, void **ptrs, size_t count, dds_free_op_t op) noexcept {
+// DDS_FREE_ALL passes the array's base in ptrs[0] and frees the elements
+// with the array. DDS_FREE_CONTENTS passes the elements of a returned loan,
+// which stay in their array, buffers and all, for the next loan: there is
+// nothing to free, and Cyclone calls zero_samples over the whole cached
+// array right after, which empties them, so emptying them here too would
+// only do it twice.
+void freeSamples(const ddsi_sertype *type, void **ptrs, size_t, dds_free_op_t op) noexcept {
     if (ptrs == nullptr || ptrs[0] == nullptr) return;
-    if ((op & DDS_FREE_ALL_BIT) != 0) {
-        sample::array::destroy(typeCodeOf(type), ptrs[0]);
-    } else if ((op & DDS_FREE_CONTENTS_BIT) != 0) {
-        sample::array::empty(typeCodeOf(type), ptrs, count);
-    }
+    if ((op & DDS_FREE_ALL_BIT) != 0) sample::array::destroy(typeCodeOf(type), ptrs[0]);
 }
 
 bool equalSertypes(const ddsi_sertype *a, const ddsi_sertype *b) noexcept {
@@ -514,15 +554,19 @@ ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registere
     type->scratch = new (std::nothrow) ScratchPool(*plugin->type_code);
     try {
         type->enumerations = new EnumerationCheck(*plugin->type_code);
+        type->plan = new cdr::TypePlan(cdr::makeTypePlan(*plugin->type_code));
     } catch (...) {
-        type->enumerations = nullptr;
+        // what could not be made stays null
     }
-    if (type->scratch == nullptr || type->enumerations == nullptr) {
+    if (type->scratch == nullptr || type->enumerations == nullptr || type->plan == nullptr) {
         delete type->scratch;
+        delete type->enumerations;
+        delete type->plan;
         delete type;
         return nullptr;
     }
     type->keyed = plugin->get_key_kind() != OBLX_TYPEPLUGIN_NO_KEY;
+    type->keyHoldsBuffers = holdsBuffers(type->plan->keyOfSample);
     type->keyHashIsDigest = keyMaxSize > DDS_KEYHASH_LENGTH;
     type->keyMaxSize = keyMaxSize;
     type->keyWireMaxSize = plugin->get_serialized_key_max_size(nullptr, DDS_BOOLEAN_TRUE, kWireEncapsulation, 0);

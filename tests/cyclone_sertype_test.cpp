@@ -169,6 +169,7 @@ class BridgeSerdata : public testing::Test {
 protected:
     SertypeRef log{sertypeOf<QTV_VX_LogMessage>()};
     SertypeRef state{sertypeOf<QTV_VX_ADMIN_State>()};
+    SertypeRef request_{sertypeOf<QTV_VX_ADMIN_CommandRequest>()};
     Owned<QTV_VX_LogMessage> message;
     BridgeSerdata() { fill(message.sample); }
 };
@@ -236,6 +237,64 @@ TEST_F(BridgeSerdata, MalformedBytesAreDropped) {
     Bytes badState = WireBytes(false).encapsulation(3).pid(2, 4).i32(7).sentinel().bytes;
     Fragments state7(badState, {{0, static_cast<uint32_t>(badState.size())}});
     EXPECT_EQ(ddsi_serdata_from_ser(state.get(), SDK_DATA, state7.chain(), badState.size()), nullptr);
+}
+
+// Received bytes become a serdata exactly when the plugin reads them, and
+// then carry the key of the sample it reads.
+template <typename T>
+void expectReceivedAsRead(ddsi_sertype *type, const Bytes &bytes, bool readable, const char *what) {
+    SCOPED_TRACE(what);
+    Owned<T> read;
+    ASSERT_EQ(deserialized(read.sample, bytes), readable);
+    Fragments whole(bytes, {{0, static_cast<uint32_t>(bytes.size())}});
+    SerdataRef received(ddsi_serdata_from_ser(type, SDK_DATA, whole.chain(), bytes.size()));
+    ASSERT_EQ(received != nullptr, readable);
+    if (!readable) return;
+    SerdataRef written(ddsi_serdata_from_sample(type, SDK_DATA, read.get()));
+    EXPECT_TRUE(ddsi_serdata_eqkey(written.get(), received.get()));
+    EXPECT_EQ(written->hash, received->hash);
+}
+
+TEST_F(BridgeSerdata, ReceivedBytesAreCheckedAsThePluginReadsThem) {
+    for (bool bigEndian : {false, true}) {
+        SCOPED_TRACE(bigEndian ? "big-endian" : "little-endian");
+        unsigned id = bigEndian ? 2 : 3;
+        auto wire = [&] { return WireBytes(bigEndian).encapsulation(id); };
+        expectReceivedAsRead<QTV_VX_LogMessage>(
+            log.get(),
+            wire().pid(0x7F01, 8).u32(0).u32(8).i32(5).i32(6).pid(1, 4).i32(700)
+                .pid(0x7F01, 8).u32(3).u32(8).str("abc").sentinel().bytes,
+            true, "extended headers");
+        // After a key was read, one whose members are missing keeps their initial values.
+        expectReceivedAsRead<QTV_VX_LogMessage>(log.get(), wire().pid(3, 6).str("x").pad(2).sentinel().bytes, true,
+                                                "key members missing");
+        expectReceivedAsRead<QTV_VX_LogMessage>(log.get(), wire().pid(3, 4102).str(std::string(4097, 'm')).bytes,
+                                                false, "message over its bound");
+        expectReceivedAsRead<QTV_VX_LogMessage>(log.get(), wire().pid(0x4009, 4).i32(77).sentinel().bytes, false,
+                                                "unknown member that must be understood");
+
+        // Enumerations outside the key: a member alone, and one value among a run.
+        expectReceivedAsRead<QTV_VX_ADMIN_State>(state.get(), wire().pid(0, 8).i32(1).i32(2).pid(2, 4).i32(7).sentinel().bytes,
+                                                 false, "state out of range");
+        for (DDS_Long bad : {DDS_Long{QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL}, DDS_Long{9}}) {
+            WireBytes pairs = wire().pid(0, 8).i32(3).i32(4).pid(5, 40);
+            for (DDS_Long category = 0; category < QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH; ++category)
+                pairs.i32(category).i32(category == 2 ? bad : QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
+            expectReceivedAsRead<QTV_VX_ADMIN_State>(state.get(), pairs.sentinel().bytes, bad != 9, "verbosities");
+        }
+
+        // An unkeyed type: a union's discriminator and a sequence's bound, nested.
+        auto request = [&](std::uint16_t length) { return wire().pid(3, length); };
+        expectReceivedAsRead<QTV_VX_ADMIN_CommandRequest>(
+            request_.get(), request(12).pid(0, 4).i32(7).sentinel().sentinel().bytes, false, "discriminator");
+        for (std::uint32_t count : {5u, 6u}) {
+            WireBytes pairs = request(static_cast<std::uint16_t>(20 + 4 + 8 * count));
+            pairs.pid(0, 4).i32(1).pid(2, static_cast<std::uint16_t>(4 + 8 * count)).u32(count);
+            for (std::uint32_t i = 0; i < count; ++i) pairs.i32(0).i32(0);
+            expectReceivedAsRead<QTV_VX_ADMIN_CommandRequest>(request_.get(), pairs.sentinel().sentinel().bytes,
+                                                              count == 5, "sequence bound");
+        }
+    }
 }
 
 TEST_F(BridgeSerdata, KeyOnlySerdataCarriesTheKeyWithItsHeader) {

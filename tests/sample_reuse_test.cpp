@@ -4,6 +4,8 @@
 
 #include <cstring>
 #include <memory>
+#include <type_traits>
+#include <vector>
 
 #include "platform/cyclone.hpp"
 #include "platform/cyclone_sertype.hpp"
@@ -50,6 +52,47 @@ struct SertypeUnref {
 struct SerdataUnref {
     void operator()(ddsi_serdata *data) const { ddsi_serdata_unref(data); }
 };
+using SertypeRef = std::unique_ptr<ddsi_sertype, SertypeUnref>;
+
+template <typename T>
+SertypeRef sertypeOf() {
+    OBLX_TypePlugin *plugin = vexar::TopicTraits<T>::pluginNew();
+    SertypeRef sertype(vexar::platform::createSertype(plugin, "Test::Type"));
+    vexar::TopicTraits<T>::pluginDelete(plugin);  // the sertype keeps its own copy
+    return sertype;
+}
+
+// A returned loan: Cyclone zeroes the whole cached array, and every element
+// must then read as a fresh sample while keeping its buffers.
+template <typename T>
+class ZeroedLoanElements : public testing::Test {};
+
+using TopicTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandRequest,
+                                  QTV_VX_ADMIN_CommandResponse>;
+TYPED_TEST_SUITE(ZeroedLoanElements, TopicTypes);
+
+TYPED_TEST(ZeroedLoanElements, ReadAsFreshSamples) {
+    SertypeRef sertype = sertypeOf<TypeParam>();
+    ASSERT_NE(sertype, nullptr);
+    void *ptrs[2] = {};
+    ddsi_sertype_realloc_samples(ptrs, sertype.get(), nullptr, 0, 2);
+    ASSERT_NE(ptrs[0], nullptr);
+    auto *samples = static_cast<TypeParam *>(ptrs[0]);
+    fill(samples[0]);
+    fill(samples[1]);
+    std::vector<void *> buffers;
+    if constexpr (std::is_same_v<TypeParam, QTV_VX_LogMessage>) buffers = {samples[1].message, samples[1].category};
+
+    ddsi_sertype_free_samples(sertype.get(), ptrs, 2, DDS_FREE_CONTENTS);
+    ddsi_sertype_zero_samples(sertype.get(), ptrs[0], 2);
+    Owned<TypeParam> fresh;
+    EXPECT_EQ(serialized(samples[0], 1), serialized(fresh.sample, 1));
+    EXPECT_EQ(serialized(samples[1], 1), serialized(fresh.sample, 1));
+    if constexpr (std::is_same_v<TypeParam, QTV_VX_LogMessage>) {
+        EXPECT_EQ(buffers, (std::vector<void *>{samples[1].message, samples[1].category}));
+    }
+    ddsi_sertype_free_samples(sertype.get(), ptrs, 2, DDS_FREE_ALL);
+}
 
 template <typename T>
 class LazyKeyHash : public testing::Test {};
@@ -58,9 +101,7 @@ using KeyedTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_
 TYPED_TEST_SUITE(LazyKeyHash, KeyedTypes);
 
 TYPED_TEST(LazyKeyHash, IsThePluginsKeyHashOfTheSample) {
-    OBLX_TypePlugin *plugin = vexar::TopicTraits<TypeParam>::pluginNew();
-    std::unique_ptr<ddsi_sertype, SertypeUnref> sertype(vexar::platform::createSertype(plugin, "Test::Keyed"));
-    vexar::TopicTraits<TypeParam>::pluginDelete(plugin);
+    SertypeRef sertype = sertypeOf<TypeParam>();
     ASSERT_NE(sertype, nullptr);
     Owned<TypeParam> sample;
     fill(sample.sample);

@@ -212,6 +212,13 @@ TEST_F(SequenceTest, LoanPreconditions) {
     EXPECT_TRUE(log.contains("max size must be 0"));
     EXPECT_TRUE(DDS_LongSeq_has_ownership(&seq));
     DDS_LongSeq_finalize(&seq);
+
+    // A buffer left behind in an empty sequence cannot sit beside a loaned one.
+    DDS_LongSeq stale = DDS_SEQUENCE_INITIALIZER;
+    stale._contiguous_buffer = array;
+    DDS_Long *pointers[1] = {&array[0]};
+    EXPECT_FALSE(DDS_LongSeq_loan_discontiguous(&stale, pointers, 1, 1));
+    EXPECT_TRUE(log.contains("invariant: both buffers are non-NULL"));
 }
 
 TEST_F(SequenceTest, DiscontiguousLoanReadsThroughThePointers) {

@@ -1,5 +1,7 @@
 // The body of every decoder fuzz target: decode arbitrary bytes into a
 // sample; whatever decodes must encode, and decode again to the same bytes.
+// Checking the bytes without a sample (as the Cyclone bridge does with what
+// it receives) must accept exactly what decodes, and read the same key.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +10,7 @@
 #include <cstring>
 #include <vector>
 
+#include "platform/type_plugin.hpp"
 #include "type/vexarPlugin.h"
 
 namespace vexar_fuzz {
@@ -29,15 +32,50 @@ std::vector<char> encode(const Functions<T> &f, const T &sample) {
     return bytes;
 }
 
+// The key form of `sample`, big-endian.
 template <typename T>
-int decode(const Functions<T> &f, const std::uint8_t *data, std::size_t size) {
+std::vector<unsigned char> keyOf(const vexar::cdr::TypePlan &plan, const T &sample) {
+    std::vector<unsigned char> key(plan.keyMaxSize);
+    OBLX_CdrStream stream;
+    vexar::cdr::init(stream, key.data(), static_cast<DDS_UnsignedLong>(key.size()));
+    vexar::cdr::setBigEndian(stream, true);
+    if (!vexar::cdr::serialize(stream, plan.key, &sample)) std::abort();
+    key.resize(stream.position);
+    return key;
+}
+
+// Checks `bytes` with `form` into `kept` (null: nothing kept); false when
+// the header or the body fails.
+inline bool checked(const vexar::cdr::Plan &form, const std::uint8_t *data, std::size_t size, void *kept) {
+    std::vector<unsigned char> exact(data, data + size);
+    OBLX_CdrStream stream;
+    vexar::cdr::init(stream, exact.data(), static_cast<DDS_UnsignedLong>(exact.size()));
+    return vexar::cdr::readEncapsulationHeader(stream) && vexar::cdr::check(stream, form, kept);
+}
+
+template <typename T>
+void expectCheckAgrees(const Functions<T> &f, const vexar::cdr::TypePlan &plan, const std::uint8_t *data,
+                       std::size_t size, const T *decoded) {
+    if (checked(plan.sample, data, size, nullptr) != (decoded != nullptr)) std::abort();
+    T keys{};
+    if (!f.initialize(&keys)) std::abort();
+    vexar::cdr::resetToInitialValues(plan.key, &keys);
+    if (checked(plan.keyOfSample, data, size, &keys) != (decoded != nullptr)) std::abort();
+    if (decoded != nullptr && keyOf(plan, keys) != keyOf(plan, *decoded)) std::abort();
+    f.finalize(&keys);
+}
+
+template <typename T>
+int decode(const Functions<T> &f, const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size_t size) {
     T first{}, second{};
     if (!f.initialize(&first) || !f.initialize(&second)) std::abort();
-    if (f.fromBuffer(&first, reinterpret_cast<const char *>(data), static_cast<DDS_UnsignedLong>(size))) {
+    bool decoded = f.fromBuffer(&first, reinterpret_cast<const char *>(data), static_cast<DDS_UnsignedLong>(size));
+    if (decoded) {
         std::vector<char> encoded = encode(f, first);
         if (!f.fromBuffer(&second, encoded.data(), static_cast<DDS_UnsignedLong>(encoded.size()))) std::abort();
         if (encode(f, second) != encoded) std::abort();
     }
+    expectCheckAgrees(f, plan, data, size, decoded ? &first : nullptr);
     f.finalize(&first);
     f.finalize(&second);
     return 0;
@@ -51,5 +89,6 @@ int decode(const Functions<T> &f, const std::uint8_t *data, std::size_t size) {
         static const vexar_fuzz::Functions<Type> functions = {                                        \
             Type##_initialize, Type##_finalize, Type##Plugin_deserialize_from_cdr_buffer,             \
             Type##Plugin_serialize_to_cdr_buffer};                                                    \
-        return vexar_fuzz::decode(functions, data, size);                                             \
+        const vexar::cdr::TypePlan &plan = vexar::cdr::TypePlugin<Type, Type##_get_typecode>::plan(); \
+        return vexar_fuzz::decode(functions, plan, data, size);                                       \
     }
