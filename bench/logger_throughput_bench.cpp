@@ -4,6 +4,9 @@
 //
 //   logger_throughput_bench [messages [rate]]  the logger here, a subscriber child
 //   logger_throughput_bench sub <domain> <messages>
+//   logger_throughput_bench pub <messages> <rate>   the logger only, for a
+//                                                   subscriber started apart
+//                                                   (scripts/bench-tail.sh)
 //
 // The producer logs `messages` INFO messages of 100 characters, each
 // carrying its sequence number, with queueSize 8192, as fast as the queue
@@ -32,8 +35,10 @@
 #include <vector>
 
 #include "logger_bench_support.hpp"
+#include "platform/data_writer.h"
 #include "support/domains.h"
 #include "support/log_subscriber.hpp"
+#include "vexar/DDSEntities.h"
 
 extern char **environ;
 
@@ -230,12 +235,35 @@ int produce(long messages, long rate) {
     return 0;
 }
 
+bool logWriterMatched(const QTV_VX_Vexar *logger) {
+    DDS_PublicationMatchedStatus status{};
+    DDS_DataWriter *writer = QTV_VX_LogMessageDataWriter_as_datawriter(
+        QTV_VX_DDSEntities_getLogMessageWriter(logger->_ddsEntities));
+    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
+           status.current_count > 0;
+}
+
+// Logs for a subscriber of its own (such as `vexar tail`) once it matched,
+// and stays until the queue is empty and the last messages had time to go.
+int produceForOthers(long messages, long rate) {
+    vexar_bench::BenchLogger logger(kDomain, kQueueSize);
+    if (logger.get() == nullptr) return 1;
+    for (auto deadline = Clock::now() + 20s; !logWriterMatched(logger.get()); std::this_thread::sleep_for(1ms)) {
+        if (Clock::now() > deadline) return 1;
+    }
+    logAll(logger, messages, rate);
+    logger.waitUntilDrained();
+    std::this_thread::sleep_for(1s);
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
+    if (argc == 4 && std::strcmp(argv[1], "pub") == 0) return produceForOthers(std::atol(argv[2]), std::atol(argv[3]));
     if (argc == 4 && std::strcmp(argv[1], "sub") == 0) return subscribe(std::atoi(argv[2]), std::atol(argv[3]));
     if (argc > 3) {
-        std::fprintf(stderr, "usage: %s [messages [rate]] | sub <domain> <messages>\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [messages [rate]] | sub <domain> <messages> | pub <messages> <rate>\n", argv[0]);
         return 2;
     }
     long messages = argc >= 2 ? std::atol(argv[1]) : kDefaultMessages;

@@ -371,15 +371,30 @@ ddsi_serdata *fromKeyhash(const ddsi_sertype *, const ddsi_keyhash *) noexcept {
 
 // Into the caller's initialized sample; a key-only serdata (dispose,
 // unregister) fills the key fields alone.
+// Back to initial values, keeping the sample's buffers: by the compiled plan,
+// or the type code's walk for a type the plan cannot describe.
+void resetSample(const Sertype &type, void *sample) noexcept {
+    const cdr::Plan &plan = type.plan->sample;
+    if (plan.valid()) {
+        cdr::resetToInitialValues(plan, sample);
+    } else {
+        sample::array::empty(*type.plugin.type_code, &sample, 1);
+    }
+}
+
+// A whole sample sets every member; one read from a key alone starts from
+// initial values, since Cyclone hands out loan elements uncleared.
 bool toSample(const ddsi_serdata *dBase, void *sample, void **, void *) noexcept {
     const Serdata &d = serdataOf(dBase);
-    const OBLX_TypePlugin &plugin = sertypeOf(d.base.type).plugin;
+    const Sertype &type = sertypeOf(d.base.type);
     OBLX_CdrStream stream = streamOver(d.wire(), d.wireSize, false);
     if (d.base.kind == SDK_DATA) {
         void *target = sample;
-        return plugin.deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
+        return type.plugin.deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE,
+                                       nullptr);
     }
-    return plugin.deserialize_key_sample(nullptr, sample, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
+    resetSample(type, sample);
+    return type.plugin.deserialize_key_sample(nullptr, sample, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
 }
 
 // The instance's key as Cyclone keeps it across topics: key bytes only, no
@@ -398,6 +413,7 @@ ddsi_serdata *toUntyped(const ddsi_serdata *dBase) noexcept {
 bool untypedToSample(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, void *sample, void **, void *) noexcept {
     const Sertype &type = sertypeOf(typeBase);
     const Serdata &d = serdataOf(dBase);
+    resetSample(type, sample);
     if (!type.keyed) return true;
     OBLX_CdrStream stream = streamOver(d.key(), d.keySize, true);
     return type.plugin.deserialize_key_sample(nullptr, sample, &stream, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_TRUE, nullptr);
@@ -460,18 +476,12 @@ void freeSertype(ddsi_sertype *typeBase) noexcept {
 
 const DDS_TypeCode &typeCodeOf(const ddsi_sertype *type) noexcept { return *sertypeOf(type).plugin.type_code; }
 
-// By the compiled plan rather than the type code's walk: a returned loan
-// comes through here for every element of the reader's cached array.
-void zeroSamples(const ddsi_sertype *typeBase, void *samples, size_t count) noexcept {
-    const Sertype &type = sertypeOf(typeBase);
-    const cdr::Plan &plan = type.plan->sample;
-    if (!plan.valid()) {
-        sample::array::empty(typeCodeOf(typeBase), samples, count);
-        return;
-    }
-    for (size_t i = 0; i < count; ++i)
-        cdr::resetToInitialValues(plan, static_cast<unsigned char *>(samples) + i * type.plugin.sample_size);
-}
+// Nothing to clear: Cyclone 0.10.2 calls this over its reader's whole cached
+// loan array before every loaned take (a reader that once held thousands of
+// samples would reset thousands per take), and every sample it then hands
+// out is filled by toSample or untypedToSample, which leave nothing of the
+// element's last use. New elements are initialized by reallocSamples.
+void zeroSamples(const ddsi_sertype *, void *, size_t) noexcept {}
 
 void reallocSamples(void **ptrs, const ddsi_sertype *type, void *old, size_t, size_t count) noexcept {
     void *base = sample::array::resize(typeCodeOf(type), old, count);

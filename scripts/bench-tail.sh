@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Whether `vexar tail` keeps up with the logger at its end-to-end rate: the
 # logger benchmark's producer logs N numbered messages at RATE per second (the
-# logger's end-to-end target) to its own subscriber, while `vexar tail`
+# logger's end-to-end target), and `vexar tail`, their only subscriber,
 # prints them all to a file. Reports what tail printed, the messages it
 # missed and its CPU time.
 #   scripts/bench-tail.sh [messages [rate]]   (default 600000 at 150000/s;
@@ -23,11 +23,11 @@ echo "load: $(uptime)"
 # Only the producer's numbered messages count; the logger's own lines may come too.
 (
   TIMEFORMAT='tail: %U s user, %S s system, %R s elapsed'
-  time "$vexar" tail --domain "$domain" --grep '^seq ' --count "$messages" --timeout 300 --no-color >"$out/lines"
+  time "$vexar" tail --domain "$domain" --grep '^seq ' --count "$messages" --timeout $((messages / rate + 30)) --no-color >"$out/lines"
 ) 2>"$out/tail.err" &
 tail_pid=$!
-sleep 1 # let tail's reader match the logger's writer before the first message
-"$producer" "$messages" "$rate" | grep -E '^(producer|subscriber: rate|lost)'
+# The producer starts logging once tail's reader has matched its writer.
+"$producer" pub "$messages" "$rate"
 tail_status=0
 wait "$tail_pid" || tail_status=$?
 cat "$out/tail.err"
