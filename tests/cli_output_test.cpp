@@ -72,9 +72,7 @@ TEST_F(CliOutput, JsonLinesAreValidWhateverTheBytes) {
               "\"message\":\"say \\\"hi\\\"\\\\\\n\\u0001 \xe2\x82\xac \\ufffd(\"}\n");
     std::string named = format(LineStyle::Json, line(700, "demo", "", ""));
     EXPECT_NE(named.find("\"kind\":\"demo\",\"level\":700,\"levelName\":\"DEBUG\""), std::string::npos) << named;
-}
-
-TEST_F(CliOutput, JsonRejectsOverlongAndSurrogateEncodings) {
+    // Overlong and surrogate encodings are refused, a 4-byte character kept.
     std::string out;
     appendJsonString(out, "\xc0\xaf|\xed\xa0\x80|\xf4\x90\x80\x80|\xf0\x9f\x98\x80");
     EXPECT_EQ(out, "\"\\ufffd\\ufffd|\\ufffd\\ufffd\\ufffd|\\ufffd\\ufffd\\ufffd\\ufffd|\xf0\x9f\x98\x80\"");
@@ -152,7 +150,6 @@ TEST_F(CliOutput, RegexSearchesTheWholeViewOnly) {
     std::string text = "abc";
     EXPECT_TRUE(regex.search(std::string_view(text).substr(0, 2))) << "the view ends before the c";
     EXPECT_FALSE(regex.search(text));
-    EXPECT_THROW(Regex("(unclosed"), UsageError);
 }
 
 }  // namespace

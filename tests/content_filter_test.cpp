@@ -72,29 +72,25 @@ QTV_VX_LogMessage logMessage(const char *category) {
 
 } // namespace
 
-TEST(ContentFilter, LoggerExpressionSelectsItsOwnApplication) {
-    const ContentFilter filter = compiled(kLoggerExpression, {"-5", "17"});
-    const auto mine = request(-5, 17);
+// The logger's own expression selects its application; new parameters change
+// what matches and bad ones keep the old.
+TEST(ContentFilter, LoggerExpressionFollowsItsParameters) {
+    ContentFilter filter = compiled(kLoggerExpression, {"-5", "17"});
+    const auto mine = request(-5, 17), extremes = request(INT32_MAX, INT32_MIN);
     EXPECT_TRUE(filter.matches(&mine));
-    for (const auto &other : {request(-5, 18), request(5, 17), request(17, -5), request(0, 0)}) {
+    for (const auto &other : {request(-5, 18), request(5, 17), request(17, -5), extremes}) {
         EXPECT_FALSE(filter.matches(&other))
             << other.targetHostAndAppId.rtps_host_id << "," << other.targetHostAndAppId.rtps_app_id;
     }
-}
-
-TEST(ContentFilter, NewParametersChangeWhatMatchesAndBadOnesKeepTheOld) {
-    ContentFilter filter = compiled(kLoggerExpression, {"1", "2"});
-    const auto first = request(1, 2), second = request(INT32_MAX, INT32_MIN);
-    EXPECT_TRUE(filter.matches(&first));
 
     EXPECT_FALSE(filter.setParameters({"0x7fffffff", " -2147483648 "}).has_value());
-    EXPECT_FALSE(filter.matches(&first));
-    EXPECT_TRUE(filter.matches(&second));
+    EXPECT_FALSE(filter.matches(&mine));
+    EXPECT_TRUE(filter.matches(&extremes));
 
     const std::optional<FilterError> error = filter.setParameters({"1"});
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->message, "parameter %1 used but only 1 parameters given");
-    EXPECT_TRUE(filter.matches(&second));
+    EXPECT_TRUE(filter.matches(&extremes));
     EXPECT_EQ(filter.parameters(), (std::vector<std::string>{"0x7fffffff", " -2147483648 "}));
 }
 
@@ -122,13 +118,9 @@ TEST(ContentFilter, LogicAndRelationsAgreeWithTheirMeaning) {
         {"($h = 1 or $a = 1) and $i = 1", [](int h, int a, int i) { return (h == 1 || a == 1) && i == 1; }},
         {"NOT $h = 1 AND $a = 1", [](int h, int a, int) { return h != 1 && a == 1; }},
         {"not ($h = 1 AnD $a = 1) Or $i = 1", [](int h, int a, int i) { return !(h == 1 && a == 1) || i == 1; }},
-        {"NOT NOT NOT $h = 0", [](int h, int, int) { return h != 0; }},
-        {"$h = 1 AND $a = 1 AND $i = 1 OR $h = 0 AND $a = 0 OR $i = -1",
-         [](int h, int a, int i) { return (h == 1 && a == 1 && i == 1) || (h == 0 && a == 0) || i == -1; }},
         {"$h <> $a", [](int h, int a, int) { return h != a; }},
         {"$h != $a", [](int h, int a, int) { return h != a; }},
         {"$h < $a", [](int h, int a, int) { return h < a; }},
-        {"$h <= $a", [](int h, int a, int) { return h <= a; }},
         {"$h > $a", [](int h, int a, int) { return h > a; }},
         {"-1 >= $h", [](int h, int, int) { return h <= -1; }},
         {"$h BETWEEN $a AND $i", [](int h, int a, int i) { return a <= h && h <= i; }},
@@ -154,10 +146,8 @@ TEST(ContentFilter, StringsCompareBytewiseAndLikeMatchesWildcards) {
         {"category <> 'com.qtv'", {"", "com", "com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"}},
         {"category < 'com.qtv'", {"", "com"}},
         {"category >= 'com.qtv.'", {"com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"}},
-        {"category = ''", {""}},
         {"category = 'it''s'", {"it's"}},
         {"category LIKE 'com.%'", {"com.qtv", "com.qtv.oblx.config.Logger"}},
-        {"category like '%.Logger'", {"com.qtv.oblx.config.Logger"}},
         {"category LIKE 'c_m%q%'", {"com.qtv", "com.qtv.oblx.config.Logger"}},
         {"category LIKE '%'", {"", "com", "com.qtv", "com.qtv.oblx.config.Logger", "it's", "\xc3\xa9t\xc3\xa9"}},
         {"category NOT LIKE '%o%'", {"", "it's", "\xc3\xa9t\xc3\xa9"}},
@@ -249,34 +239,23 @@ TEST(ContentFilter, RefusalsSayWhatIsWrongAndWhere) {
     const DDS_TypeCode *logMessageType = QTV_VX_LogMessage_get_typecode();
     const DDS_TypeCode *stateType = QTV_VX_ADMIN_State_get_typecode();
     const Case cases[] = {
-        {"targetHostAndAppId.rtps_hostid = %0", 0, "unknown member 'targetHostAndAppId.rtps_hostid'"},
         {"invocation = 1 AND nothing = 2", 19, "unknown member 'nothing'"},
         {"invocation = 1 # 2", 15, "unexpected character '#'"},
-        {"invocation =", 12, "expected a value after '='"},
         {"invocation = 1 AND", 18, "expected a condition after 'AND'"},
         {"invocation 5", 11, "expected a comparison operator before '5'"},
         {"invocation = 1 invocation = 2", 15, "expected AND or OR before 'invocation'"},
         {"(invocation = 1", 15, "expected ')' to close the '(' at column 1, after '1'"},
-        {"invocation = 1)", 14, "unbalanced ')'"},
         {"invocation NOT = 1", 15, "expected BETWEEN or LIKE after 'NOT'"},
         {"invocation BETWEEN 1 OR 2", 21, "expected AND between the bounds of BETWEEN, before 'OR'"},
         {"invocation = %2", 13, "parameter %2 used but only 2 parameters given"},
-        {"invocation = %100", 13, "malformed parameter '%100': expected %0 to %99"},
         {"invocation = %0", 13, "parameter %0 ('x') is not an integer, as long member 'invocation' needs"},
         {"invocation = 4294967296", 13, "4294967296 is out of range for long member 'invocation'"},
-        {"invocation = 99999999999999999999", 13, "integer 99999999999999999999 is out of range"},
         {"invocation = 1.5", 13, "floating-point numbers are not supported: 1.5"},
-        {"invocation = 12ab", 13, "malformed number '12ab'"},
         {"invocation = 'x'", 13, "cannot compare long member 'invocation' with a string"},
-        {"invocation LIKE '1%'", 11, "LIKE needs a string, and long member 'invocation' is not one"},
         {"invocation = 'it''s", 13, "string not closed: a quote is missing"},
-        {"targetHostAndAppId. = 1", 19, "expected a member name after 'targetHostAndAppId.'"},
         {"targetHostAndAppId = 1", 0, "member 'targetHostAndAppId' is a struct: compare one of its members"},
-        {"invocation.x = 1", 0, "member 'invocation' has no members"},
         {"command.filterLevel = 1", 0, "member 'command' cannot be filtered: it is a union"},
-        {"   ", 0, "the expression is empty"},
         {"category = 5", 11, "cannot compare string member 'category' with an integer", logMessageType},
-        {"category = level", 9, "cannot compare string member 'category' with long member 'level'", logMessageType},
         {"qtvLoggerVerbosities.category = 1", 0, "member 'qtvLoggerVerbosities' cannot be filtered: it is an array",
          stateType},
     };

@@ -1,5 +1,6 @@
 // The type plugins carried through Cyclone by the sertype bridge: what goes
-// on the wire, what comes back, instances, loans and bad input.
+// on the wire, what comes back, keys, loans, reuse of received samples and
+// bad input.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 
 #include "platform/cyclone.hpp"
 #include "platform/cyclone_sertype.hpp"
+#include "platform/sample_array.hpp"
 #include "support/cdr_test_support.hpp"
 #include "support/domains.h"
 #include "type/topic_traits.hpp"
@@ -25,9 +27,9 @@ namespace {
 
 using namespace vexar_test;
 using vexar::platform::createSertype;
+namespace array = vexar::sample::array;
 
 // Each suite has its own domain; each test its own topic (tests run at once).
-constexpr int kRoundTripDomain = domains::kBridgeBase + 10;
 constexpr int kInstancesDomain = domains::kBridgeBase + 11;
 constexpr int kAcrossProcessesDomain = domains::kBridgeBase + 12;
 constexpr int kLoansDomain = domains::kBridgeBase + 13;
@@ -50,19 +52,19 @@ struct QosDeleter {
 };
 using Qos = std::unique_ptr<dds_qos_t, QosDeleter>;
 
-// Reliable, with history for late joiners, keeping the last `depth` per instance.
-Qos historyQos(int32_t depth) {
+// Reliable, with history for late joiners.
+Qos historyQos() {
     Qos qos(dds_create_qos());
     dds_qset_reliability(qos.get(), DDS_RELIABILITY_RELIABLE, DDS_SECS(1));
     dds_qset_durability(qos.get(), DDS_DURABILITY_TRANSIENT_LOCAL);
-    dds_qset_history(qos.get(), DDS_HISTORY_KEEP_LAST, depth);
+    dds_qset_history(qos.get(), DDS_HISTORY_KEEP_LAST, 8);
     return qos;
 }
 
 // A participant with one topic of T; deleting the participant deletes all.
 template <typename T>
 struct Domain {
-    explicit Domain(int domain, int32_t depth = 8) : qos(historyQos(depth)) {
+    explicit Domain(int domain) : qos(historyQos()) {
         participant = dds_create_participant(domain, nullptr, nullptr);
         ddsi_sertype *sertype = sertypeOf<T>("Test::Type");
         topic = dds_create_topic_sertype(participant, topicOfThisTest().c_str(), &sertype, qos.get(), nullptr, nullptr);
@@ -77,50 +79,15 @@ struct Domain {
     dds_entity_t topic;
 };
 
-// Takes into caller-owned samples until `count` arrived or 10 s passed.
-template <typename T>
-std::vector<dds_sample_info_t> takeInto(dds_entity_t reader, std::vector<Owned<T>> &samples, size_t count) {
-    std::vector<dds_sample_info_t> infos;
+// Takes one sample into `sample`, waiting up to 10 s for it.
+bool takeOne(dds_entity_t reader, void *sample) {
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (infos.size() < count && std::chrono::steady_clock::now() < deadline) {
-        void *buffer[1] = {samples[infos.size()].get()};
-        dds_sample_info_t info;
-        if (dds_take(reader, buffer, &info, 1, 1) == 1)
-            infos.push_back(info);
-        else
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    dds_sample_info_t info;
+    while (dds_take(reader, &sample, &info, 1, 1) != 1) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return infos;
-}
-
-void setLog(Owned<QTV_VX_LogMessage> &sample, int32_t app, int32_t level, const std::string &text) {
-    sample->hostAndAppId = {7, app};
-    sample->level = level;
-    setText(sample->message, text);
-}
-
-// ---- one topic of each type --------------------------------------------
-
-template <typename T>
-class BridgeRoundTrip : public testing::Test {};
-using TopicTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandRequest,
-                                  QTV_VX_ADMIN_CommandResponse>;
-TYPED_TEST_SUITE(BridgeRoundTrip, TopicTypes);
-
-TYPED_TEST(BridgeRoundTrip, SampleWrittenIsTakenWithEveryField) {
-    Domain<TypeParam> domain(kRoundTripDomain);
-    ASSERT_GT(domain.topic, 0) << dds_strretcode(domain.topic);
-    dds_entity_t reader = domain.reader();
-    dds_entity_t writer = domain.writer();
-    Owned<TypeParam> sent;
-    fill(sent.sample);
-    ASSERT_EQ(dds_write(writer, sent.get()), 0);
-
-    std::vector<Owned<TypeParam>> received(1);
-    auto infos = takeInto(reader, received, 1);
-    ASSERT_EQ(infos.size(), 1u);
-    EXPECT_TRUE(infos[0].valid_data);
-    EXPECT_EQ(serialized(received[0].sample, 1), serialized(sent.sample, 1));
+    return true;
 }
 
 // ---- the serdata itself ------------------------------------------------
@@ -217,26 +184,16 @@ TEST_F(BridgeSerdata, BytesFromTheNetworkReadBackWithTheSameKey) {
 TEST_F(BridgeSerdata, MalformedBytesAreDropped) {
     SerdataRef written(ddsi_serdata_from_sample(log.get(), SDK_DATA, message.get()));
     Bytes wire = wireOf(written.get());
-    auto fromSer = [this](const Bytes &bytes) {
-        Fragments whole(bytes, {{0, static_cast<uint32_t>(bytes.size())}});
-        return SerdataRef(ddsi_serdata_from_ser(log.get(), SDK_DATA, whole.chain(), bytes.size()));
-    };
     Bytes plainCdr = wire;
     plainCdr[1] = 0x01;  // CDR, not a parameter list
     Bytes unknownId = wire;
     unknownId[0] = 0x7F;
-    Bytes truncated(wire.begin(), wire.begin() + 30);
-    Bytes headerOnly(wire.begin(), wire.begin() + 3);
-    EXPECT_EQ(fromSer(plainCdr), nullptr);
-    EXPECT_EQ(fromSer(unknownId), nullptr);
-    EXPECT_EQ(fromSer(truncated), nullptr);
-    EXPECT_EQ(fromSer(headerOnly), nullptr);
-    EXPECT_NE(fromSer(wire), nullptr);
-
-    // A State whose `state` lies outside its enumeration (id 2, value 7).
-    Bytes badState = WireBytes(false).encapsulation(3).pid(2, 4).i32(7).sentinel().bytes;
-    Fragments state7(badState, {{0, static_cast<uint32_t>(badState.size())}});
-    EXPECT_EQ(ddsi_serdata_from_ser(state.get(), SDK_DATA, state7.chain(), badState.size()), nullptr);
+    const Bytes cases[] = {plainCdr, unknownId, Bytes(wire.begin(), wire.begin() + 30),
+                           Bytes(wire.begin(), wire.begin() + 3)};
+    for (const Bytes &bytes : cases) {
+        Fragments whole(bytes, {{0, static_cast<uint32_t>(bytes.size())}});
+        EXPECT_EQ(ddsi_serdata_from_ser(log.get(), SDK_DATA, whole.chain(), bytes.size()), nullptr);
+    }
 }
 
 // Received bytes become a serdata exactly when the plugin reads them, and
@@ -319,11 +276,6 @@ TEST_F(BridgeSerdata, KeyOnlySerdataCarriesTheKeyWithItsHeader) {
     EXPECT_EQ(holder->hostAndAppId.rtps_host_id, message->hostAndAppId.rtps_host_id);
     EXPECT_EQ(holder->hostAndAppId.rtps_app_id, message->hostAndAppId.rtps_app_id);
     EXPECT_EQ(holder->level, message->level);
-
-    ddsi_keyhash_t fromKey, fromData;
-    ddsi_serdata_get_keyhash(key.get(), &fromKey, false);
-    ddsi_serdata_get_keyhash(data.get(), &fromData, true);
-    EXPECT_EQ(0, std::memcmp(fromKey.value, fromData.value, sizeof fromKey.value));
 }
 
 TEST_F(BridgeSerdata, PrintShowsTheSampleOnOneLine) {
@@ -338,66 +290,79 @@ TEST_F(BridgeSerdata, PrintShowsTheSampleOnOneLine) {
     EXPECT_STREQ(cut, "{hostAn");
 }
 
-// ---- instances, time stamps, history -----------------------------------
 
-TEST(BridgeInstances, LevelSeparatesInstancesAndKeepLastKeepsTheLatest) {
-    Domain<QTV_VX_LogMessage> domain(kInstancesDomain, 1);
-    dds_entity_t writer = domain.writer();
-    Owned<QTV_VX_LogMessage> sample;
-    const std::pair<int32_t, const char *> writes[] = {{300, "first"}, {400, "other level"}, {300, "last"}};
-    for (auto [level, text] : writes) {
-        setLog(sample, 1, level, text);
-        ASSERT_EQ(dds_write(writer, sample.get()), 0);
+// ---- reuse on the receive path -------------------------------------------
+
+TEST(SampleReuse, EmptiedElementsKeepTheirBuffersAndLoseTheirValues) {
+    const DDS_TypeCode &type = *QTV_VX_LogMessage_get_typecode();
+    auto *samples = static_cast<QTV_VX_LogMessage *>(array::resize(type, nullptr, 2));
+    ASSERT_NE(samples, nullptr);
+    fill(samples[0]);
+    fill(samples[1]);
+    char *const message = samples[1].message;
+
+    void *listed[] = {&samples[1]};
+    array::empty(type, listed, 1);
+    EXPECT_EQ(samples[1].message, message);
+    EXPECT_STREQ(samples[1].message, "");
+    EXPECT_STREQ(samples[1].category, "");
+    EXPECT_EQ(samples[1].level, 0);
+    EXPECT_EQ(samples[1].hostAndAppId.rtps_host_id, 0);
+    EXPECT_STREQ(samples[0].message, "disk almost full");  // only the listed one
+
+    array::empty(type, samples, 2);
+    EXPECT_STREQ(samples[0].message, "");
+    // The buffers still hold a string at the bound.
+    std::memset(samples[0].message, 'x', 4096);
+    samples[0].message[4096] = '\0';
+    array::destroy(type, samples);
+}
+
+template <typename T>
+class KeyedBridge : public testing::Test {};
+using KeyedTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandResponse>;
+TYPED_TEST_SUITE(KeyedBridge, KeyedTypes);
+
+// Cyclone hands out loan elements again without clearing them (zero_samples
+// does nothing, as it would otherwise clear the whole cached array on every
+// take): a sample read from a key alone must keep nothing of what the
+// element held before.
+TYPED_TEST(KeyedBridge, SampleReadFromAKeyIntoAUsedElementKeepsNothingElse) {
+    SertypeRef sertype(sertypeOf<TypeParam>());
+    Owned<TypeParam> source;
+    fill(source.sample);
+    SerdataRef key(ddsi_serdata_from_sample(sertype.get(), SDK_KEY, source.get()));
+    ASSERT_NE(key, nullptr);
+    SerdataRef untyped(ddsi_serdata_to_untyped(key.get()));
+    ASSERT_NE(untyped, nullptr);
+
+    Owned<TypeParam> fresh, used;
+    ASSERT_TRUE(ddsi_serdata_to_sample(key.get(), fresh.get(), nullptr, nullptr));
+    fill(used.sample);
+    ASSERT_TRUE(ddsi_serdata_to_sample(key.get(), used.get(), nullptr, nullptr));
+    EXPECT_EQ(serialized(used.sample, 1), serialized(fresh.sample, 1)) << "to_sample of a key";
+    fill(used.sample);
+    ASSERT_TRUE(ddsi_serdata_untyped_to_sample(sertype.get(), untyped.get(), used.get(), nullptr, nullptr));
+    EXPECT_EQ(serialized(used.sample, 1), serialized(fresh.sample, 1)) << "untyped_to_sample";
+}
+
+// The key hash is derived when asked for, from data and from a key alike.
+TYPED_TEST(KeyedBridge, KeyHashIsThePluginsKeyHashOfTheSample) {
+    SertypeRef sertype(sertypeOf<TypeParam>());
+    Owned<TypeParam> sample;
+    fill(sample.sample);
+    DDS_KeyHash_t expected{};
+    ASSERT_TRUE(Plugin<TypeParam>::instanceToKeyhash(nullptr, &expected, sample.get()));
+    for (ddsi_serdata_kind kind : {SDK_DATA, SDK_KEY}) {
+        SerdataRef data(ddsi_serdata_from_sample(sertype.get(), kind, sample.get()));
+        ASSERT_NE(data, nullptr);
+        ddsi_keyhash_t actual;
+        ddsi_serdata_get_keyhash(data.get(), &actual, false);
+        EXPECT_EQ(0, std::memcmp(actual.value, expected.value, sizeof actual.value)) << "kind " << kind;
     }
-    dds_entity_t lateReader = domain.reader();  // history reaches a reader that joins later
-    std::vector<Owned<QTV_VX_LogMessage>> received(2);
-    auto infos = takeInto(lateReader, received, 2);
-    ASSERT_EQ(infos.size(), 2u);
-    EXPECT_NE(infos[0].instance_handle, infos[1].instance_handle);
-    for (auto &r : received) EXPECT_STREQ(r->message, r->level == 300 ? "last" : "other level");
 }
 
-TEST(BridgeInstances, SourceTimestampReachesTheSampleInfo) {
-    Domain<QTV_VX_LogMessage> domain(kInstancesDomain);
-    dds_entity_t reader = domain.reader();
-    Owned<QTV_VX_LogMessage> sample;
-    setLog(sample, 1, 600, "stamped");
-    const dds_time_t stamp = DDS_SECS(1700000000) + 123456789;
-    ASSERT_EQ(dds_write_ts(domain.writer(), sample.get(), stamp), 0);
-    std::vector<Owned<QTV_VX_LogMessage>> received(1);
-    auto infos = takeInto(reader, received, 1);
-    ASSERT_EQ(infos.size(), 1u);
-    EXPECT_EQ(infos[0].source_timestamp, stamp);
-}
-
-TEST(BridgeInstances, DisposeAndRegisterWorkOnTheKeyAlone) {
-    Domain<QTV_VX_ADMIN_State> domain(kInstancesDomain);
-    dds_entity_t reader = domain.reader();
-    dds_entity_t writer = domain.writer();
-    Owned<QTV_VX_ADMIN_State> state;
-    fill(state.sample);
-    dds_instance_handle_t registered;
-    ASSERT_EQ(dds_register_instance(writer, &registered, state.get()), 0);
-    EXPECT_EQ(dds_lookup_instance(writer, state.get()), registered);
-    ASSERT_EQ(dds_write(writer, state.get()), 0);
-    std::vector<Owned<QTV_VX_ADMIN_State>> received(1);
-    ASSERT_EQ(takeInto(reader, received, 1).size(), 1u);
-
-    // The dispose carries only the key; the reader fills the key fields.
-    ASSERT_EQ(dds_dispose(writer, state.get()), 0);
-    std::vector<Owned<QTV_VX_ADMIN_State>> disposed(1);
-    auto infos = takeInto(reader, disposed, 1);
-    ASSERT_EQ(infos.size(), 1u);
-    EXPECT_FALSE(infos[0].valid_data);
-    EXPECT_EQ(infos[0].instance_state, DDS_IST_NOT_ALIVE_DISPOSED);
-    EXPECT_EQ(disposed[0]->hostAndAppId.rtps_host_id, state->hostAndAppId.rtps_host_id);
-    EXPECT_EQ(disposed[0]->hostAndAppId.rtps_app_id, state->hostAndAppId.rtps_app_id);
-
-    Owned<QTV_VX_ADMIN_State> key;
-    ASSERT_EQ(dds_instance_get_key(writer, registered, key.get()), 0);
-    EXPECT_EQ(key->hostAndAppId.rtps_host_id, state->hostAndAppId.rtps_host_id);
-    EXPECT_EQ(key->hostAndAppId.rtps_app_id, state->hostAndAppId.rtps_app_id);
-}
+// ---- through Cyclone ---------------------------------------------------
 
 TEST(BridgeInstances, WriterAskingForXcdr2IsRefused) {
     Domain<QTV_VX_LogMessage> domain(kInstancesDomain);
@@ -445,89 +410,32 @@ TEST(BridgeAcrossProcesses, LongMessageArrivesInFragmentsAndReadsBack) {
     ASSERT_GT(child, 0);
 
     Domain<QTV_VX_LogMessage> domain(kAcrossProcessesDomain);
-    std::vector<Owned<QTV_VX_LogMessage>> received(1);
-    auto infos = takeInto(domain.reader(), received, 1);
+    Owned<QTV_VX_LogMessage> received;
+    bool taken = takeOne(domain.reader(), received.get());
     int status = -1;
     waitpid(child, &status, 0);
-    ASSERT_EQ(infos.size(), 1u);
-    EXPECT_EQ(serialized(received[0].sample, 1), serialized(sent.sample, 1));
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(serialized(received.sample, 1), serialized(sent.sample, 1));
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 }
 
-// ---- loans -------------------------------------------------------------
-
-// Writes `count` log samples of distinct levels (distinct instances).
-void writeLevels(dds_entity_t writer, int count) {
-    Owned<QTV_VX_LogMessage> sample;
-    for (int i = 0; i < count; ++i) {
-        setLog(sample, 2, 100 * (i + 1), "loaned " + std::to_string(i));
-        ASSERT_EQ(dds_write(writer, sample.get()), 0);
-    }
-}
-
-// Cyclone 0.10.2 fills as many pointers as the largest `maxs` ever used on
-// the reader, so the buffer is sized for that.
-constexpr uint32_t kLargestTake = 8;
-
-int32_t takeLoaned(dds_entity_t reader, void **buffer, dds_sample_info_t *infos, uint32_t maxs) {
-    for (int attempt = 0; attempt < 500; ++attempt) {
-        buffer[0] = nullptr;
-        int32_t n = dds_take(reader, buffer, infos, maxs, maxs);
-        if (n != 0) return n;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return 0;
-}
-
-TEST(BridgeLoans, LoanedSamplesAreReadableReusedAndReturned) {
+// A loan left out is freed with its reader, and a second topic of the same
+// name and type reuses Cyclone's sertype (the sanitizer run checks memory).
+TEST(BridgeLoans, UnreturnedLoanAndReusedSertypeLeaveNothingBehind) {
     Domain<QTV_VX_LogMessage> domain(kLoansDomain);
     dds_entity_t reader = domain.reader();
-    dds_entity_t writer = domain.writer();
-    void *buffer[kLargestTake];
-    dds_sample_info_t infos[kLargestTake];
-
-    writeLevels(writer, 2);
-    ASSERT_EQ(takeLoaned(reader, buffer, infos, 2), 2);
-    EXPECT_STREQ(static_cast<QTV_VX_LogMessage *>(buffer[0])->message, "loaned 0");
-    ASSERT_EQ(dds_return_loan(reader, buffer, 2), 0);
-
-    // The same array again, then grown to hold more samples.
-    writeLevels(writer, 1);
-    ASSERT_EQ(takeLoaned(reader, buffer, infos, 2), 1);
-    ASSERT_EQ(dds_return_loan(reader, buffer, 1), 0);
-    writeLevels(writer, 5);
-    ASSERT_EQ(takeLoaned(reader, buffer, infos, kLargestTake), 5);
-    for (int i = 0; i < 5; ++i) EXPECT_TRUE(infos[i].valid_data);
-    EXPECT_STREQ(static_cast<QTV_VX_LogMessage *>(buffer[4])->message, "loaned 4");
-    ASSERT_EQ(dds_return_loan(reader, buffer, 5), 0);
-
-    // A second loan while the first is out is a separate array.
-    writeLevels(writer, 2);
-    void *second[kLargestTake];
-    dds_sample_info_t secondInfos[kLargestTake];
-    ASSERT_EQ(takeLoaned(reader, buffer, infos, 1), 1);
-    ASSERT_EQ(takeLoaned(reader, second, secondInfos, 1), 1);
-    EXPECT_EQ(dds_return_loan(reader, second, 1), 0);
-    EXPECT_EQ(dds_return_loan(reader, buffer, 1), 0);
-}
-
-TEST(BridgeLoans, RepeatedCreationAndDeletionLeavesNothingBehind) {
-    for (int round = 0; round < 10; ++round) {
-        Domain<QTV_VX_LogMessage> domain(kLoansDomain);
-        dds_entity_t reader = domain.reader();
-        writeLevels(domain.writer(), 3);
-        void *buffer[kLargestTake];
-        dds_sample_info_t infos[kLargestTake];
-        int32_t taken = takeLoaned(reader, buffer, infos, kLargestTake);
-        ASSERT_GT(taken, 0);
-        if (round % 2 == 0) dds_return_loan(reader, buffer, taken);  // else freed with the reader
-        // A second topic of the same name and type reuses Cyclone's sertype.
-        ddsi_sertype *again = sertypeOf<QTV_VX_LogMessage>("Test::Type");
-        dds_entity_t topic = dds_create_topic_sertype(domain.participant, topicOfThisTest().c_str(), &again,
-                                                      domain.qos.get(), nullptr, nullptr);
-        EXPECT_GT(topic, 0);
-        if (topic < 0) ddsi_sertype_unref(again);
-    }
+    Owned<QTV_VX_LogMessage> sample;
+    fill(sample.sample);
+    ASSERT_EQ(dds_write(domain.writer(), sample.get()), 0);
+    // Cyclone 0.10.2 fills as many pointers as the largest `maxs` ever used.
+    void *buffer[8] = {nullptr};
+    dds_sample_info_t infos[8];
+    ASSERT_EQ(dds_take(reader, buffer, infos, 8, 8), 1);
+    ddsi_sertype *again = sertypeOf<QTV_VX_LogMessage>("Test::Type");
+    dds_entity_t topic = dds_create_topic_sertype(domain.participant, topicOfThisTest().c_str(), &again,
+                                                  domain.qos.get(), nullptr, nullptr);
+    EXPECT_GT(topic, 0);
+    if (topic < 0) ddsi_sertype_unref(again);
 }
 
 }  // namespace

@@ -68,12 +68,6 @@ DDS_Topic *lookupTopic(DDS_DomainParticipant *participant, const char *name) {
     return description != nullptr ? DDS_Topic_narrow(description) : nullptr;
 }
 
-DDS_DataWriterQos writerQosOf(DDS_DataWriter *writer) {
-    DDS_DataWriterQos qos = DDS_DataWriterQos_INITIALIZER;
-    EXPECT_EQ(DDS_DataWriter_get_qos(writer, &qos), DDS_RETCODE_OK);
-    return qos;
-}
-
 TEST(LoggerEntities, CreatesEveryEntityOnItsTopicWithItsRegisteredTypeName) {
     HandBuiltLogger logger;
     QTV_VX_Options_setApplicationKind(logger.options(), "shipyard");
@@ -122,7 +116,7 @@ TEST(LoggerEntities, CreatesEveryEntityOnItsTopicWithItsRegisteredTypeName) {
 }
 
 // A missing profile is only a warning.
-TEST(LoggerEntities, WithoutRemoteAdministrationHasNoCommandSide) {
+TEST(LoggerEntities, WithoutRemoteAdministrationHasNoCommandSideAndDefaultQos) {
     HandBuiltLogger logger(0);
     QTV_VX_Options_setQosLibrary(logger.options(), "VexarLibrary");
     QTV_VX_Options_setQosProfile(logger.options(), "Missing");
@@ -137,6 +131,21 @@ TEST(LoggerEntities, WithoutRemoteAdministrationHasNoCommandSide) {
                              QTV_VX_COMMAND_RESPONSE_TOPIC_NAME}) {
         EXPECT_EQ(DDS_DomainParticipant_lookup_topicdescription(entities->domainParticipant, name), nullptr) << name;
     }
+    // The per-topic values go by the topic's name in any case; other topics keep the defaults.
+    DDS_DataWriterQos stateWriter = DDS_DataWriterQos_INITIALIZER;
+    ASSERT_EQ(DDS_DataWriter_get_qos(QTV_VX_ADMIN_StateDataWriter_as_datawriter(entities->stateWriter), &stateWriter),
+              DDS_RETCODE_OK);
+    EXPECT_EQ(stateWriter.history.depth, 1);
+    DDS_DataWriterQos writer = DDS_DataWriterQos_INITIALIZER;
+    ASSERT_EQ(QTV_VX_DDSEntities_getDataWriterQos(entities, &writer, "QTV/Vexar"), DDS_RETCODE_OK);
+    EXPECT_EQ(writer.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS);
+    EXPECT_EQ(writer.durability.kind, DDS_TRANSIENT_LOCAL_DURABILITY_QOS);
+    EXPECT_EQ(writer.history.depth, 10);
+    DDS_DataReaderQos reader = DDS_DataReaderQos_INITIALIZER;
+    ASSERT_EQ(QTV_VX_DDSEntities_getDataReaderQos(entities, &reader, "someone/else"), DDS_RETCODE_OK);
+    EXPECT_EQ(reader.reliability.kind, DDS_BEST_EFFORT_RELIABILITY_QOS);
+    EXPECT_EQ(reader.history.depth, 1);
+    EXPECT_TRUE(reader.protocol.vendor_specific_entity);
 }
 
 // An application lends its own Cyclone participant, with topics on it.
@@ -187,25 +196,6 @@ TEST(LoggerEntities, AFailedStepDeletesWhatWasMadeBeforeIt) {
     EXPECT_EQ(DDS_DomainParticipant_delete_topic(participant, wrongStateTopic), DDS_RETCODE_OK);
     // Only an empty participant can be deleted: no publisher was left behind.
     EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory, participant), DDS_RETCODE_OK);
-}
-
-// The per-topic values go by the topic's name in any case; other topics
-// keep the defaults.
-TEST(LoggerEntities, QosRulesGoByTheTopicNameInAnyCase) {
-    HandBuiltLogger logger(0);
-    QTV_VX_DDSEntities *entities = logger.createEntities();
-    ASSERT_NE(entities, nullptr);
-    EXPECT_EQ(writerQosOf(QTV_VX_ADMIN_StateDataWriter_as_datawriter(entities->stateWriter)).history.depth, 1);
-    DDS_DataWriterQos writer = DDS_DataWriterQos_INITIALIZER;
-    ASSERT_EQ(QTV_VX_DDSEntities_getDataWriterQos(entities, &writer, "QTV/Vexar"), DDS_RETCODE_OK);
-    EXPECT_EQ(writer.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS);
-    EXPECT_EQ(writer.durability.kind, DDS_TRANSIENT_LOCAL_DURABILITY_QOS);
-    EXPECT_EQ(writer.history.depth, 10);
-    DDS_DataReaderQos reader = DDS_DataReaderQos_INITIALIZER;
-    ASSERT_EQ(QTV_VX_DDSEntities_getDataReaderQos(entities, &reader, "someone/else"), DDS_RETCODE_OK);
-    EXPECT_EQ(reader.reliability.kind, DDS_BEST_EFFORT_RELIABILITY_QOS);
-    EXPECT_EQ(reader.history.depth, 1);
-    EXPECT_TRUE(reader.protocol.vendor_specific_entity);
 }
 
 }  // namespace

@@ -29,8 +29,6 @@ TEST(DdsParticipant, ReportsItsDomainAndDistinctRtpsIdentities) {
     BridgeParticipant second(kDomain);
     ASSERT_NE(first.get(), nullptr);
     EXPECT_EQ(DDS_DomainParticipant_get_domain_id(first.get()), kDomain);
-    EXPECT_EQ(DDS_DomainParticipant_get_participant_factoryI(first.get()), factory());
-    EXPECT_TRUE(DDS_Entity_is_enabled(DDS_DomainParticipant_as_entity(first.get())));
 
     DDS_DomainParticipantQos a = DDS_DomainParticipantQos_INITIALIZER;
     DDS_DomainParticipantQos b = DDS_DomainParticipantQos_INITIALIZER;
@@ -43,20 +41,6 @@ TEST(DdsParticipant, ReportsItsDomainAndDistinctRtpsIdentities) {
     DDS_DomainParticipantQos_finalize(&b);
 }
 
-TEST(DdsParticipant, CarriesTheNameOfItsQos) {
-    DDS_DomainParticipantQos qos = DDS_DomainParticipantQos_INITIALIZER;
-    qos.participant_name.name = DDS_String_dup("shipyard");
-    DDS_DomainParticipant *participant = DDS_DomainParticipantFactory_create_participant(factory(), kDomain + 1, &qos,
-                                                                                         nullptr, 0);
-    ASSERT_NE(participant, nullptr);
-    DDS_DomainParticipantQos read = DDS_DomainParticipantQos_INITIALIZER;
-    ASSERT_EQ(DDS_DomainParticipant_get_qos(participant, &read), DDS_RETCODE_OK);
-    EXPECT_STREQ(read.participant_name.name, "shipyard");
-    DDS_DomainParticipantQos_finalize(&read);
-    DDS_DomainParticipantQos_finalize(&qos);
-    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), participant), DDS_RETCODE_OK);
-}
-
 TEST(DdsParticipant, MisuseIsReportedWithTheOmgCode) {
     LogCapture log;
     DDS_DomainParticipantListener listener{nullptr};
@@ -66,12 +50,14 @@ TEST(DdsParticipant, MisuseIsReportedWithTheOmgCode) {
               nullptr);
     EXPECT_TRUE(log.contains("not supported by this middleware"));
     EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), nullptr), DDS_RETCODE_BAD_PARAMETER);
-    EXPECT_EQ(DDS_DomainParticipant_get_domain_id(nullptr), -1);
     // A record of another kind is refused, not misread.
     BridgeParticipant participant(kDomain + 2);
     auto *publisherAsParticipant = reinterpret_cast<DDS_DomainParticipant *>(participant.publisher());
     EXPECT_EQ(DDS_DomainParticipant_create_subscriber(publisherAsParticipant, nullptr, nullptr, 0), nullptr);
     EXPECT_TRUE(log.contains("DDS_DomainParticipant_create_subscriber: bad parameter: self"));
+    EXPECT_EQ(OBLX_DomainParticipant_adoptCyclone(0), nullptr);
+    EXPECT_EQ(OBLX_DomainParticipant_adoptCyclone(123456), nullptr);
+    EXPECT_TRUE(log.contains("OBLX_DomainParticipant_adoptCyclone: bad parameter: cyclone_participant"));
 }
 
 TEST(DdsParticipant, IsNotDeletedWhileItContainsEntities) {
@@ -120,13 +106,6 @@ TEST(DdsParticipant, AdoptedCycloneParticipantOutlivesItsRecordAndIsLeftClean) {
     EXPECT_EQ(dds_delete(cyclone), 0);
 }
 
-TEST(DdsParticipant, AdoptionRefusesWhatIsNotAParticipant) {
-    LogCapture log;
-    EXPECT_EQ(OBLX_DomainParticipant_adoptCyclone(0), nullptr);
-    EXPECT_EQ(OBLX_DomainParticipant_adoptCyclone(123456), nullptr);
-    EXPECT_TRUE(log.contains("OBLX_DomainParticipant_adoptCyclone: bad parameter: cyclone_participant"));
-}
-
 TEST(DdsTypes, RegistrationKeepsItsOwnPluginAndGuardsItsTopics) {
     BridgeParticipant participant(kDomain + 5);
     LogCapture log;
@@ -161,8 +140,6 @@ TEST(DdsTopics, AreFoundByNameAndNarrowedByKind) {
     DDS_TopicDescription *found = DDS_DomainParticipant_lookup_topicdescription(participant.get(), "qtv/vexar");
     EXPECT_EQ(DDS_Topic_narrow(found), topic);
     EXPECT_EQ(DDS_ContentFilteredTopic_narrow(found), nullptr);
-    EXPECT_STREQ(DDS_TopicDescription_get_name(found), "qtv/vexar");
-    EXPECT_EQ(DDS_TopicDescription_get_participant(found), participant.get());
 
     LogCapture log;
     EXPECT_EQ(DDS_DomainParticipant_create_topic(participant.get(), "qtv/vexar", kLogTypeName, nullptr, nullptr, 0),
@@ -175,39 +152,7 @@ TEST(DdsTopics, AreFoundByNameAndNarrowedByKind) {
     DDS_TopicDescription *filteredFound = DDS_DomainParticipant_lookup_topicdescription(participant.get(), "loud");
     EXPECT_EQ(DDS_ContentFilteredTopic_narrow(filteredFound), filtered);
     EXPECT_EQ(DDS_Topic_narrow(filteredFound), nullptr);
-    EXPECT_EQ(DDS_ContentFilteredTopic_get_related_topic(filtered), topic);
     EXPECT_EQ(DDS_DomainParticipant_delete_topic(participant.get(), topic), DDS_RETCODE_PRECONDITION_NOT_MET);
-}
-
-TEST(DdsTopics, TopicQosReadsBackFromCyclone) {
-    BridgeParticipant participant(kDomain + 7);
-    OBLX_TypePlugin *plugin = QTV_VX_LogMessagePlugin_new();
-    ASSERT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, plugin, nullptr), DDS_RETCODE_OK);
-    QTV_VX_LogMessagePlugin_delete(plugin);
-    DDS_TopicQos qos = DDS_TopicQos_INITIALIZER;
-    ASSERT_EQ(DDS_DomainParticipant_get_default_topic_qos_w_topic_name(participant.get(), &qos, "qtv/vexar"),
-              DDS_RETCODE_OK);
-    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
-    qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
-    DDS_Topic *topic =
-        DDS_DomainParticipant_create_topic(participant.get(), "qtv/vexar", kLogTypeName, &qos, nullptr, 0);
-    ASSERT_NE(topic, nullptr);
-    DDS_TopicQos read = DDS_TopicQos_INITIALIZER;
-    ASSERT_EQ(DDS_Topic_get_qos(topic, &read), DDS_RETCODE_OK);
-    EXPECT_EQ(read.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS);
-    EXPECT_EQ(read.durability.kind, DDS_TRANSIENT_LOCAL_DURABILITY_QOS);
-}
-
-TEST(DdsTopics, QosProfilesFindNothingSoCallersUseDefaults) {
-    DDS_StringSeq names = DDS_SEQUENCE_INITIALIZER;
-    EXPECT_EQ(DDS_DomainParticipantFactory_get_qos_profiles(factory(), &names, "Library"), DDS_RETCODE_OK);
-    EXPECT_EQ(DDS_StringSeq_get_length(&names), 0);
-    LogCapture log;
-    DDS_DataWriterQos qos = DDS_DataWriterQos_INITIALIZER;
-    EXPECT_EQ(DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(factory(), &qos, "Library",
-                                                                                        "Profile", "qtv/vexar"),
-              DDS_RETCODE_BAD_PARAMETER);
-    EXPECT_EQ(qos.reliability.kind, DDS_RELIABLE_RELIABILITY_QOS) << "left as it was";
 }
 
 // The logger's own filter: a reader on the filtered topic receives exactly
@@ -218,10 +163,8 @@ TEST(DdsContentFilteredTopic, PassesExactlyTheRequestsAddressedToIt) {
     BridgeParticipant logger(kDomain + 8);
     DDS_Topic *requests = logger.requestTopic();
     ASSERT_NE(requests, nullptr);
-    char host[16];
-    char app[16];
-    std::snprintf(host, sizeof host, "%d", -7);
-    std::snprintf(app, sizeof app, "%d", 9);
+    char host[] = "-7";
+    char app[] = "9";
     char *parameterBuffers[2] = {host, app};
     DDS_StringSeq parameters = DDS_SEQUENCE_INITIALIZER;
     ASSERT_TRUE(DDS_StringSeq_loan_contiguous(&parameters, parameterBuffers, 2, 2));

@@ -21,7 +21,7 @@ void expectTable(const Rows &rows, Translator toVexar, Translator toMiddleware) 
     }
 }
 
-TEST(EnumTranslators, EveryRowBothWays) {
+TEST(EnumTranslators, EveryRowBothWaysAndTheDefaultOutside) {
     expectTable({{0, 0}, {1, 1}, {2, 3}, {3, 7}, {4, 15}, {5, 31}},
                 QTV_VX_translateFromQTVLoggerVerbosityToVXVerbosity, QTV_VX_translateFromVXVerbosityToQTVLoggerVerbosity);
     expectTable({{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 4}}, QTV_VX_translateFromQTVLoggerCategoryToVXCategory,
@@ -31,9 +31,7 @@ TEST(EnumTranslators, EveryRowBothWays) {
                 QTV_VX_translateFromVXPrintFormatToQTVLoggerPrintFormat);
     expectTable({{300, 1}, {400, 2}, {500, 3}, {600, 4}, {700, 5}}, QTV_VX_translateFromQTVLoggerLogLevelToVXLevel,
                 nullptr);
-}
-
-TEST(EnumTranslators, ValuesOutsideATableGetItsDefault) {
+    // Values outside a table get its default.
     EXPECT_EQ(QTV_VX_translateFromQTVLoggerVerbosityToVXVerbosity(2), 2);  // not a mask: WARNING
     EXPECT_EQ(QTV_VX_translateFromVXVerbosityToQTVLoggerVerbosity(9), 3);
     EXPECT_EQ(QTV_VX_translateFromQTVLoggerCategoryToVXCategory(5), 4);  // the middleware's ALL: API

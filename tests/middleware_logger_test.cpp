@@ -93,18 +93,6 @@ protected:
     RecordingDevice recorder;
 };
 
-TEST(MiddlewareLoggerDefaults, OneInstanceLoggingErrorsInDefaultFormatToStdout) {
-    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
-    ASSERT_NE(logger, nullptr);
-    EXPECT_EQ(OBLX_Config_Logger_get_instance(), logger);
-    for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category) {
-        EXPECT_EQ(OBLX_Config_Logger_get_verbosity_by_category(logger, static_cast<OBLX_Config_LogCategory>(category)),
-                  OBLX_CONFIG_LOG_VERBOSITY_ERROR);
-    }
-    EXPECT_EQ(OBLX_Config_Logger_get_print_format(logger), OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT);
-    EXPECT_EQ(OBLX_Config_Logger_get_output_device(logger), nullptr);
-}
-
 TEST_F(MiddlewareLogger, LevelPassesWhenItsBitIsInTheCategoryVerbosity) {
     setVerbosity(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
     log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "api error");
@@ -129,18 +117,16 @@ TEST_F(MiddlewareLogger, LevelPassesWhenItsBitIsInTheCategoryVerbosity) {
     EXPECT_EQ(lines[2].text, "STATUS_LOCAL DATABASE producer: database status\n");
 }
 
-TEST_F(MiddlewareLogger, CategoryAllAndSetVerbosityReachEveryCategory) {
+TEST_F(MiddlewareLogger, CategoryAllAndSetVerbosityReachEveryCategoryAndABadOneNone) {
     const auto expectEveryCategory = [&](OBLX_Config_LogVerbosity expected) {
         for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category)
             EXPECT_EQ(OBLX_Config_Logger_get_verbosity_by_category(logger, static_cast<OBLX_Config_LogCategory>(category)),
                       expected);
     };
     setVerbosity(OBLX_CONFIG_LOG_CATEGORY_ALL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE);
+    setVerbosity(static_cast<OBLX_Config_LogCategory>(6), OBLX_CONFIG_LOG_VERBOSITY_SILENT);
     expectEveryCategory(OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE);
     OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
-    expectEveryCategory(OBLX_CONFIG_LOG_VERBOSITY_WARNING);
-
-    setVerbosity(static_cast<OBLX_Config_LogCategory>(6), OBLX_CONFIG_LOG_VERBOSITY_SILENT);
     expectEveryCategory(OBLX_CONFIG_LOG_VERBOSITY_WARNING);
     EXPECT_NE(recorder.find("OBLX_Config_Logger_set_verbosity_by_category: bad parameter: category"), nullptr)
         << recorder.text();
@@ -238,52 +224,41 @@ TEST_F(MiddlewareLoggerFormat, FieldsThatAreNotKnownAreLeftOut) {
 }
 
 TEST_F(MiddlewareLogger, PrintFormatRefusesUnknownBitsAndShapesEveryLine) {
-    EXPECT_FALSE(OBLX_Config_Logger_set_print_format(logger, static_cast<OBLX_Config_LogPrintFormat>(0x40)));
-    EXPECT_EQ(OBLX_Config_Logger_get_print_format(logger), OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT);
     ASSERT_TRUE(OBLX_Config_Logger_set_print_format(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL));
-    EXPECT_EQ(OBLX_Config_Logger_get_print_format(logger), OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL);
+    EXPECT_FALSE(OBLX_Config_Logger_set_print_format(logger, static_cast<OBLX_Config_LogPrintFormat>(0x40)));
     recorder.clear();
     log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "minimal\n");
     EXPECT_EQ(recorder.text(), "E API: minimal\n");
 }
 
-TEST(MiddlewareLoggerDevice, LinesGoToTheInstalledDeviceElseToStdout) {
+// Lines go to the installed device, else to stdout; a device is closed once,
+// when replaced, and never when installed again or when a bad one is refused.
+TEST(MiddlewareLoggerDevice, LinesGoToTheInstalledDeviceWhichIsClosedOnceWhenReplaced) {
     OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
-    RecordingDevice recorder;
+    RecordingDevice first;
+    RecordingDevice second;
     const auto logError = [](const char *text) {
         OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_ERROR, "f", nullptr, 0, "%s", text);
     };
     EXPECT_EQ(capturedStdout([&] { logError("before"); }), "ERROR API f: before\n");
 
-    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, recorder.device()));
-    EXPECT_EQ(OBLX_Config_Logger_get_output_device(logger), recorder.device());
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, first.device()));
+    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, first.device()));
     EXPECT_EQ(capturedStdout([&] { logError("during"); }), "");
-    EXPECT_EQ(recorder.text(), "ERROR API f: during\n");
-
-    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, nullptr));
-    EXPECT_EQ(recorder.closes(), 1);
-    EXPECT_EQ(capturedStdout([&] { logError("after"); }), "ERROR API f: after\n");
-    EXPECT_EQ(recorder.text(), "ERROR API f: during\n");
-}
-
-TEST(MiddlewareLoggerDevice, ReplacingClosesThePreviousDeviceOnce) {
-    OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
-    RecordingDevice first;
-    RecordingDevice second;
-    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, first.device()));
-    ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, first.device()));
-    EXPECT_EQ(first.closes(), 0) << "reinstalling the current device must not close it";
-
+    EXPECT_EQ(first.text(), "ERROR API f: during\n");
     OBLX_Config_LoggerDevice withoutWrite{nullptr, nullptr, nullptr};
     EXPECT_FALSE(OBLX_Config_Logger_set_output_device(logger, &withoutWrite));
     EXPECT_EQ(OBLX_Config_Logger_get_output_device(logger), first.device());
     EXPECT_NE(first.find("bad parameter: device"), nullptr);
+    EXPECT_EQ(first.closes(), 0);
 
     ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, second.device()));
     EXPECT_EQ(first.closes(), 1);
     ASSERT_TRUE(OBLX_Config_Logger_set_output_device(logger, nullptr));
     EXPECT_EQ(first.closes(), 1);
     EXPECT_EQ(second.closes(), 1);
+    EXPECT_EQ(capturedStdout([&] { logError("after"); }), "ERROR API f: after\n");
+    EXPECT_EQ(second.text(), "");
 }
 
 // A device whose write raises another line must not be called for it again.
@@ -310,7 +285,7 @@ constexpr const char *kDiscoveryTracingConfig =
     "<General><Interfaces><NetworkInterface name=\"lo\" multicast=\"true\"/></Interfaces></General>"
     "<Tracing><Category>discovery</Category><OutputFile>/dev/null</OutputFile></Tracing>";
 
-TEST_F(MiddlewareLogger, CycloneErrorsArriveUnlessSilent) {
+TEST_F(MiddlewareLogger, CycloneDiagnosticsFollowTheVerbosity) {
     const dds_domainid_t domain = vexar_test::domains::kPlatformSmoke + 1;
     OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_SILENT);
     EXPECT_LT(dds_create_domain(domain, kUnknownElementConfig), 0);
@@ -318,29 +293,26 @@ TEST_F(MiddlewareLogger, CycloneErrorsArriveUnlessSilent) {
 
     OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_ERROR);
     EXPECT_LT(dds_create_domain(domain, kUnknownElementConfig), 0);
-    const Line *line = recorder.find("VexarUnknownElement: unknown element");
-    ASSERT_NE(line, nullptr) << recorder.text();
-    EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_ERROR);
-    EXPECT_EQ(line->text.rfind("ERROR PLATFORM cfg_note: config: ", 0), 0u) << line->text;
-}
+    const Line *error = recorder.find("VexarUnknownElement: unknown element");
+    ASSERT_NE(error, nullptr) << recorder.text();
+    EXPECT_EQ(error->level, OBLX_CONFIG_LOG_LEVEL_ERROR);
+    EXPECT_EQ(error->text.rfind("ERROR PLATFORM cfg_note: config: ", 0), 0u) << error->text;
 
-TEST_F(MiddlewareLogger, CycloneWarningsNeedWarningVerbosity) {
-    const dds_domainid_t domain = vexar_test::domains::kPlatformSmoke + 2;
-    dds_entity_t created = dds_create_domain(domain, kDeprecatedElementConfig);
-    ASSERT_GT(created, 0) << dds_strretcode(created);
-    EXPECT_EQ(dds_delete(created), 0);
-    EXPECT_EQ(recorder.find("deprecated element"), nullptr) << recorder.text();
-
+    const auto createDeprecated = [&] {
+        const dds_entity_t created = dds_create_domain(domain, kDeprecatedElementConfig);
+        ASSERT_GT(created, 0) << dds_strretcode(created);
+        EXPECT_EQ(dds_delete(created), 0);
+    };
+    createDeprecated();
+    EXPECT_EQ(recorder.find("deprecated element"), nullptr) << "a warning needs WARNING verbosity";
     OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
     ASSERT_TRUE(OBLX_Config_Logger_set_print_format(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE));
-    created = dds_create_domain(domain, kDeprecatedElementConfig);
-    ASSERT_GT(created, 0) << dds_strretcode(created);
-    EXPECT_EQ(dds_delete(created), 0);
-    const Line *line = recorder.find("deprecated element");
-    ASSERT_NE(line, nullptr) << recorder.text();
-    EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_WARNING);
+    createDeprecated();
+    const Line *warning = recorder.find("deprecated element");
+    ASSERT_NE(warning, nullptr) << recorder.text();
+    EXPECT_EQ(warning->level, OBLX_CONFIG_LOG_LEVEL_WARNING);
     const std::string expectedFields = "[domain " + std::to_string(domain) + "] WARNING PLATFORM cfg_note ddsi_config.c:";
-    EXPECT_NE(line->text.find(expectedFields), std::string::npos) << line->text;
+    EXPECT_NE(warning->text.find(expectedFields), std::string::npos) << warning->text;
 }
 
 // Trace lines exist only in a domain configured for tracing; the logger's

@@ -43,12 +43,9 @@ TEST(PrintMessage, PrintsLevelSourceAndTextAsOneLine) {
         EXPECT_EQ(out, c.printed);
         EXPECT_EQ(result, c.result) << c.printed;
     }
-}
-
-TEST(PrintMessage, PrintsLongMessagesWhole) {
-    const std::string message(100000, 'x');
-    const std::string out = capturedStdout([&] { QTV_VX_Vexar_printMessage(message.c_str(), "Big", 400); });
-    EXPECT_EQ(out, "VX Warning: Big: " + message + "\n");
+    const std::string longMessage(100000, 'x');
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_printMessage(longMessage.c_str(), "Big", 400); }),
+              "VX Warning: Big: " + longMessage + "\n");
 }
 
 TEST(LevelName, NamesTheEightLevelsAndNothingElse) {

@@ -91,22 +91,17 @@ TEST_F(SequenceTest, ZeroFilledAndStaticSequencesWorkWithoutInitialize) {
 
     static DDS_LongSeq declared = DDS_SEQUENCE_INITIALIZER;
     ASSERT_TRUE(DDS_LongSeq_ensure_length(&declared, 2, 4));
-    *DDS_LongSeq_get_reference(&declared, 1) = 42;
-    EXPECT_EQ(DDS_LongSeq_get(&declared, 1), 42);
     EXPECT_TRUE(DDS_LongSeq_finalize(&declared));
-    EXPECT_EQ(log.text(), "");
-}
 
-TEST_F(SequenceTest, LazyInitializationResetsElementParameters) {
-    ItemSeq seq;
-    std::memset(&seq, 0, sizeof seq);
-    // All-zero parameters would mean "allocate nothing"; the lazy start
-    // replaces them with the defaults, so elements get their strings.
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 1));
-    EXPECT_TRUE(seq._elementAllocParams.allocate_memory);
-    EXPECT_NE(seq._contiguous_buffer[0].name, nullptr);
-    ItemSeq_finalize(&seq);
+    // All-zero element parameters would mean "allocate nothing"; the lazy
+    // start replaces them with the defaults, so elements get their strings.
+    ItemSeq items;
+    std::memset(&items, 0, sizeof items);
+    ASSERT_TRUE(ItemSeq_set_maximum(&items, 1));
+    EXPECT_NE(items._contiguous_buffer[0].name, nullptr);
+    ItemSeq_finalize(&items);
     expectBalanced();
+    EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(SequenceTest, GrowingDeepCopiesElementsAndShrinkingTruncates) {
@@ -138,22 +133,10 @@ TEST_F(SequenceTest, GrowingDeepCopiesElementsAndShrinkingTruncates) {
     EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SequenceTest, SetMaximumRefusesNegativeAndLoanedSequences) {
-    DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
-    EXPECT_FALSE(DDS_LongSeq_set_maximum(&seq, -1));
-    EXPECT_TRUE(log.contains("DDS_LongSeq_set_maximum"));
-    EXPECT_TRUE(log.contains("max size must be positive"));
-
-    DDS_Long array[2] = {1, 2};
-    ASSERT_TRUE(DDS_LongSeq_loan_contiguous(&seq, array, 2, 2));
-    EXPECT_FALSE(DDS_LongSeq_set_maximum(&seq, 0));
-    EXPECT_FALSE(DDS_LongSeq_finalize(&seq));
-    EXPECT_TRUE(log.contains("buffer must not be loaned"));
-    EXPECT_EQ(array[1], 2);
-}
-
 TEST_F(SequenceTest, LengthStaysWithinMaximumAndEnsureLengthGrows) {
     DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
+    EXPECT_FALSE(DDS_LongSeq_set_maximum(&seq, -1));
+    EXPECT_TRUE(log.contains("max size must be positive"));
     ASSERT_TRUE(DDS_LongSeq_set_maximum(&seq, 4));
     EXPECT_FALSE(DDS_LongSeq_set_length(&seq, 5));
     EXPECT_FALSE(DDS_LongSeq_set_length(&seq, -1));
@@ -171,11 +154,24 @@ TEST_F(SequenceTest, LengthStaysWithinMaximumAndEnsureLengthGrows) {
     EXPECT_EQ(DDS_LongSeq_get_maximum(&seq), 16);
     EXPECT_FALSE(DDS_LongSeq_ensure_length(&seq, 5, 4));
     DDS_LongSeq_finalize(&seq);
+}
 
-    DDS_Long array[2] = {};
-    ASSERT_TRUE(DDS_LongSeq_loan_contiguous(&seq, array, 0, 2));
-    EXPECT_FALSE(DDS_LongSeq_ensure_length(&seq, 3, 4));
+TEST_F(SequenceTest, ALoanedSequenceRefusesWhatWouldFreeOrReallocateItsBuffer) {
+    DDS_LongSeq source = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(DDS_LongSeq_ensure_length(&source, 3, 3));
+    DDS_Long array[2] = {1, 2};
+    DDS_LongSeq loaned = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(DDS_LongSeq_loan_contiguous(&loaned, array, 2, 2));
+
+    EXPECT_FALSE(DDS_LongSeq_set_maximum(&loaned, 0));
+    EXPECT_FALSE(DDS_LongSeq_finalize(&loaned));
+    EXPECT_TRUE(log.contains("buffer must not be loaned"));
+    EXPECT_FALSE(DDS_LongSeq_ensure_length(&loaned, 3, 4));
+    EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&loaned, &source));
+    EXPECT_EQ(DDS_LongSeq_copy(&loaned, &source), nullptr);
     EXPECT_TRUE(log.contains("not the owner"));
+    EXPECT_EQ(array[1], 2);
+    DDS_LongSeq_finalize(&source);
 }
 
 TEST_F(SequenceTest, ContiguousLoanUsesTheCallersArrayWithoutElementFunctions) {
@@ -184,8 +180,6 @@ TEST_F(SequenceTest, ContiguousLoanUsesTheCallersArrayWithoutElementFunctions) {
     ASSERT_TRUE(ItemSeq_loan_contiguous(&seq, items, 2, 3));
     EXPECT_FALSE(ItemSeq_has_ownership(&seq));
     EXPECT_EQ(ItemSeq_get_reference(&seq, 1), &items[1]);
-    EXPECT_EQ(ItemSeq_get_contiguous_buffer(&seq), items);
-    EXPECT_EQ(ItemSeq_get_discontiguous_buffer(&seq), nullptr);
 
     ASSERT_TRUE(ItemSeq_unloan(&seq));
     EXPECT_TRUE(ItemSeq_has_ownership(&seq));
@@ -198,11 +192,8 @@ TEST_F(SequenceTest, ContiguousLoanUsesTheCallersArrayWithoutElementFunctions) {
 TEST_F(SequenceTest, LoanPreconditions) {
     DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
     DDS_Long array[4] = {};
-    EXPECT_TRUE(DDS_LongSeq_loan_contiguous(&seq, nullptr, 0, 0));
-    EXPECT_TRUE(DDS_LongSeq_unloan(&seq));
     EXPECT_FALSE(DDS_LongSeq_unloan(&seq));
     EXPECT_TRUE(log.contains("buffer must be loaned"));
-
     EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&seq, nullptr, 0, 1));
     EXPECT_TRUE(log.contains("NULL buffer can't have non-zero maximum"));
     EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&seq, array, 5, 4));
@@ -212,13 +203,6 @@ TEST_F(SequenceTest, LoanPreconditions) {
     EXPECT_TRUE(log.contains("max size must be 0"));
     EXPECT_TRUE(DDS_LongSeq_has_ownership(&seq));
     DDS_LongSeq_finalize(&seq);
-
-    // A buffer left behind in an empty sequence cannot sit beside a loaned one.
-    DDS_LongSeq stale = DDS_SEQUENCE_INITIALIZER;
-    stale._contiguous_buffer = array;
-    DDS_Long *pointers[1] = {&array[0]};
-    EXPECT_FALSE(DDS_LongSeq_loan_discontiguous(&stale, pointers, 1, 1));
-    EXPECT_TRUE(log.contains("invariant: both buffers are non-NULL"));
 }
 
 TEST_F(SequenceTest, DiscontiguousLoanReadsThroughThePointers) {
@@ -268,15 +252,6 @@ TEST_F(SequenceTest, CopyGrowsToTheSourceCapacityAndReusesItsBuffer) {
 TEST_F(SequenceTest, CopyNoAllocNeedsRoomInTheDestination) {
     DDS_LongSeq source = DDS_SEQUENCE_INITIALIZER;
     ASSERT_TRUE(DDS_LongSeq_ensure_length(&source, 3, 3));
-
-    DDS_Long array[2] = {};
-    DDS_LongSeq loaned = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_loan_contiguous(&loaned, array, 0, 2));
-    EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&loaned, &source));
-    EXPECT_EQ(DDS_LongSeq_copy(&loaned, &source), nullptr);
-    EXPECT_TRUE(log.contains("DDS_LongSeq_copy_no_alloc"));
-    EXPECT_TRUE(log.contains("not the owner"));
-
     DDS_LongSeq small = DDS_SEQUENCE_INITIALIZER;
     ASSERT_TRUE(DDS_LongSeq_set_maximum(&small, 2));
     EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&small, &source));
@@ -291,29 +266,15 @@ TEST_F(SequenceTest, CopyNoAllocNeedsRoomInTheDestination) {
     DDS_LongSeq_finalize(&small);
 }
 
-TEST_F(SequenceTest, ArraysInAndOut) {
-    const DDS_Long input[4] = {4, 3, 2, 1};
-    DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_from_array(&seq, input, 4));
-    EXPECT_EQ(DDS_LongSeq_get_length(&seq), 4);
-
-    DDS_Long output[4] = {};
-    ASSERT_TRUE(DDS_LongSeq_to_array(&seq, output, 4));
-    EXPECT_EQ(std::memcmp(input, output, sizeof input), 0);
-    EXPECT_EQ(log.text(), "");
-
-    DDS_Long shortOutput[3] = {};
-    EXPECT_FALSE(DDS_LongSeq_to_array(&seq, shortOutput, 3));
-    EXPECT_TRUE(log.contains("copying array sequence"));
-    EXPECT_FALSE(DDS_LongSeq_from_array(&seq, nullptr, 2));
-    EXPECT_TRUE(log.contains("loan contiguous array"));
-    DDS_LongSeq_finalize(&seq);
-}
-
-TEST_F(SequenceTest, IndexOutOfBounds) {
+TEST_F(SequenceTest, ArraysAndIndicesAreBoundsChecked) {
     DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
     const DDS_Long input[2] = {7, 8};
     ASSERT_TRUE(DDS_LongSeq_from_array(&seq, input, 2));
+    DDS_Long output[2] = {};
+    ASSERT_TRUE(DDS_LongSeq_to_array(&seq, output, 2));
+    EXPECT_EQ(output[1], 8);
+    EXPECT_FALSE(DDS_LongSeq_to_array(&seq, output, 1));
+    EXPECT_TRUE(log.contains("copying array sequence"));
     EXPECT_EQ(DDS_LongSeq_get_reference(&seq, 2), nullptr);
     EXPECT_EQ(DDS_LongSeq_get_reference(&seq, -1), nullptr);
     EXPECT_EQ(DDS_LongSeq_get(&seq, 5), 7);  // falls back to element 0
@@ -342,12 +303,6 @@ TEST_F(SequenceTest, EachBrokenInvariantIsReportedByItsText) {
         EXPECT_FALSE(DDS_LongSeq_check_invariantsI(&seq, "where")) << c.text;
         EXPECT_TRUE(log.contains(c.text)) << c.text;
     }
-
-    // A getter still answers with the field after reporting.
-    DDS_LongSeq broken = DDS_SEQUENCE_INITIALIZER;
-    broken._length = 3;
-    EXPECT_EQ(DDS_LongSeq_get_length(&broken), 3);
-    EXPECT_TRUE(log.contains("DDS_LongSeq_get_length"));
 }
 
 TEST_F(SequenceTest, ElementParametersReachTheElementFunctions) {
@@ -363,29 +318,7 @@ TEST_F(SequenceTest, ElementParametersReachTheElementFunctions) {
     EXPECT_TRUE(log.contains("Pointers allocation policy can be configured only when the maximum size of the sequence is 0"));
 
     ASSERT_TRUE(ItemSeq_finalize(&seq));
-    ASSERT_TRUE(ItemSeq_set_element_pointers_allocation(&seq, DDS_BOOLEAN_FALSE));
-    DDS_TypeDeallocationParams_t dealloc;
-    ASSERT_TRUE(ItemSeq_get_element_deallocation_params(&seq, &dealloc));
-    EXPECT_FALSE(dealloc.delete_pointers);
-    EXPECT_FALSE(ItemSeq_get_element_pointers_allocation(&seq));
-
-    EXPECT_FALSE(ItemSeq_get_element_deallocation_params(&seq, nullptr));
-    EXPECT_TRUE(log.contains("ItemSeq_set_element_deallocation_params"));
     expectBalanced();
-}
-
-TEST_F(SequenceTest, NullArgumentsAreReportedUnderTheOperationsName) {
-    DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
-    EXPECT_FALSE(DDS_LongSeq_initialize(nullptr));
-    EXPECT_EQ(DDS_LongSeq_get_maximum(nullptr), 0);
-    EXPECT_EQ(DDS_LongSeq_copy(&seq, nullptr), nullptr);
-    EXPECT_EQ(DDS_LongSeq_get_contiguous_buffer(nullptr), nullptr);
-    const std::string text = log.text();
-    EXPECT_NE(text.find("DDS_LongSeq_initialize"), std::string::npos);
-    EXPECT_NE(text.find("DDS_LongSeq_get_maximum"), std::string::npos);
-    EXPECT_NE(text.find("DDS_LongSeq_copy"), std::string::npos);
-    EXPECT_NE(text.find("src"), std::string::npos);
-    EXPECT_NE(text.find("DDS_LongSeq_get_contiguous_bufferI"), std::string::npos);
 }
 
 TEST_F(SequenceTest, StringSequenceOwnsItsStrings) {

@@ -2,7 +2,6 @@
 // read from them must match the C records and the published type model.
 #include <gtest/gtest.h>
 
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -35,16 +34,6 @@ const NamedType kAllTypes[] = {
     NAMED(QTV_VX_ADMIN_CommandResult, DDS_TK_ENUM, false),
     NAMED(QTV_VX_ADMIN_CommandResponse, DDS_TK_STRUCT, true),
 };
-
-std::vector<std::string> keyMembers(const DDS_TypeCode *tc) {
-    std::vector<std::string> keys;
-    for (DDS_UnsignedLong i = 0; i < DDS_TypeCode_member_count(tc); ++i) {
-        if (DDS_TypeCode_is_member_key(tc, i)) {
-            keys.emplace_back(DDS_TypeCode_member_name(tc, i));
-        }
-    }
-    return keys;
-}
 
 } // namespace
 
@@ -84,43 +73,8 @@ TEST(TypeCode, MemberOffsetsTileTheCStructs) {
     }
 }
 
-TEST(TypeCode, StateHasBoundedKindStringAndArrayOfFiveVerbosities) {
-    const DDS_TypeCode *state = QTV_VX_ADMIN_State_get_typecode();
-    ASSERT_EQ(DDS_TypeCode_member_count(state), 7u);
-
-    const DDS_TypeCode *kind = DDS_TypeCode_member_type(state, 3);
-    EXPECT_STREQ(DDS_TypeCode_member_name(state, 3), "applicationKind");
-    EXPECT_EQ(DDS_TypeCode_kind(kind), DDS_TK_STRING);
-    EXPECT_EQ(DDS_TypeCode_length(kind), 256u);
-
-    const DDS_TypeCode *verbosities = DDS_TypeCode_member_type(state, 5);
-    EXPECT_EQ(DDS_TypeCode_kind(verbosities), DDS_TK_ARRAY);
-    EXPECT_EQ(DDS_TypeCode_array_dimension(verbosities), 5u);
-    EXPECT_EQ(DDS_TypeCode_content_type(verbosities), QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity_get_typecode());
-    EXPECT_EQ(DDS_TypeCode_sample_size(verbosities), sizeof(QTV_VX_ADMIN_State{}.qtvLoggerVerbosities));
-
-    EXPECT_EQ(DDS_TypeCode_member_type(state, 1), &DDS_g_tc_long);
-    EXPECT_EQ(DDS_TypeCode_member_type(state, 2), QTV_VX_ADMIN_StateKind_get_typecode());
-}
-
-TEST(TypeCode, StringBoundsOfLogMessageAndResponse) {
-    const DDS_TypeCode *log = QTV_VX_LogMessage_get_typecode();
-    EXPECT_EQ(DDS_TypeCode_length(DDS_TypeCode_member_type(log, 2)), 512u);
-    EXPECT_EQ(DDS_TypeCode_length(DDS_TypeCode_member_type(log, 3)), 4096u);
-    const DDS_TypeCode *response = QTV_VX_ADMIN_CommandResponse_get_typecode();
-    EXPECT_EQ(DDS_TypeCode_length(DDS_TypeCode_member_type(response, 4)), 2048u);
-}
-
 TEST(TypeCode, CommandUnionBranchesLabelsAndDiscriminator) {
     const DDS_TypeCode *command = QTV_VX_ADMIN_Command_get_typecode();
-    ASSERT_EQ(DDS_TypeCode_member_count(command), 3u);
-    const char *names[] = {"filterLevel", "categoryAndVerbosity", "printFormat"};
-    for (DDS_UnsignedLong i = 0; i < 3; ++i) {
-        EXPECT_STREQ(DDS_TypeCode_member_name(command, i), names[i]);
-        EXPECT_EQ(DDS_TypeCode_member_label(command, i), static_cast<DDS_Long>(i));
-        EXPECT_EQ(DDS_TypeCode_member_id(command, i), static_cast<DDS_Long>(i + 1));
-        EXPECT_EQ(DDS_TypeCode_member_flags(command, i), DDS_TYPECODE_NONKEY_MEMBER);
-    }
     EXPECT_EQ(DDS_TypeCode_default_index(command), DDS_TYPECODE_NO_DEFAULT_INDEX);
     EXPECT_EQ(DDS_TypeCode_discriminator_type(command), QTV_VX_ADMIN_CommandKind_get_typecode());
     EXPECT_EQ(QTV_VX_ADMIN_Command_getDefaultDiscriminator(), QTV_VX_SET_LOG_LEVEL);
@@ -128,22 +82,7 @@ TEST(TypeCode, CommandUnionBranchesLabelsAndDiscriminator) {
 
     // Branch offsets are measured from the start of the union record.
     EXPECT_EQ(DDS_TypeCode_member_offset(command, 2), offsetof(QTV_VX_ADMIN_Command, _u.printFormat));
-
-    const DDS_TypeCode *sequence = DDS_TypeCode_member_type(command, 1);
-    EXPECT_EQ(DDS_TypeCode_kind(sequence), DDS_TK_SEQUENCE);
-    EXPECT_EQ(DDS_TypeCode_length(sequence), 5u);
-    EXPECT_EQ(DDS_TypeCode_content_type(sequence), QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity_get_typecode());
-    EXPECT_NE(sequence->sequence_ops, nullptr);
-}
-
-TEST(TypeCode, KeyMembers) {
-    using Keys = std::vector<std::string>;
-    EXPECT_EQ(keyMembers(QTV_VX_LogMessage_get_typecode()), (Keys{"hostAndAppId", "level"}));
-    EXPECT_EQ(keyMembers(QTV_VX_HostAndAppId_get_typecode()), (Keys{"rtps_host_id", "rtps_app_id"}));
-    EXPECT_EQ(keyMembers(QTV_VX_ADMIN_State_get_typecode()), (Keys{"hostAndAppId"}));
-    EXPECT_EQ(keyMembers(QTV_VX_ADMIN_CommandResponse_get_typecode()), (Keys{"hostAndAppId"}));
-    EXPECT_EQ(keyMembers(QTV_VX_ADMIN_CommandRequest_get_typecode()), Keys{});
-    EXPECT_EQ(DDS_TypeCode_member_flags(QTV_VX_LogMessage_get_typecode(), 2), DDS_TYPECODE_NONKEY_REQUIRED_MEMBER);
+    EXPECT_NE(DDS_TypeCode_member_type(command, 1)->sequence_ops, nullptr);
 }
 
 TEST(TypeCode, EnumeratorsCarryTheirValues) {
@@ -152,15 +91,6 @@ TEST(TypeCode, EnumeratorsCarryTheirValues) {
     EXPECT_STREQ(DDS_TypeCode_member_name(format, 6), "QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL");
     EXPECT_EQ(DDS_TypeCode_member_label(format, 6), QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL);
     EXPECT_EQ(DDS_TypeCode_member_count(QTV_VX_ADMIN_QTVLoggerVerbosity_get_typecode()), 6u);
-    EXPECT_EQ(DDS_TypeCode_member_count(QTV_VX_ADMIN_StateKind_get_typecode()), 4u);
-    EXPECT_EQ(DDS_TypeCode_member_type(format, 0), nullptr);
-}
-
-TEST(TypeCode, AccessorsTolerateNullAndOutOfRange) {
-    EXPECT_EQ(DDS_TypeCode_kind(nullptr), DDS_TK_NULL);
-    EXPECT_EQ(DDS_TypeCode_member_name(QTV_VX_LogMessage_get_typecode(), 4), nullptr);
-    EXPECT_EQ(DDS_TypeCode_member_type(nullptr, 0), nullptr);
-    EXPECT_FALSE(DDS_TypeCode_is_member_key(QTV_VX_LogMessage_get_typecode(), 99));
 }
 
 // Each test runs in its own process, so these really are the first calls.

@@ -66,37 +66,22 @@ struct Plugin;
         static constexpr auto initialize = T##_initialize;                                 \
         static constexpr auto finalize = T##_finalize;                                     \
         static constexpr auto serialize = T##Plugin_serialize;                             \
-        static constexpr auto deserialize = T##Plugin_deserialize;                         \
-        static constexpr auto deserializeSample = T##Plugin_deserialize_sample;            \
         static constexpr auto skip = T##Plugin_skip;                                       \
-        static constexpr auto toBuffer = T##Plugin_serialize_to_cdr_buffer;                \
         static constexpr auto fromBuffer = T##Plugin_deserialize_from_cdr_buffer;          \
         static constexpr auto maxSize = T##Plugin_get_serialized_sample_max_size;          \
         static constexpr auto minSize = T##Plugin_get_serialized_sample_min_size;          \
         static constexpr auto sampleSize = T##Plugin_get_serialized_sample_size;           \
-        static constexpr auto keyMaxSize = T##Plugin_get_serialized_key_max_size;          \
-        static constexpr auto keyKind = T##Plugin_get_key_kind;                            \
-        static constexpr auto serializeKey = T##Plugin_serialize_key;                      \
-        static constexpr auto deserializeKeySample = T##Plugin_deserialize_key_sample;     \
-        static constexpr auto sampleToKey = T##Plugin_serialized_sample_to_key;            \
-        static constexpr auto instanceToKey = T##Plugin_instance_to_key;                   \
-        static constexpr auto keyToInstance = T##Plugin_key_to_instance;                   \
         static constexpr auto instanceToKeyhash = T##Plugin_instance_to_keyhash;          \
         static constexpr auto sampleToKeyhash = T##Plugin_serialized_sample_to_keyhash;    \
     }
 
 VEXAR_TEST_PLUGIN(QTV_VX_HostAndAppId);
 VEXAR_TEST_PLUGIN(QTV_VX_LogMessage);
-VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_QTVLoggerVerbosity);
-VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_QTVLoggerCategory);
-VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_QTVLoggerPrintFormat);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_StateKind);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_State);
-VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_CommandKind);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_Command);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_CommandRequest);
-VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_CommandResult);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_CommandResponse);
 
 // An initialized sample that finalizes itself.
@@ -132,9 +117,6 @@ inline void fill(QTV_VX_LogMessage &s) {
     setText(s.category, "com.example");
     setText(s.message, "disk almost full");
 }
-inline void fill(QTV_VX_ADMIN_QTVLoggerVerbosity &s) { s = QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL; }
-inline void fill(QTV_VX_ADMIN_QTVLoggerCategory &s) { s = QTV_VX_OBLX_CONFIG_LOG_CATEGORY_API; }
-inline void fill(QTV_VX_ADMIN_QTVLoggerPrintFormat &s) { s = QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL; }
 inline void fill(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity &s) {
     s = {QTV_VX_OBLX_CONFIG_LOG_CATEGORY_DATABASE, QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING};
 }
@@ -151,7 +133,6 @@ inline void fill(QTV_VX_ADMIN_State &s) {
     }
     s.qtvLoggerPrintFormat = QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE;
 }
-inline void fill(QTV_VX_ADMIN_CommandKind &s) { s = QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT; }
 inline void fill(QTV_VX_ADMIN_Command &s) {
     s._d = QTV_VX_SET_QTV_LOGGER_LEVEL;
     appendVerbosity(s, 1, 3);
@@ -163,7 +144,6 @@ inline void fill(QTV_VX_ADMIN_CommandRequest &s) {
     s.invocation = 42;
     fill(s.command);
 }
-inline void fill(QTV_VX_ADMIN_CommandResult &s) { s = QTV_VX_COMMAND_RESULT_ERROR; }
 inline void fill(QTV_VX_ADMIN_CommandResponse &s) {
     s.hostAndAppId = {11, 12};
     s.originatorHostAndAppId = {21, 22};

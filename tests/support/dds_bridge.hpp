@@ -35,19 +35,6 @@ inline bool eventually(const std::function<bool()> &condition) {
     return true;
 }
 
-inline DDS_DataReaderQos keepAllReliableReader() {
-    DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
-    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
-    qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-    return qos;
-}
-
-inline DDS_DataWriterQos keepAllWriter() {
-    DDS_DataWriterQos qos = DDS_DataWriterQos_INITIALIZER;
-    qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-    return qos;
-}
-
 // One participant with a publisher and a subscriber; deletes all of it.
 class BridgeParticipant {
 public:
@@ -90,12 +77,15 @@ public:
 
     DDS_DataWriter *writer(DDS_Topic *topic, const DDS_DataWriterListener *listener = nullptr,
                            DDS_StatusMask mask = 0) const {
-        DDS_DataWriterQos qos = keepAllWriter();
+        DDS_DataWriterQos qos = DDS_DataWriterQos_INITIALIZER;
+        qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
         return DDS_Publisher_create_datawriter(publisher_, topic, &qos, listener, mask);
     }
     DDS_DataReader *reader(DDS_TopicDescription *topic, const DDS_DataReaderListener *listener = nullptr,
                            DDS_StatusMask mask = 0) const {
-        DDS_DataReaderQos qos = keepAllReliableReader();
+        DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
+        qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+        qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
         return DDS_Subscriber_create_datareader(subscriber_, topic, &qos, listener, mask);
     }
 
