@@ -61,13 +61,6 @@ void empty(const DDS_TypeCode &type, void *const *elements, size_t count) noexce
     }
 }
 
-void empty(const DDS_TypeCode &type, void *first, size_t count) noexcept {
-    for (size_t i = 0; i < count; ++i) {
-        void *one = element(type, first, i);
-        empty(type, &one, 1);
-    }
-}
-
 void destroy(const DDS_TypeCode &type, void *base) noexcept {
     if (base == nullptr) return;
     finalizeRange(type, base, 0, headerOf(base)->count);

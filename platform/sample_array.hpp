@@ -24,8 +24,7 @@ void listElements(const DDS_TypeCode &type, void *base, size_t count, void **ptr
 
 // Puts initialized elements back to their initial values in place: strings
 // and sequences are emptied and keep their buffers, so reusing a loan costs
-// no allocation. Either `count` elements from `first`, or the listed ones.
-void empty(const DDS_TypeCode &type, void *first, size_t count) noexcept;
+// no allocation. The listed ones, `count` of them.
 void empty(const DDS_TypeCode &type, void *const *elements, size_t count) noexcept;
 
 // Finalizes every element and frees the array.
