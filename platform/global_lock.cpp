@@ -1,24 +1,25 @@
 #include "platform/global_lock.h"
 
-#include <pthread.h>
-
-#include "platform/posix_failure.hpp"
-
-using vexar::platform::posixCallSucceeded;
+#include "platform/owned_lock.hpp"
+#include "platform/report.h"
 
 namespace {
-// Statically initialized, so it works before main and needs no teardown.
-pthread_mutex_t gGlobalLock = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+// Constant-initialized, so it works before main and needs no teardown.
+constinit vexar::platform::OwnedLock gGlobalLock{true};
 }  // namespace
 
 extern "C" {
 
 DDS_Boolean OBLX_GlobalLock_take(void) {
-    return posixCallSucceeded(pthread_mutex_lock(&gGlobalLock), "OBLX_GlobalLock_take", "pthread_mutex_lock");
+    // A recursive lock is always granted to its holder.
+    gGlobalLock.take();
+    return DDS_BOOLEAN_TRUE;
 }
 
 DDS_Boolean OBLX_GlobalLock_give(void) {
-    return posixCallSucceeded(pthread_mutex_unlock(&gGlobalLock), "OBLX_GlobalLock_give", "pthread_mutex_unlock");
+    if (gGlobalLock.give()) return DDS_BOOLEAN_TRUE;
+    OBLX_Report_failure("OBLX_GlobalLock_give", "not held by the calling thread");
+    return DDS_BOOLEAN_FALSE;
 }
 
 }  // extern "C"

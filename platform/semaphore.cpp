@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <cerrno>
 #include <limits>
 #include <new>
@@ -12,13 +13,20 @@
 
 using vexar::platform::posixCallSucceeded;
 
-// A count under a mutex with a condition variable on the monotonic clock.
-// Unlike sem_t this needs no retry on EINTR, and its timed wait cannot be
-// stretched or cut short by a change of the wall clock.
+// An atomic count; the mutex and the condition variable (on the monotonic
+// clock) serve only a taker that has to sleep. A give with nobody asleep is
+// one atomic add and a load, so a producer does not queue behind the
+// consumer's lock. Unlike sem_t this needs no retry on EINTR, and its timed
+// wait cannot be stretched or cut short by a change of the wall clock.
 struct OBLX_CountingSemaphore {
+    std::atomic<DDS_Long> count;
+    // Takers between registering under the mutex and leaving it. A giver
+    // adds to the count before it reads this, and a sleeper registers before
+    // it reads the count (both sequentially consistent), so either the giver
+    // sees the sleeper and signals or the sleeper sees the gift.
+    std::atomic<DDS_Long> sleepers;
     pthread_mutex_t mutex;
     pthread_cond_t available;
-    DDS_Long count;
 };
 
 namespace {
@@ -40,29 +48,31 @@ bool initialize(OBLX_CountingSemaphore *self, DDS_Long initialCount) noexcept {
         pthread_mutex_destroy(&self->mutex);
         return false;
     }
-    self->count = initialCount;
+    self->count.store(initialCount, std::memory_order_relaxed);
+    self->sleepers.store(0, std::memory_order_relaxed);
     return true;
 }
 
-// Waits, holding the mutex, until the count is positive or the time is up.
-OBLX_SyncResult waitForCount(OBLX_CountingSemaphore *self, const OBLX_Time_t *timeout) noexcept {
-    const char *context = "OBLX_CountingSemaphore_take";
-    if (self->count > 0) return OBLX_SYNC_OK;
-    if (timeout == nullptr) {
-        while (self->count == 0) {
-            if (!posixCallSucceeded(pthread_cond_wait(&self->available, &self->mutex), context, "pthread_cond_wait")) {
-                return OBLX_SYNC_ERROR;
-            }
-        }
-        return OBLX_SYNC_OK;
+// Sequentially consistent, as the handshake with the givers needs.
+bool tryTake(OBLX_CountingSemaphore *self) noexcept {
+    DDS_Long count = self->count.load();
+    while (count > 0) {
+        if (self->count.compare_exchange_weak(count, count - 1)) return true;
     }
-    const timespec deadline = vexar::platform::monotonicDeadlineAfter(OBLX_Time_toNanoseconds(timeout));
-    while (self->count == 0) {
-        const int error = pthread_cond_timedwait(&self->available, &self->mutex, &deadline);
-        if (error == ETIMEDOUT) return self->count > 0 ? OBLX_SYNC_OK : OBLX_SYNC_TIMEOUT;
-        if (!posixCallSucceeded(error, context, "pthread_cond_timedwait")) return OBLX_SYNC_ERROR;
+    return false;
+}
+
+// A consumer woken often finds the next gift within microseconds; a short
+// spin spares it the sleep and its giver the wake-up call.
+bool spinTake(OBLX_CountingSemaphore *self) noexcept {
+    constexpr int kSpins = 200;
+    for (int spin = 0; spin < kSpins; ++spin) {
+        if (tryTake(self)) return true;
+#if defined(__x86_64__) || defined(__i386__)
+        __builtin_ia32_pause();
+#endif
     }
-    return OBLX_SYNC_OK;
+    return false;
 }
 
 bool lock(OBLX_CountingSemaphore *self, const char *context) noexcept {
@@ -71,6 +81,40 @@ bool lock(OBLX_CountingSemaphore *self, const char *context) noexcept {
 
 void unlock(OBLX_CountingSemaphore *self, const char *context) noexcept {
     posixCallSucceeded(pthread_mutex_unlock(&self->mutex), context, "pthread_mutex_unlock");
+}
+
+// Sleeps, holding the mutex, until a gift is taken or the time is up.
+OBLX_SyncResult sleepForCount(OBLX_CountingSemaphore *self, const OBLX_Time_t *timeout) noexcept {
+    const char *context = "OBLX_CountingSemaphore_take";
+    if (timeout == nullptr) {
+        while (!tryTake(self)) {
+            if (!posixCallSucceeded(pthread_cond_wait(&self->available, &self->mutex), context, "pthread_cond_wait")) {
+                return OBLX_SYNC_ERROR;
+            }
+        }
+        return OBLX_SYNC_OK;
+    }
+    const timespec deadline = vexar::platform::monotonicDeadlineAfter(OBLX_Time_toNanoseconds(timeout));
+    while (!tryTake(self)) {
+        const int error = pthread_cond_timedwait(&self->available, &self->mutex, &deadline);
+        if (error == ETIMEDOUT) return tryTake(self) ? OBLX_SYNC_OK : OBLX_SYNC_TIMEOUT;
+        if (!posixCallSucceeded(error, context, "pthread_cond_timedwait")) return OBLX_SYNC_ERROR;
+    }
+    return OBLX_SYNC_OK;
+}
+
+OBLX_SyncResult sleepingTake(OBLX_CountingSemaphore *self, const OBLX_Time_t *timeout) noexcept {
+    const char *context = "OBLX_CountingSemaphore_take";
+    if (!lock(self, context)) return OBLX_SYNC_ERROR;
+    self->sleepers.fetch_add(1);
+    const OBLX_SyncResult result = sleepForCount(self, timeout);
+    self->sleepers.fetch_sub(1);
+    unlock(self, context);
+    return result;
+}
+
+bool hasNoWait(const OBLX_Time_t *timeout) noexcept {
+    return timeout != nullptr && OBLX_Time_toNanoseconds(timeout) <= 0;
 }
 
 }  // namespace
@@ -108,30 +152,32 @@ OBLX_SyncResult OBLX_CountingSemaphore_give(OBLX_CountingSemaphore *self) {
         OBLX_Report_badParameter(context, "self");
         return OBLX_SYNC_ERROR;
     }
-    if (!lock(self, context)) return OBLX_SYNC_ERROR;
-    OBLX_SyncResult result = OBLX_SYNC_OK;
-    if (self->count == std::numeric_limits<DDS_Long>::max()) {
-        OBLX_Report_failure(context, "count at its maximum");
-        result = OBLX_SYNC_ERROR;
-    } else {
-        self->count += 1;
+    DDS_Long count = self->count.load(std::memory_order_relaxed);
+    do {
+        if (count == std::numeric_limits<DDS_Long>::max()) {
+            OBLX_Report_failure(context, "count at its maximum");
+            return OBLX_SYNC_ERROR;
+        }
+    } while (!self->count.compare_exchange_weak(count, count + 1));
+    if (self->sleepers.load() > 0) {
+        // Under the mutex, so the signal cannot fall between a sleeper's
+        // look at the count and its wait.
+        if (!lock(self, context)) return OBLX_SYNC_ERROR;
         pthread_cond_signal(&self->available);
+        unlock(self, context);
     }
-    unlock(self, context);
-    return result;
+    return OBLX_SYNC_OK;
 }
 
 OBLX_SyncResult OBLX_CountingSemaphore_take(OBLX_CountingSemaphore *self, const OBLX_Time_t *timeout) {
-    const char *context = "OBLX_CountingSemaphore_take";
     if (self == nullptr) {
-        OBLX_Report_badParameter(context, "self");
+        OBLX_Report_badParameter("OBLX_CountingSemaphore_take", "self");
         return OBLX_SYNC_ERROR;
     }
-    if (!lock(self, context)) return OBLX_SYNC_ERROR;
-    const OBLX_SyncResult result = waitForCount(self, timeout);
-    if (result == OBLX_SYNC_OK) self->count -= 1;
-    unlock(self, context);
-    return result;
+    if (tryTake(self)) return OBLX_SYNC_OK;
+    if (hasNoWait(timeout)) return OBLX_SYNC_TIMEOUT;
+    if (spinTake(self)) return OBLX_SYNC_OK;
+    return sleepingTake(self, timeout);
 }
 
 }  // extern "C"

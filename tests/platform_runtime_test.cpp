@@ -131,6 +131,33 @@ TEST(SyncConcurrency, SemaphoreAndMutexHandOverEveryItem) {
     OBLX_Mutex_delete(mutex);
 }
 
+// Now and then one side dawdles past the other's spin, so gives race takers
+// on their way to sleep: a wake-up lost there leaves a take to time out.
+TEST(SyncConcurrency, SemaphorePingPongLosesNoWakeUp) {
+    constexpr int kRounds = 5000;
+    OBLX_CountingSemaphore *ping = OBLX_CountingSemaphore_new(0);
+    OBLX_CountingSemaphore *pong = OBLX_CountingSemaphore_new(0);
+    ASSERT_NE(ping, nullptr);
+    ASSERT_NE(pong, nullptr);
+    const OBLX_Time_t timeout = milliseconds(5000);
+    std::thread partner([&] {
+        for (int round = 0; round < kRounds; ++round) {
+            ASSERT_EQ(OBLX_CountingSemaphore_take(ping, &timeout), OBLX_SYNC_OK) << "round " << round;
+            if (round % 8 == 0) std::this_thread::sleep_for(20us);
+            ASSERT_EQ(OBLX_CountingSemaphore_give(pong), OBLX_SYNC_OK);
+        }
+    });
+    for (int round = 0; round < kRounds; ++round) {
+        if (round % 8 == 4) std::this_thread::sleep_for(20us);
+        ASSERT_EQ(OBLX_CountingSemaphore_give(ping), OBLX_SYNC_OK);
+        ASSERT_EQ(OBLX_CountingSemaphore_take(pong, round % 2 == 0 ? &timeout : nullptr), OBLX_SYNC_OK)
+            << "round " << round;
+    }
+    partner.join();
+    OBLX_CountingSemaphore_delete(ping);
+    OBLX_CountingSemaphore_delete(pong);
+}
+
 TEST(Time, FractionIsBinaryAndConversionsRoundTrip) {
     const OBLX_Time_t half = OBLX_Time_fromNanoseconds(1'500'000'000);
     EXPECT_EQ(half.sec, 1);
