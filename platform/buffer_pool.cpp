@@ -64,7 +64,8 @@ public:
         }
         FreeBuffer *buffer = freeList_;
         freeList_ = buffer->next;
-        --freeCount_;
+        if (freeList_ == nullptr) freeTail_ = nullptr;
+        ++handedOut_;
         if (property_.zeroOnGet) {
             std::memset(buffer, 0, bufferSize_);
         }
@@ -73,7 +74,8 @@ public:
 
     void put(void *buffer) noexcept {
         const auto lock = lockIfShared();
-        pushFree(buffer);
+        appendFree(buffer);
+        ++returned_;
     }
 
     // The initial block; runs before the pool is shared.
@@ -86,7 +88,7 @@ public:
 
     DDS_Long freeBufferCount() noexcept {
         const auto lock = lockIfShared();
-        return freeCount_;
+        return totalCount_ - handedOut_ + returned_;
     }
 
 private:
@@ -94,11 +96,19 @@ private:
         return property_.multiThreadedAccess ? std::unique_lock(mutex_) : std::unique_lock<std::mutex>();
     }
 
-    void pushFree(void *buffer) noexcept {
+    // First in, first out: a buffer just given back is still in the cache of
+    // the thread that gave it, and handing out the oldest instead spares the
+    // taker (a logging thread, when the giver is the queue's consumer) from
+    // pulling those lines across cores.
+    void appendFree(void *buffer) noexcept {
         auto *freed = static_cast<FreeBuffer *>(buffer);
-        freed->next = freeList_;
-        freeList_ = freed;
-        ++freeCount_;
+        freed->next = nullptr;
+        if (freeTail_ != nullptr) {
+            freeTail_->next = freed;
+        } else {
+            freeList_ = freed;
+        }
+        freeTail_ = freed;
     }
 
     // Never past `maximal`; doubling starts from one buffer.
@@ -125,10 +135,9 @@ private:
         }
         block->next = blocks_;
         blocks_ = block;
-        // Pushed in reverse, so buffers are handed out in address order.
         std::byte *first = reinterpret_cast<std::byte *>(block) + blockHeaderSize_;
-        for (DDS_Long i = count; i > 0; --i) {
-            pushFree(first + static_cast<size_t>(i - 1) * slotSize_);
+        for (DDS_Long i = 0; i < count; ++i) {
+            appendFree(first + static_cast<size_t>(i) * slotSize_);
         }
         totalCount_ += count;
         return true;
@@ -141,9 +150,12 @@ private:
     const size_t blockHeaderSize_;
     std::mutex mutex_;
     Block *blocks_ = nullptr;
-    FreeBuffer *freeList_ = nullptr;
     DDS_Long totalCount_ = 0;
-    DDS_Long freeCount_ = 0;
+    // The taking end and the giving end on cache lines of their own.
+    alignas(64) FreeBuffer *freeList_ = nullptr;
+    DDS_Long handedOut_ = 0;
+    alignas(64) FreeBuffer *freeTail_ = nullptr;
+    DDS_Long returned_ = 0;
 };
 
 extern "C" {
