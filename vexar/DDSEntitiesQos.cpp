@@ -234,7 +234,7 @@ DDS_ReturnCode_t QTV_VX_DDSEntities_getSubscriberQos(QTV_VX_DDSEntities *self, D
 DDS_ReturnCode_t QTV_VX_DDSEntities_getTopicQos(QTV_VX_DDSEntities *self, DDS_TopicQos *qos, const char *topicName) {
     constexpr const char *kSource = "QTV_VX_DDSEntities_getTopicQos";
     if (!argumentsPresent(self, qos, kSource)) return DDS_RETCODE_BAD_PARAMETER;
-    DDS_ReturnCode_t result = DDS_TopicQos_initialize(qos);
+    DDS_ReturnCode_t result = QosSource<DDS_TopicQos>::initialize(qos);
     if (result != DDS_RETCODE_OK) return result;
     const bool fromProfile = usesProfile(*self);
     result = loadQos(*self, *qos, topicName, fromProfile);
