@@ -23,22 +23,17 @@ std::string usageErrorOf(auto &&action) {
     return "(no error)";
 }
 
-TEST(CliNames, NamesInAnyCaseOrNumbersWithinEachEnumeration) {
-    EXPECT_EQ(parseName(kLevelNames, "debug"), 700);
+// Names in any case and numbers are run end to end by the admin script;
+// here the spellings and bounds it does not use.
+TEST(CliNames, NamesInAnyCaseOrWholeNumbersWithinEachEnumeration) {
     EXPECT_EQ(parseName(kLevelNames, "650"), 650);
-    EXPECT_EQ(parseName(kLevelNames, "-5"), -5) << "the logger itself refuses negative levels";
-    EXPECT_EQ(parseName(kLevelNames, "loud"), std::nullopt);
     EXPECT_EQ(nameOrNumber(kLevelNames, 650), "650");
-    EXPECT_EQ(nameOrNumber(kLevelNames, 100), "FATAL");
     EXPECT_EQ(parseName(kVerbosityNames, "status-local"), 3);
     EXPECT_EQ(parseName(kVerbosityNames, "Status_Remote"), 4);
-    EXPECT_EQ(parseName(kVerbosityNames, "5"), 5);
     EXPECT_EQ(parseName(kVerbosityNames, "6"), std::nullopt);
     EXPECT_EQ(parseName(kCategoryNames, "ALL"), std::nullopt) << "ALL is the set-verbosity command's own word";
     EXPECT_EQ(parseName(kPrintFormatNames, "-1"), std::nullopt);
-}
-
-TEST(CliNames, NumbersAreWholeSigned32BitDecimals) {
+    // Numbers are whole signed 32-bit decimals.
     EXPECT_EQ(parseInt32("2147483647"), 2147483647);
     EXPECT_EQ(parseInt32("-2147483648"), -2147483647 - 1);
     for (std::string_view bad : {"2147483648", "", " 1", "1 ", "+1", "1e3", "0x10", "12abc"}) {
@@ -46,7 +41,7 @@ TEST(CliNames, NumbersAreWholeSigned32BitDecimals) {
     }
 }
 
-TEST(CliAppId, ReadsWhatItPrintsDecimalAndPrefixedHex) {
+TEST(CliAppId, ReadsWhatItPrintsDecimalAndPrefixedHexAndSelectsByIdOrKind) {
     AppId id{0x01100f3a, static_cast<std::int32_t>(0x8b2c4d1eu)};
     EXPECT_EQ(formatAppId(id), "01100f3a:8b2c4d1e");
     EXPECT_EQ(formatAppId({-1, 0}), "ffffffff:00000000");
@@ -59,15 +54,9 @@ TEST(CliAppId, ReadsWhatItPrintsDecimalAndPrefixedHex) {
     for (std::string_view bad : {"1:", ":2", "1:2:3", "0x123456789:1", "99999999999:1", "0x:1", "a:b", "12"}) {
         EXPECT_EQ(parseAppId(bad), std::nullopt) << bad;
     }
-}
-
-TEST(CliAppId, SelectorIsAnIdWhenItHasAColonElseAKind) {
-    AppSelector byId = AppSelector::parse("0x1:0x2");
-    EXPECT_TRUE(byId.matches({1, 2}, "anything"));
-    EXPECT_FALSE(byId.matches({1, 3}, ""));
-    AppSelector byKind = AppSelector::parse("demo");
-    EXPECT_TRUE(byKind.matches({9, 9}, "demo"));
-    EXPECT_FALSE(byKind.matches({9, 9}, "")) << "a message whose kind is unknown is not of that kind";
+    // Selecting by id and by kind is run end to end by the tail script.
+    EXPECT_FALSE(AppSelector::parse("demo").matches({9, 9}, "")) << "a message of unknown kind is not of that kind";
+    EXPECT_TRUE(AppSelector::parse("0x1:0x2").matches({1, 2}, "anything"));
     EXPECT_NE(usageErrorOf([] { AppSelector::parse(""); }), "(no error)");
 }
 
@@ -79,21 +68,16 @@ ParsedArguments parse(std::initializer_list<std::string_view> words) {
     return parseArguments(kCommand, list);
 }
 
-TEST(CliArguments, OptionsTakeValuesEitherWayAndOperandsMayBeNegativeNumbers) {
+TEST(CliArguments, OptionsTakeValuesEitherWayOperandsMayBeNegativeAndMistakesAreNamed) {
     ParsedArguments parsed = parse({"--count", "3", "target", "--json", "-5"});
-    EXPECT_EQ(parsed.value("count"), "3");
-    EXPECT_TRUE(parsed.has("json"));
+    EXPECT_TRUE(parsed.value("count") == "3" && parsed.has("json"));
     EXPECT_EQ(parsed.operands, (std::vector<std::string>{"target", "-5"}));
     EXPECT_EQ(parse({"--count=4", "t"}).integer("count", 0, 1, 10), 4);
     EXPECT_EQ(parse({"--", "--json"}).operands, (std::vector<std::string>{"--json"}));
     EXPECT_EQ(parse({"t", "--domain", "7"}).domain(), 7);
-    EXPECT_EQ(parse({"t"}).domain(), 0);
     EXPECT_TRUE(parse({"--count", "3", "-h"}).helpRequested) << "help needs no operands";
-}
-
-TEST(CliArguments, MistakesNameWhatWasWrong) {
     // The program's own usage checks cover the other mistakes, by their messages.
-    EXPECT_EQ(usageErrorOf([] { parse({"t", "-x"}); }), "unknown option '-x'");
+    EXPECT_EQ(usageErrorOf([] { parse({"t", "-x"}); }), "unknown option '-x'") << "not a negative number";
     EXPECT_EQ(usageErrorOf([] { parse({"t", "--json=yes"}); }), "option --json takes no value");
     EXPECT_EQ(usageErrorOf([] { parse({"t", "--count", "0"}).integer("count", 1, 1, 10); }),
               "bad --count '0' (expected a whole number from 1 to 10)");

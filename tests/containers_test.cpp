@@ -16,62 +16,44 @@ OBLX_BufferPoolProperty poolProperty(DDS_Long initial, DDS_Long maximal, DDS_Lon
     return {initial, maximal, increment, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE};
 }
 
-// Takes every buffer the pool will give.
-std::vector<void *> drain(OBLX_BufferPool *pool) {
-    std::vector<void *> buffers;
-    while (void *buffer = OBLX_BufferPool_getBuffer(pool)) {
-        buffers.push_back(buffer);
+// The pool's buffer count after each of six gets, and how many got a buffer.
+TEST(BufferPool, PreallocatesThenGrowsByItsIncrementOrByDoublingUpToItsMaximal) {
+    constexpr DDS_Long kDouble = OBLX_BUFFER_POOL_INCREMENT_DOUBLE, kUnlimited = OBLX_BUFFER_POOL_UNLIMITED;
+    struct Case {
+        OBLX_BufferPoolProperty property;
+        std::vector<DDS_Long> counts;
+        size_t handedOut;
+    };
+    const Case cases[] = {
+        {poolProperty(4, 4, kDouble), {4, 4, 4, 4, 4, 4}, 4},  // as the message queue sizes it
+        {poolProperty(3, 5, kDouble), {3, 3, 3, 5, 5, 5}, 5},  // doubling would reach 6
+        {poolProperty(0, kUnlimited, kDouble), {1, 2, 4, 4, 8, 8}, 6},
+        {poolProperty(1, 6, 2), {1, 3, 3, 5, 5, 6}, 6},
+        {poolProperty(1, kUnlimited, 0), {1, 1, 1, 1, 1, 1}, 1},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(&c - cases);
+        OBLX_BufferPool *pool = OBLX_BufferPool_new(24, 8, &c.property);
+        std::vector<DDS_Long> counts;
+        size_t handedOut = 0;
+        for (int i = 0; i < 6; ++i) {
+            handedOut += OBLX_BufferPool_getBuffer(pool) != nullptr;
+            counts.push_back(OBLX_BufferPool_getBufferCount(pool));
+        }
+        EXPECT_EQ(counts, c.counts);
+        EXPECT_EQ(handedOut, c.handedOut);
+        OBLX_BufferPool_delete(pool);
     }
-    return buffers;
 }
 
-TEST(BufferPool, PreallocatesAndNeverGrowsPastItsMaximal) {
-    // As the message queue sizes it: initial = maximal.
-    const OBLX_BufferPoolProperty fixed = poolProperty(4, 4, OBLX_BUFFER_POOL_INCREMENT_DOUBLE);
-    OBLX_BufferPool *pool = OBLX_BufferPool_new(24, 8, &fixed);
-    ASSERT_NE(pool, nullptr);
-    EXPECT_EQ(OBLX_BufferPool_getBufferCount(pool), 4);
-    EXPECT_EQ(drain(pool).size(), 4u);
-    EXPECT_EQ(OBLX_BufferPool_getBufferCount(pool), 4);
-    OBLX_BufferPool_delete(pool);
-
-    // Doubling from 3 would reach 6; the maximal caps it at 5.
-    const OBLX_BufferPoolProperty capped = poolProperty(3, 5, OBLX_BUFFER_POOL_INCREMENT_DOUBLE);
-    pool = OBLX_BufferPool_new(24, 8, &capped);
-    EXPECT_EQ(drain(pool).size(), 5u);
-    EXPECT_EQ(OBLX_BufferPool_getBufferCount(pool), 5);
-    OBLX_BufferPool_delete(pool);
-}
-
-TEST(BufferPool, GrowsByItsIncrementOrByDoubling) {
-    const OBLX_BufferPoolProperty doubling = poolProperty(0, OBLX_BUFFER_POOL_UNLIMITED, OBLX_BUFFER_POOL_INCREMENT_DOUBLE);
-    OBLX_BufferPool *pool = OBLX_BufferPool_new(8, 8, &doubling);
-    std::vector<DDS_Long> counts;
-    for (int i = 0; i < 5; ++i) {
-        OBLX_BufferPool_getBuffer(pool);
-        counts.push_back(OBLX_BufferPool_getBufferCount(pool));
-    }
-    EXPECT_EQ(counts, (std::vector<DDS_Long>{1, 2, 4, 4, 8}));
-    OBLX_BufferPool_delete(pool);
-
-    const OBLX_BufferPoolProperty stepped = poolProperty(1, 6, 2);
-    pool = OBLX_BufferPool_new(8, 8, &stepped);
-    OBLX_BufferPool_getBuffer(pool);
-    OBLX_BufferPool_getBuffer(pool);
-    EXPECT_EQ(OBLX_BufferPool_getBufferCount(pool), 3);
-    OBLX_BufferPool_delete(pool);
-
-    const OBLX_BufferPoolProperty frozen = poolProperty(1, OBLX_BUFFER_POOL_UNLIMITED, 0);
-    pool = OBLX_BufferPool_new(8, 8, &frozen);
-    EXPECT_EQ(drain(pool).size(), 1u);
-    OBLX_BufferPool_delete(pool);
-}
-
-TEST(BufferPool, BuffersAreAlignedDistinctAndReused) {
+// With the larger alignment the pool also zeroes what it hands out again.
+TEST(BufferPool, BuffersAreAlignedDistinctAndReusedZeroedOnRequest) {
     for (size_t alignment : {size_t{8}, size_t{64}}) {
-        const OBLX_BufferPoolProperty property = poolProperty(3, 9, 3);
+        OBLX_BufferPoolProperty property = poolProperty(3, 9, 3);
+        property.zeroOnGet = alignment == 64 ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
         OBLX_BufferPool *pool = OBLX_BufferPool_new(13, alignment, &property);
-        std::vector<void *> buffers = drain(pool);
+        std::vector<void *> buffers;
+        while (void *buffer = OBLX_BufferPool_getBuffer(pool)) buffers.push_back(buffer);
         ASSERT_EQ(buffers.size(), 9u);
         std::set<std::uintptr_t> addresses;
         for (void *buffer : buffers) {
@@ -81,29 +63,16 @@ TEST(BufferPool, BuffersAreAlignedDistinctAndReused) {
         }
         const std::vector<std::uintptr_t> sorted(addresses.begin(), addresses.end());
         ASSERT_EQ(sorted.size(), buffers.size());
-        for (size_t i = 1; i < sorted.size(); ++i) {
-            EXPECT_GE(sorted[i] - sorted[i - 1], 13u);  // no overlap
-        }
+        for (size_t i = 1; i < sorted.size(); ++i) EXPECT_GE(sorted[i] - sorted[i - 1], 13u);  // no overlap
 
         OBLX_BufferPool_returnBuffer(pool, buffers[4]);
         EXPECT_EQ(OBLX_BufferPool_getFreeBufferCount(pool), 1);
         EXPECT_EQ(OBLX_BufferPool_getBuffer(pool), buffers[4]);
         EXPECT_EQ(OBLX_BufferPool_getBufferCount(pool), 9);
+        const unsigned char zeros[13] = {};
+        EXPECT_EQ(std::memcmp(buffers[4], zeros, sizeof zeros) == 0, property.zeroOnGet == DDS_BOOLEAN_TRUE);
         OBLX_BufferPool_delete(pool);  // buffers still out are freed with the pool
     }
-}
-
-TEST(BufferPool, ZeroOnGetClearsReusedBuffers) {
-    OBLX_BufferPoolProperty property = poolProperty(1, 1, 0);
-    property.zeroOnGet = DDS_BOOLEAN_TRUE;
-    OBLX_BufferPool *pool = OBLX_BufferPool_new(40, 8, &property);
-    auto *buffer = static_cast<unsigned char *>(OBLX_BufferPool_getBuffer(pool));
-    std::memset(buffer, 0x5a, 40);
-    OBLX_BufferPool_returnBuffer(pool, buffer);
-    buffer = static_cast<unsigned char *>(OBLX_BufferPool_getBuffer(pool));
-    const unsigned char zeros[40] = {};
-    EXPECT_EQ(std::memcmp(buffer, zeros, sizeof zeros), 0);
-    OBLX_BufferPool_delete(pool);
 }
 
 TEST(BufferPoolConcurrency, SharedPoolHandsEachBufferToOneThread) {
@@ -123,9 +92,7 @@ TEST(BufferPoolConcurrency, SharedPoolHandsEachBufferToOneThread) {
             }
         });
     }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    for (std::thread &thread : threads) thread.join();
     EXPECT_LE(OBLX_BufferPool_getBufferCount(pool), 16);
     EXPECT_EQ(OBLX_BufferPool_getFreeBufferCount(pool), OBLX_BufferPool_getBufferCount(pool));
     OBLX_BufferPool_delete(pool);
@@ -135,17 +102,14 @@ class InlineListTest : public testing::Test {
 protected:
     void SetUp() override {
         OBLX_InlineList_initialize(&list);
-        for (OBLX_InlineListNode &node : nodes) {
-            OBLX_InlineListNode_initialize(&node);
-        }
+        for (OBLX_InlineListNode &node : nodes) OBLX_InlineListNode_initialize(&node);
     }
 
     // The nodes' indices from front to back, following `next`.
     std::vector<int> order() const {
         std::vector<int> indices;
-        for (const OBLX_InlineListNode *n = OBLX_InlineList_getFirst(&list); n != nullptr; n = n->next) {
+        for (const OBLX_InlineListNode *n = OBLX_InlineList_getFirst(&list); n != nullptr; n = n->next)
             indices.push_back(static_cast<int>(n - nodes));
-        }
         return indices;
     }
 

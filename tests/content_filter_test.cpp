@@ -1,14 +1,10 @@
 // Content filters: what they accept over real samples, what they refuse and
-// how they say so, and that matching allocates nothing.
+// how they say so.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,22 +14,6 @@
 
 using vexar::platform::ContentFilter;
 using vexar::platform::FilterError;
-
-// Counts heap allocations, to show that matching makes none. (GCC takes the
-// malloc/free pair in replaced operators for a mismatch once inlined.)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-namespace {
-std::atomic<long> gAllocations{0};
-}
-void *operator new(std::size_t size) {
-    ++gAllocations;
-    if (void *p = std::malloc(size == 0 ? 1 : size)) {
-        return p;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void *p) noexcept { std::free(p); }
-void operator delete(void *p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
@@ -181,54 +161,6 @@ TEST(ContentFilter, EnumerationsCompareByValueOrByEnumeratorName) {
               "'QTV_VX_STATE_LOST' is not an enumerator of QTV::VX::ADMIN::StateKind, the type of member 'state'");
 }
 
-// A hand-made type with the integer widths that the data types do not use.
-TEST(ContentFilter, EveryIntegerWidthIsReadAtItsSize) {
-    struct Widths {
-        DDS_Octet octet;
-        DDS_Short shortValue;
-        DDS_UnsignedShort unsignedShort;
-        DDS_UnsignedLong unsignedLong;
-        DDS_LongLong longLong;
-        DDS_Boolean flag;
-        DDS_UnsignedLongLong unsupported;
-    };
-    auto code = [](DDS_TCKind kind, std::size_t size) {
-        return DDS_TypeCode{kind, nullptr, 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX,
-                            size, nullptr};
-    };
-    static const DDS_TypeCode kOctet = code(DDS_TK_OCTET, 1), kShort = code(DDS_TK_SHORT, 2),
-                              kUShort = code(DDS_TK_USHORT, 2), kULong = code(DDS_TK_ULONG, 4),
-                              kLongLong = code(DDS_TK_LONGLONG, 8), kBoolean = code(DDS_TK_BOOLEAN, 1),
-                              kULongLong = code(DDS_TK_ULONGLONG, 8);
-    auto member = [](const char *name, const DDS_TypeCode &type, std::size_t offset) {
-        return DDS_TypeCodeMember{name, 0, DDS_TYPECODE_NONKEY_REQUIRED_MEMBER, DDS_PUBLIC_MEMBER, &type, 0, offset};
-    };
-    static const DDS_TypeCodeMember kMembers[] = {member("octet", kOctet, offsetof(Widths, octet)),
-                                                  member("short", kShort, offsetof(Widths, shortValue)),
-                                                  member("ushort", kUShort, offsetof(Widths, unsignedShort)),
-                                                  member("ulong", kULong, offsetof(Widths, unsignedLong)),
-                                                  member("longlong", kLongLong, offsetof(Widths, longLong)),
-                                                  member("flag", kBoolean, offsetof(Widths, flag)),
-                                                  member("unsupported", kULongLong, offsetof(Widths, unsupported))};
-    static const DDS_TypeCode kWidths = {
-        DDS_TK_STRUCT,  "Widths", 7, kMembers, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX,
-        sizeof(Widths), nullptr};
-
-    const ContentFilter filter = compiled("octet = 255 AND short = -2 AND ushort = 65534 AND ulong = 0xffffffff "
-                                          "AND longlong = -9000000000 AND flag = 1",
-                                          {}, &kWidths);
-    Widths sample{255, -2, 65534, 0xffffffffu, -9000000000LL, 1, 0};
-    EXPECT_TRUE(filter.matches(&sample));
-    sample.longLong = -9000000000LL + (1LL << 32); // only the high word differs
-    EXPECT_FALSE(filter.matches(&sample));
-
-    EXPECT_EQ(refusal("ushort = -1", {}, &kWidths).message, "-1 is out of range for unsigned short member 'ushort'");
-    EXPECT_EQ(refusal("octet = %0", {"256"}, &kWidths).message,
-              "parameter %0 ('256') is out of range for octet member 'octet'");
-    EXPECT_EQ(refusal("unsupported = 1", {}, &kWidths).message,
-              "member 'unsupported' cannot be filtered: it is an unsigned long long");
-}
-
 TEST(ContentFilter, RefusalsSayWhatIsWrongAndWhere) {
     struct Case {
         const char *expression;
@@ -264,21 +196,9 @@ TEST(ContentFilter, RefusalsSayWhatIsWrongAndWhere) {
         EXPECT_EQ(error.message, c.message) << c.expression;
         EXPECT_EQ(error.position, c.position) << c.expression;
     }
+    EXPECT_EQ(refusal("invocation = %0", {"4294967296"}).message,
+              "parameter %0 ('4294967296') is out of range for long member 'invocation'");
     EXPECT_EQ(refusal("invocation = 1", {}, nullptr).message, "content filters need a struct type");
-    EXPECT_EQ(refusal("invocation = 1 # 2").describe(), "column 16: unexpected character '#'");
     EXPECT_EQ(refusal(std::string(150, '(') + "invocation = 1" + std::string(150, ')')).message,
               "expression nested too deeply (more than 100 levels)");
-}
-
-TEST(ContentFilter, MatchingAllocatesNothing) {
-    const ContentFilter filter = compiled("category LIKE '%x%' OR level BETWEEN 1 AND %0 AND NOT category = %1",
-                                          {"10", "'abc'"}, QTV_VX_LogMessage_get_typecode());
-    const auto sample = logMessage("a long category without the letter");
-    const long before = gAllocations.load();
-    bool any = false;
-    for (int i = 0; i < 1000; ++i) {
-        any |= filter.matches(&sample);
-    }
-    EXPECT_FALSE(any);
-    EXPECT_EQ(gAllocations.load(), before);
 }

@@ -1,8 +1,8 @@
 // The bridge to the middleware logger: capturing its lines into the log
-// stream, silencing it, and changing its verbosity and print format.
+// stream, and changing its verbosity and print format. Silencing it while
+// the logger is created is seen by the lifecycle test of a failed creation.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <string>
 #include <vector>
 
@@ -17,24 +17,6 @@ namespace {
 void writeLine(const char *text, int level) {
     OBLX_Config_LogMessage line{text, static_cast<OBLX_Config_LogLevel>(level)};
     QTV_VX_Vexar_writeDevice(&QTV_VX_Vexar_localDevice, &line);
-}
-
-OBLX_Config_LogVerbosity verbosityOf(OBLX_Config_LogCategory category) {
-    return OBLX_Config_Logger_get_verbosity_by_category(OBLX_Config_Logger_get_instance(), category);
-}
-
-TEST(LoggerBridge, MaskingSilencesAllFiveAndUnmaskingRestoresThem) {
-    OBLX_Config_Logger_set_verbosity(OBLX_Config_Logger_get_instance(), OBLX_CONFIG_LOG_VERBOSITY_ERROR);
-    OBLX_Config_Logger_set_verbosity_by_category(OBLX_Config_Logger_get_instance(), OBLX_CONFIG_LOG_CATEGORY_API,
-                                                 OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
-    std::array<OBLX_Config_LogVerbosity, OBLX_CONFIG_LOG_CATEGORY_COUNT> saved{};
-    QTV_VX_Vexar_maskSystemVerbosity(saved.data());
-    for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category) {
-        EXPECT_EQ(verbosityOf(OBLX_Config_LogCategory(category)), OBLX_CONFIG_LOG_VERBOSITY_SILENT);
-    }
-    QTV_VX_Vexar_unmaskSystemVerbosity(saved.data());
-    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_PLATFORM), OBLX_CONFIG_LOG_VERBOSITY_ERROR);
-    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_API), OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
 }
 
 TEST(LoggerBridge, MiddlewareLinesAreCapturedWhileTheLoggerRuns) {
@@ -70,7 +52,9 @@ TEST(LoggerBridge, MiddlewareLinesAreCapturedWhileTheLoggerRuns) {
               "late line\none newline\n");
 }
 
-TEST(LoggerBridge, SettersUpdateTheStateAndOnlyCommunicationReachesTheWriteThread) {
+// Each setter's effect on the middleware and the State is seen through the
+// remote commands that use them; here what only a direct call shows.
+TEST(LoggerBridge, OnlyCommunicationReachesTheWriteThreadAndARefusedFormatChangesNothing) {
     LoggerSession session(loggerOptions(domains::kLoggerBase + 7));
     QTV_VX_Vexar *logger = session.logger();
     QTV_VX_Vexar_setQTVLoggerVerbosityByCategory(logger, OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
@@ -78,12 +62,8 @@ TEST(LoggerBridge, SettersUpdateTheStateAndOnlyCommunicationReachesTheWriteThrea
     QTV_VX_Vexar_setQTVLoggerVerbosityByCategory(logger, OBLX_CONFIG_LOG_CATEGORY_PLATFORM,
                                                  OBLX_CONFIG_LOG_VERBOSITY_ERROR);
     EXPECT_EQ(logger->logMessageWriteThread->logVerbosity, OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
-    EXPECT_EQ(verbosityOf(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION), OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
-    EXPECT_EQ(logger->state->qtvLoggerVerbosities[1].verbosity, QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL);
-    EXPECT_EQ(logger->state->qtvLoggerVerbosities[0].verbosity, QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR);
 
     EXPECT_EQ(QTV_VX_Vexar_setQTVLoggerPrintFormat(logger, OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE), 1);
-    EXPECT_EQ(logger->state->qtvLoggerPrintFormat, QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE);
     // The State shows the format read back: one the middleware refuses changes nothing.
     QTV_VX_Vexar_setQTVLoggerPrintFormat(logger, static_cast<OBLX_Config_LogPrintFormat>(0x1000));
     EXPECT_EQ(logger->state->qtvLoggerPrintFormat, QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_VERBOSE);

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
-#include <set>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -48,36 +47,40 @@ DDS_Long push(QTV_VX_MessageQueue *queue, const std::string &message, const std:
 constexpr OBLX_Time_t kNoWait = {0, 0};
 constexpr OBLX_Time_t kOneSecond = {1, 0};
 
-const QTV_VX_MessageQueueElement *elementOf(const QTV_VX_LogMessagePlusTime *plusTime) {
-    return reinterpret_cast<const QTV_VX_MessageQueueElement *>(reinterpret_cast<const char *>(plusTime) -
-                                                                offsetof(QTV_VX_MessageQueueElement, messagePlusTime));
-}
+// Null arguments are refused with a line; a full queue drops the newest
+// with a warning. What is left queued, inline or on the heap, is freed with
+// the queue (leaks would show under AddressSanitizer).
+TEST(MessageQueue, RefusesNullArgumentsAndWhenFullAndFreesWhatIsLeft) {
+    QueuePtr queue = makeQueue(2);
+    QTV_VX_LogMessagePlusTime noText = item("x");
+    noText.message.message = nullptr;
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_push(queue.get(), &noText), 0); }),
+              "VX Error: QTV_VX_MessageQueue_push: Message queue or message to push is NULL\n");
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_front(nullptr, &kNoWait), nullptr); }),
+              "VX Error: QTV_VX_MEssageQueue_front: Message queue is NULL\n");
+    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_new(nullptr), nullptr); }),
+              "VX Error: QTV_VX_MessageQueue_new: Message queue property is NULL\n");
 
-TEST(MessageQueue, FullQueueDropsTheNewestWithAWarning) {
-    QueuePtr queue = makeQueue(1);
     EXPECT_EQ(push(queue.get(), "first"), 1);
+    EXPECT_EQ(push(queue.get(), std::string(3000, 'x'), std::string(100, 'y')), 1);
     DDS_Long result = -1;
-    EXPECT_EQ(capturedStdout([&] { result = push(queue.get(), "second"); }),
+    EXPECT_EQ(capturedStdout([&] { result = push(queue.get(), "third"); }),
               "VX Warning: QTV_VX_MessageQueue_push: Max queue size reached, message will get lost\n");
     EXPECT_EQ(result, 0);
-
     const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue.get(), &kNoWait);
     ASSERT_NE(head, nullptr);
     EXPECT_STREQ(head->message.message, "first");
     QTV_VX_MessageQueue_pop(queue.get());
-    EXPECT_EQ(push(queue.get(), "third"), 1);
+    EXPECT_EQ(push(queue.get(), "fourth", "cat"), 1);
 }
 
 // The queue copies every field; texts that fit stay in the element, longer
 // ones go to the heap, cut at the sample's bounds.
 TEST(MessageQueue, CopiesTheItemWithTextsInlineOrOnTheHeapCut) {
     struct Case {
-        size_t messageLength;
-        size_t categoryLength;
-        bool messageInline;
-        bool categoryInline;
-        size_t storedMessage;
-        size_t storedCategory;
+        size_t messageLength, categoryLength;
+        bool messageInline, categoryInline;
+        size_t storedMessage, storedCategory;
     };
     const Case cases[] = {
         {0, 0, true, true, 0, 0},
@@ -99,7 +102,8 @@ TEST(MessageQueue, CopiesTheItemWithTextsInlineOrOnTheHeapCut) {
                   std::tuple(11, 22, 350, 1700000000, 123u));
         message.assign(c.messageLength, 'X');  // the queue holds its own copies
         category.assign(c.categoryLength, 'X');
-        const QTV_VX_MessageQueueElement *element = elementOf(head);
+        const auto *element = reinterpret_cast<const QTV_VX_MessageQueueElement *>(
+            reinterpret_cast<const char *>(head) - offsetof(QTV_VX_MessageQueueElement, messagePlusTime));
         EXPECT_EQ(head->message.message == element->inlineMessage, c.messageInline) << c.messageLength;
         EXPECT_EQ(head->message.category == element->inlineCategory, c.categoryInline) << c.categoryLength;
         EXPECT_EQ(head->message.message, std::string(c.storedMessage, 'm'));
@@ -132,28 +136,6 @@ TEST(MessageQueue, FrontWaitsForAnItemAndLeavesTheHeadInPlace) {
     EXPECT_EQ(OBLX_InlineList_getSize(&queue->queue), 0);
 }
 
-// Elements left in the queue, inline or on the heap, are freed with it
-// (leaks would show under AddressSanitizer).
-TEST(MessageQueue, DeleteFreesWhatIsLeft) {
-    QueuePtr queue = makeQueue(8);
-    ASSERT_EQ(push(queue.get(), "short", "cat"), 1);
-    ASSERT_EQ(push(queue.get(), std::string(3000, 'x'), std::string(100, 'y')), 1);
-    ASSERT_EQ(push(queue.get(), std::string(200, 'x')), 1);
-    queue.reset();
-}
-
-TEST(MessageQueue, RefusesNullArguments) {
-    QueuePtr queue = makeQueue(2);
-    QTV_VX_LogMessagePlusTime noText = item("x");
-    noText.message.message = nullptr;
-    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_push(queue.get(), &noText), 0); }),
-              "VX Error: QTV_VX_MessageQueue_push: Message queue or message to push is NULL\n");
-    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_front(nullptr, &kNoWait), nullptr); }),
-              "VX Error: QTV_VX_MEssageQueue_front: Message queue is NULL\n");
-    EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_new(nullptr), nullptr); }),
-              "VX Error: QTV_VX_MessageQueue_new: Message queue property is NULL\n");
-}
-
 // Many producers, one consumer: below capacity nothing is lost and each
 // producer's messages arrive in its own order.
 TEST(MessageQueueConcurrency, ManyProducersLoseNothingBelowCapacity) {
@@ -165,8 +147,8 @@ TEST(MessageQueueConcurrency, ManyProducersLoseNothingBelowCapacity) {
         producers.emplace_back([&, p] {
             for (int i = 0; i < kPerProducer; ++i) {
                 // Every fourth message is long enough to take the heap path.
-                const std::string text = std::to_string(p) + ":" + std::to_string(i) + std::string(i % 4 == 0 ? 200 : 0, '.');
-                EXPECT_EQ(push(queue.get(), text, "producer"), 1);
+                const std::string padding(i % 4 == 0 ? 200 : 0, '.');
+                EXPECT_EQ(push(queue.get(), std::to_string(p) + ":" + std::to_string(i) + padding, "producer"), 1);
             }
         });
     }
@@ -174,16 +156,12 @@ TEST(MessageQueueConcurrency, ManyProducersLoseNothingBelowCapacity) {
     for (int received = 0; received < kProducers * kPerProducer; ++received) {
         const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue.get(), &kOneSecond);
         ASSERT_NE(head, nullptr) << "after " << received;
-        const std::string text = head->message.message;
-        const int producer = std::stoi(text);
-        const int index = std::stoi(text.substr(text.find(':') + 1));
-        EXPECT_EQ(index, nextOf[producer]++);
+        const std::string text = head->message.message;  // "<producer>:<index>"
+        EXPECT_EQ(std::stoi(text.substr(text.find(':') + 1)), nextOf[std::stoi(text)]++) << "in each producer's order";
         EXPECT_STREQ(head->message.category, "producer");
         QTV_VX_MessageQueue_pop(queue.get());
     }
-    for (std::thread &producer : producers) {
-        producer.join();
-    }
+    for (std::thread &producer : producers) producer.join();
     EXPECT_EQ(QTV_VX_MessageQueue_front(queue.get(), &kNoWait), nullptr);
 }
 

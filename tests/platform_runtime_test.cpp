@@ -21,32 +21,19 @@ using vexar_test::LogCapture;
 
 OBLX_Time_t milliseconds(int count) { return OBLX_Time_fromNanoseconds(count * 1'000'000LL); }
 
-TEST(CountingSemaphore, EmptyTakeWaitsForItsTimeoutOrAGive) {
-    OBLX_CountingSemaphore *sem = OBLX_CountingSemaphore_new(0);
-    ASSERT_NE(sem, nullptr);
-    const OBLX_Time_t timeout = milliseconds(100);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &timeout), OBLX_SYNC_TIMEOUT);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 100ms);
-
-    std::atomic<OBLX_SyncResult> result{OBLX_SYNC_ERROR};
-    std::thread waiter([&] { result = OBLX_CountingSemaphore_take(sem, nullptr); });
-    std::this_thread::sleep_for(20ms);
-    EXPECT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
-    waiter.join();
-    EXPECT_EQ(result.load(), OBLX_SYNC_OK);
-    OBLX_CountingSemaphore_delete(sem);
-}
-
-TEST(CountingSemaphore, EachGiveAllowsExactlyOneTake) {
+// The initial count and each give allow one take each; an empty take waits
+// out its time-out (a take woken by a give is checked in the ping-pong).
+TEST(CountingSemaphore, EachGiveAllowsExactlyOneTakeAndAnEmptyTakeTimesOut) {
     OBLX_CountingSemaphore *sem = OBLX_CountingSemaphore_new(2);
     ASSERT_NE(sem, nullptr);
-    const OBLX_Time_t noWait = OBLX_TIME_ZERO;
-    const OBLX_Time_t negative = milliseconds(-5);
+    const OBLX_Time_t noWait = OBLX_TIME_ZERO, negative = milliseconds(-5), timeout = milliseconds(100);
     EXPECT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &noWait), OBLX_SYNC_OK) << i;
     EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &noWait), OBLX_SYNC_TIMEOUT);
     EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &negative), OBLX_SYNC_TIMEOUT);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(OBLX_CountingSemaphore_take(sem, &timeout), OBLX_SYNC_TIMEOUT);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 100ms);
     EXPECT_EQ(OBLX_CountingSemaphore_give(sem), OBLX_SYNC_OK);
     EXPECT_EQ(OBLX_CountingSemaphore_take(sem, nullptr), OBLX_SYNC_OK);
     OBLX_CountingSemaphore_delete(sem);
@@ -177,23 +164,16 @@ TEST(Time, FractionIsBinaryAndConversionsRoundTrip) {
     EXPECT_EQ(far.sec, INT32_MAX);
 }
 
-TEST(DDSString, AllocLeavesRoomForLengthCharactersAndBoundedCopyFitsExactly) {
-    char *five = DDS_String_alloc(5);
-    ASSERT_NE(five, nullptr);
-    EXPECT_STREQ(five, "");
-    std::memcpy(five, "12345", 6);  // AddressSanitizer checks the room
-    DDS_String_free(five);
-
+// Room for the characters and copies that fit exactly are checked through the
+// samples' string bounds; here what the samples never pass.
+TEST(DDSString, ARefusedBoundedCopyLeavesTheBufferAlone) {
     char buffer[4] = {'x', 'x', 'x', 'x'};
     EXPECT_EQ(DDS_String_copy_bounded(buffer, "abcd", sizeof buffer), nullptr);
-    EXPECT_EQ(std::memcmp(buffer, "xxxx", 4), 0) << "a refused copy leaves the buffer alone";
-    EXPECT_EQ(DDS_String_copy_bounded(buffer, "abc", sizeof buffer), buffer);
-    EXPECT_STREQ(buffer, "abc");
-    EXPECT_EQ(DDS_String_copy_bounded(buffer, "", sizeof buffer), buffer);
-    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(std::memcmp(buffer, "xxxx", 4), 0);
     EXPECT_EQ(DDS_String_copy_bounded(buffer, "", 0), nullptr);
     EXPECT_EQ(DDS_String_copy_bounded(nullptr, "a", 4), nullptr);
     EXPECT_EQ(DDS_String_copy_bounded(buffer, nullptr, 4), nullptr);
+    EXPECT_EQ(std::memcmp(buffer, "xxxx", 4), 0);
 }
 
 }  // namespace

@@ -1,139 +1,85 @@
 // The sequence family through its C operations: DDS_LongSeq, DDS_StringSeq
-// and a test element that owns heap memory, whose element functions count
-// their calls so that leaks and double frees show up in the counts and
-// under AddressSanitizer.
+// and a sequence of log samples, whose elements own heap memory: a leak,
+// double free or stray element function shows under AddressSanitizer.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
-#include "support/log_capture.h"
 #include "platform/sequence.h"
 #include "platform/sequence.hpp"
-
-// A C element type, as the sequences of the data types have.
-struct Item {
-    char *name;
-    DDS_Long value;
-};
-
-VEXAR_BEGIN_DECLS
-OBLX_SEQUENCE_DECLARE(ItemSeq, Item);
-VEXAR_END_DECLS
-
-namespace {
-
-struct CallCounts {
-    int initialized = 0;
-    int finalized = 0;
-    int copied = 0;
-};
-CallCounts calls;
-
-struct CountingItemTraits {
-    static DDS_Boolean initialize(Item *item, const DDS_TypeAllocationParams_t *params) {
-        ++calls.initialized;
-        item->name = params->allocate_memory ? strdup("") : nullptr;
-        item->value = 0;
-        return DDS_BOOLEAN_TRUE;
-    }
-    static void finalize(Item *item, const DDS_TypeDeallocationParams_t *) {
-        ++calls.finalized;
-        std::free(item->name);
-        item->name = nullptr;
-    }
-    static DDS_Boolean copy(Item *destination, const Item *source) {
-        ++calls.copied;
-        std::free(destination->name);
-        destination->name = source->name != nullptr ? strdup(source->name) : nullptr;
-        destination->value = source->value;
-        return DDS_BOOLEAN_TRUE;
-    }
-};
-
-}  // namespace
-
-OBLX_SEQUENCE_DEFINE(ItemSeq, Item, CountingItemTraits);
+#include "support/log_capture.h"
+#include "type/vexar.h"
 
 namespace {
 
 using vexar_test::LogCapture;
+using LogSeq = QTV_VX_LogMessageSeq;
 
 class SequenceTest : public testing::Test {
 protected:
-    void SetUp() override { calls = {}; }
-
-    // Every element ever initialized has been finalized exactly once.
-    static void expectBalanced() { EXPECT_EQ(calls.initialized, calls.finalized); }
-
-    static void fill(ItemSeq &seq, std::initializer_list<const char *> names) {
-        ASSERT_TRUE(ItemSeq_set_length(&seq, static_cast<DDS_Long>(names.size())));
+    // Sets the messages; each category fills its buffer to the bound.
+    static void fill(LogSeq &seq, std::initializer_list<const char *> messages) {
+        ASSERT_TRUE(QTV_VX_LogMessageSeq_set_length(&seq, static_cast<DDS_Long>(messages.size())));
         DDS_Long i = 0;
-        for (const char *name : names) {
-            Item source{const_cast<char *>(name), i};
-            CountingItemTraits::copy(ItemSeq_get_reference(&seq, i++), &source);
+        for (const char *message : messages) {
+            QTV_VX_LogMessage *element = QTV_VX_LogMessageSeq_get_reference(&seq, i++);
+            std::strcpy(element->message, message);
+            std::strcpy(element->category, std::string(QTV_VX_LOG_MESSAGE_CATEGORY_MAX_LENGTH, 'c').c_str());
         }
-        calls.copied = 0;
     }
 
-    static std::string nameAt(ItemSeq &seq, DDS_Long index) { return ItemSeq_get_reference(&seq, index)->name; }
+    static std::string nameAt(LogSeq &seq, DDS_Long index) {
+        return QTV_VX_LogMessageSeq_get_reference(&seq, index)->message;
+    }
 
     LogCapture log{OBLX_CONFIG_LOG_VERBOSITY_ERROR};
 };
 
-TEST_F(SequenceTest, ZeroFilledAndStaticSequencesWorkWithoutInitialize) {
+TEST_F(SequenceTest, ZeroFilledSequencesWorkWithoutInitialize) {
     DDS_LongSeq zeroed;
     std::memset(&zeroed, 0, sizeof zeroed);
     EXPECT_EQ(DDS_LongSeq_get_length(&zeroed), 0);
-    EXPECT_EQ(zeroed._sequence_init, DDS_SEQUENCE_MAGIC_NUMBER);
     EXPECT_TRUE(DDS_LongSeq_has_ownership(&zeroed));
-
-    static DDS_LongSeq declared = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_ensure_length(&declared, 2, 4));
-    EXPECT_TRUE(DDS_LongSeq_finalize(&declared));
 
     // All-zero element parameters would mean "allocate nothing"; the lazy
     // start replaces them with the defaults, so elements get their strings.
-    ItemSeq items;
+    LogSeq items;
     std::memset(&items, 0, sizeof items);
-    ASSERT_TRUE(ItemSeq_set_maximum(&items, 1));
-    EXPECT_NE(items._contiguous_buffer[0].name, nullptr);
-    ItemSeq_finalize(&items);
-    expectBalanced();
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&items, 1));
+    EXPECT_NE(items._contiguous_buffer[0].message, nullptr);
+    QTV_VX_LogMessageSeq_finalize(&items);
     EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(SequenceTest, GrowingDeepCopiesElementsAndShrinkingTruncates) {
-    ItemSeq seq = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 4));
+    LogSeq seq = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&seq, 4));
     fill(seq, {"a", "b", "c"});
-    const char *oldName = seq._contiguous_buffer[0].name;
+    const char *oldName = seq._contiguous_buffer[0].message;
 
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 8));
-    EXPECT_EQ(ItemSeq_get_maximum(&seq), 8);
-    EXPECT_EQ(ItemSeq_get_length(&seq), 3);
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&seq, 8));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_maximum(&seq), 8);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&seq), 3);
     EXPECT_EQ(nameAt(seq, 2), "c");
-    EXPECT_NE(seq._contiguous_buffer[0].name, oldName);
-    EXPECT_EQ(calls.copied, 3);
-    EXPECT_EQ(calls.initialized, 4 + 8);
-    EXPECT_EQ(calls.finalized, 4);
+    EXPECT_NE(seq._contiguous_buffer[0].message, oldName);
 
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 2));
-    EXPECT_EQ(ItemSeq_get_length(&seq), 2);
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&seq, 2));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&seq), 2);
     EXPECT_EQ(nameAt(seq, 1), "b");
 
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 2));  // same maximum: nothing happens
-    EXPECT_EQ(calls.initialized, 4 + 8 + 2);
+    const QTV_VX_LogMessage *buffer = seq._contiguous_buffer;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&seq, 2));  // same maximum: nothing happens
+    EXPECT_EQ(seq._contiguous_buffer, buffer);
 
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 0));
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&seq, 0));
     EXPECT_EQ(seq._contiguous_buffer, nullptr);
-    EXPECT_EQ(ItemSeq_get_length(&seq), 0);
-    expectBalanced();
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&seq), 0);
     EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SequenceTest, LengthStaysWithinMaximumAndEnsureLengthGrows) {
+
+TEST_F(SequenceTest, LengthsIndicesArraysAndCopiesStayWithinTheirBounds) {
     DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
     EXPECT_FALSE(DDS_LongSeq_set_maximum(&seq, -1));
     EXPECT_TRUE(log.contains("max size must be positive"));
@@ -153,121 +99,7 @@ TEST_F(SequenceTest, LengthStaysWithinMaximumAndEnsureLengthGrows) {
     ASSERT_TRUE(DDS_LongSeq_ensure_length(&seq, 2, 4));  // fits: no reallocation
     EXPECT_EQ(DDS_LongSeq_get_maximum(&seq), 16);
     EXPECT_FALSE(DDS_LongSeq_ensure_length(&seq, 5, 4));
-    DDS_LongSeq_finalize(&seq);
-}
 
-TEST_F(SequenceTest, ALoanedSequenceRefusesWhatWouldFreeOrReallocateItsBuffer) {
-    DDS_LongSeq source = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_ensure_length(&source, 3, 3));
-    DDS_Long array[2] = {1, 2};
-    DDS_LongSeq loaned = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_loan_contiguous(&loaned, array, 2, 2));
-
-    EXPECT_FALSE(DDS_LongSeq_set_maximum(&loaned, 0));
-    EXPECT_FALSE(DDS_LongSeq_finalize(&loaned));
-    EXPECT_TRUE(log.contains("buffer must not be loaned"));
-    EXPECT_FALSE(DDS_LongSeq_ensure_length(&loaned, 3, 4));
-    EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&loaned, &source));
-    EXPECT_EQ(DDS_LongSeq_copy(&loaned, &source), nullptr);
-    EXPECT_TRUE(log.contains("not the owner"));
-    EXPECT_EQ(array[1], 2);
-    DDS_LongSeq_finalize(&source);
-}
-
-TEST_F(SequenceTest, ContiguousLoanUsesTheCallersArrayWithoutElementFunctions) {
-    Item items[3] = {{const_cast<char *>("x"), 1}, {const_cast<char *>("y"), 2}, {}};
-    ItemSeq seq = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(ItemSeq_loan_contiguous(&seq, items, 2, 3));
-    EXPECT_FALSE(ItemSeq_has_ownership(&seq));
-    EXPECT_EQ(ItemSeq_get_reference(&seq, 1), &items[1]);
-
-    ASSERT_TRUE(ItemSeq_unloan(&seq));
-    EXPECT_TRUE(ItemSeq_has_ownership(&seq));
-    EXPECT_EQ(ItemSeq_get_maximum(&seq), 0);
-    EXPECT_EQ(seq._contiguous_buffer, nullptr);
-    EXPECT_EQ(calls.initialized + calls.finalized + calls.copied, 0);
-    EXPECT_EQ(log.text(), "");
-}
-
-TEST_F(SequenceTest, LoanPreconditions) {
-    DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
-    DDS_Long array[4] = {};
-    EXPECT_FALSE(DDS_LongSeq_unloan(&seq));
-    EXPECT_TRUE(log.contains("buffer must be loaned"));
-    EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&seq, nullptr, 0, 1));
-    EXPECT_TRUE(log.contains("NULL buffer can't have non-zero maximum"));
-    EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&seq, array, 5, 4));
-
-    ASSERT_TRUE(DDS_LongSeq_set_maximum(&seq, 5));
-    EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&seq, array, 1, 4));
-    EXPECT_TRUE(log.contains("max size must be 0"));
-    EXPECT_TRUE(DDS_LongSeq_has_ownership(&seq));
-    DDS_LongSeq_finalize(&seq);
-}
-
-TEST_F(SequenceTest, DiscontiguousLoanReadsThroughThePointers) {
-    Item first{const_cast<char *>("first"), 1};
-    Item second{const_cast<char *>("second"), 2};
-    Item *pointers[2] = {&second, &first};
-    ItemSeq loaned = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(ItemSeq_loan_discontiguous(&loaned, pointers, 2, 2));
-    EXPECT_EQ(ItemSeq_get_reference(&loaned, 1), &first);
-    EXPECT_EQ(ItemSeq_get(&loaned, 0).value, 2);
-    EXPECT_EQ(ItemSeq_get_discontiguous_bufferI(&loaned), pointers);
-
-    ItemSeq owned = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_EQ(ItemSeq_copy(&owned, &loaned), &owned);
-    EXPECT_EQ(nameAt(owned, 0), "second");
-    EXPECT_NE(owned._contiguous_buffer[0].name, second.name);
-
-    ASSERT_TRUE(ItemSeq_unloan(&loaned));
-    ItemSeq_finalize(&owned);
-    expectBalanced();
-    EXPECT_EQ(log.text(), "");
-}
-
-TEST_F(SequenceTest, CopyGrowsToTheSourceCapacityAndReusesItsBuffer) {
-    ItemSeq source = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(ItemSeq_set_maximum(&source, 10));
-    fill(source, {"a", "b", "c"});
-
-    ItemSeq destination = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_EQ(ItemSeq_copy(&destination, &source), &destination);
-    EXPECT_EQ(ItemSeq_get_maximum(&destination), 10);
-    EXPECT_EQ(ItemSeq_get_length(&destination), 3);
-    EXPECT_EQ(nameAt(destination, 2), "c");
-    EXPECT_EQ(calls.copied, 3);
-
-    const Item *buffer = destination._contiguous_buffer;
-    ASSERT_TRUE(ItemSeq_set_length(&source, 1));
-    ASSERT_EQ(ItemSeq_copy(&destination, &source), &destination);
-    EXPECT_EQ(destination._contiguous_buffer, buffer);
-    EXPECT_EQ(ItemSeq_get_length(&destination), 1);
-
-    ItemSeq_finalize(&source);
-    ItemSeq_finalize(&destination);
-    expectBalanced();
-}
-
-TEST_F(SequenceTest, CopyNoAllocNeedsRoomInTheDestination) {
-    DDS_LongSeq source = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_ensure_length(&source, 3, 3));
-    DDS_LongSeq small = DDS_SEQUENCE_INITIALIZER;
-    ASSERT_TRUE(DDS_LongSeq_set_maximum(&small, 2));
-    EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&small, &source));
-    EXPECT_TRUE(log.contains("DDS_LongSeq_copy_no_allocI"));
-
-    DDS_LongSeq never;  // a source that was never initialized counts as empty
-    std::memset(&never, 0xff, sizeof never);
-    EXPECT_TRUE(DDS_LongSeq_copy_no_alloc(&small, &never));
-    EXPECT_EQ(DDS_LongSeq_get_length(&small), 0);
-
-    DDS_LongSeq_finalize(&source);
-    DDS_LongSeq_finalize(&small);
-}
-
-TEST_F(SequenceTest, ArraysAndIndicesAreBoundsChecked) {
-    DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
     const DDS_Long input[2] = {7, 8};
     ASSERT_TRUE(DDS_LongSeq_from_array(&seq, input, 2));
     DDS_Long output[2] = {};
@@ -279,7 +111,94 @@ TEST_F(SequenceTest, ArraysAndIndicesAreBoundsChecked) {
     EXPECT_EQ(DDS_LongSeq_get_reference(&seq, -1), nullptr);
     EXPECT_EQ(DDS_LongSeq_get(&seq, 5), 7);  // falls back to element 0
     EXPECT_TRUE(log.contains("index out of bounds"));
+
+    DDS_LongSeq small = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(DDS_LongSeq_set_maximum(&small, 1));
+    EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&small, &seq));
+    EXPECT_TRUE(log.contains("DDS_LongSeq_copy_no_allocI"));
+    DDS_LongSeq never;  // a source that was never initialized counts as empty
+    std::memset(&never, 0xff, sizeof never);
+    EXPECT_TRUE(DDS_LongSeq_copy_no_alloc(&small, &never));
+    EXPECT_EQ(DDS_LongSeq_get_length(&small), 0);
     DDS_LongSeq_finalize(&seq);
+    DDS_LongSeq_finalize(&small);
+}
+
+// A loan needs an empty owner and a fitting array; a loaned sequence refuses
+// whatever would free or reallocate the caller's array.
+TEST_F(SequenceTest, LoansAreCheckedAndALoanedBufferIsNeverFreedOrReallocated) {
+    DDS_LongSeq source = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(DDS_LongSeq_ensure_length(&source, 3, 3));
+    EXPECT_FALSE(DDS_LongSeq_unloan(&source));
+    EXPECT_TRUE(log.contains("buffer must be loaned"));
+    DDS_Long array[2] = {1, 2};
+    EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&source, array, 1, 2));
+    EXPECT_TRUE(log.contains("max size must be 0"));
+    EXPECT_TRUE(DDS_LongSeq_has_ownership(&source));
+
+    DDS_LongSeq loaned = DDS_SEQUENCE_INITIALIZER;
+    EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&loaned, nullptr, 0, 1));
+    EXPECT_TRUE(log.contains("NULL buffer can't have non-zero maximum"));
+    EXPECT_FALSE(DDS_LongSeq_loan_contiguous(&loaned, array, 3, 2));
+    ASSERT_TRUE(DDS_LongSeq_loan_contiguous(&loaned, array, 2, 2));
+    EXPECT_FALSE(DDS_LongSeq_set_maximum(&loaned, 0));
+    EXPECT_FALSE(DDS_LongSeq_finalize(&loaned));
+    EXPECT_TRUE(log.contains("buffer must not be loaned"));
+    EXPECT_FALSE(DDS_LongSeq_ensure_length(&loaned, 3, 4));
+    EXPECT_FALSE(DDS_LongSeq_copy_no_alloc(&loaned, &source));
+    EXPECT_EQ(DDS_LongSeq_copy(&loaned, &source), nullptr);
+    EXPECT_TRUE(log.contains("not the owner"));
+    EXPECT_EQ(array[1], 2);
+    DDS_LongSeq_finalize(&source);
+}
+
+TEST_F(SequenceTest, LoansUseTheCallersElementsWithoutElementFunctions) {
+    char *const none = const_cast<char *>("");
+    QTV_VX_LogMessage items[3] = {{{}, 1, none, const_cast<char *>("x")}, {{}, 2, none, const_cast<char *>("y")}, {}};
+    LogSeq seq = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_loan_contiguous(&seq, items, 2, 3));
+    EXPECT_FALSE(QTV_VX_LogMessageSeq_has_ownership(&seq));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_reference(&seq, 1), &items[1]);
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_unloan(&seq));
+    EXPECT_TRUE(QTV_VX_LogMessageSeq_has_ownership(&seq));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_maximum(&seq), 0);
+    EXPECT_EQ(seq._contiguous_buffer, nullptr);
+    EXPECT_STREQ(items[1].message, "y") << "no element function touched the caller's elements";
+
+    // A discontiguous loan reads through the pointers; copying it makes deep copies.
+    QTV_VX_LogMessage *pointers[2] = {&items[1], &items[0]};
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_loan_discontiguous(&seq, pointers, 2, 2));
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_reference(&seq, 1), &items[0]);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get(&seq, 0).level, 2);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_discontiguous_bufferI(&seq), pointers);
+    LogSeq owned = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_EQ(QTV_VX_LogMessageSeq_copy(&owned, &seq), &owned);
+    EXPECT_EQ(nameAt(owned, 0), "y");
+    EXPECT_NE(owned._contiguous_buffer[0].message, items[1].message);
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_unloan(&seq));
+    QTV_VX_LogMessageSeq_finalize(&owned);
+    EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(SequenceTest, CopyGrowsToTheSourceCapacityAndReusesItsBuffer) {
+    LogSeq source = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&source, 10));
+    fill(source, {"a", "b", "c"});
+
+    LogSeq destination = DDS_SEQUENCE_INITIALIZER;
+    ASSERT_EQ(QTV_VX_LogMessageSeq_copy(&destination, &source), &destination);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_maximum(&destination), 10);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&destination), 3);
+    EXPECT_EQ(nameAt(destination, 2), "c");
+
+    const QTV_VX_LogMessage *buffer = destination._contiguous_buffer;
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_length(&source, 1));
+    ASSERT_EQ(QTV_VX_LogMessageSeq_copy(&destination, &source), &destination);
+    EXPECT_EQ(destination._contiguous_buffer, buffer);
+    EXPECT_EQ(QTV_VX_LogMessageSeq_get_length(&destination), 1);
+
+    QTV_VX_LogMessageSeq_finalize(&source);
+    QTV_VX_LogMessageSeq_finalize(&destination);
 }
 
 TEST_F(SequenceTest, EachBrokenInvariantIsReportedByItsText) {
@@ -306,19 +225,18 @@ TEST_F(SequenceTest, EachBrokenInvariantIsReportedByItsText) {
 }
 
 TEST_F(SequenceTest, ElementParametersReachTheElementFunctions) {
-    ItemSeq seq = DDS_SEQUENCE_INITIALIZER;
+    LogSeq seq = DDS_SEQUENCE_INITIALIZER;
     const DDS_TypeAllocationParams_t noMemory = {DDS_BOOLEAN_TRUE, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE};
-    ASSERT_TRUE(ItemSeq_set_element_allocation_params(&seq, &noMemory));
-    ASSERT_TRUE(ItemSeq_set_maximum(&seq, 2));
-    EXPECT_EQ(seq._contiguous_buffer[1].name, nullptr);
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_element_allocation_params(&seq, &noMemory));
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&seq, 2));
+    EXPECT_EQ(seq._contiguous_buffer[1].message, nullptr);
 
-    EXPECT_FALSE(ItemSeq_set_element_allocation_params(&seq, &noMemory));
+    EXPECT_FALSE(QTV_VX_LogMessageSeq_set_element_allocation_params(&seq, &noMemory));
     EXPECT_TRUE(log.contains("Member allocation parameters can be configured only when the maximum size of the sequence is 0"));
-    EXPECT_FALSE(ItemSeq_set_element_pointers_allocation(&seq, DDS_BOOLEAN_FALSE));
+    EXPECT_FALSE(QTV_VX_LogMessageSeq_set_element_pointers_allocation(&seq, DDS_BOOLEAN_FALSE));
     EXPECT_TRUE(log.contains("Pointers allocation policy can be configured only when the maximum size of the sequence is 0"));
 
-    ASSERT_TRUE(ItemSeq_finalize(&seq));
-    expectBalanced();
+    ASSERT_TRUE(QTV_VX_LogMessageSeq_finalize(&seq));
 }
 
 TEST_F(SequenceTest, StringSequenceOwnsItsStrings) {

@@ -10,25 +10,19 @@
 #include <cstring>
 #include <vector>
 
+#include "../support/cdr_test_support.hpp"
 #include "platform/type_plugin.hpp"
-#include "type/vexarPlugin.h"
 
 namespace vexar_fuzz {
 
-template <typename T>
-struct Functions {
-    DDS_Boolean (*initialize)(T *);
-    void (*finalize)(T *);
-    DDS_Boolean (*fromBuffer)(T *, const char *, DDS_UnsignedLong);
-    DDS_Boolean (*toBuffer)(char *, DDS_UnsignedLong *, const T *);
-};
+using vexar_test::Plugin;
 
 template <typename T>
-std::vector<char> encode(const Functions<T> &f, const T &sample) {
+std::vector<char> encode(const T &sample) {
     DDS_UnsignedLong length = 0;
-    if (!f.toBuffer(nullptr, &length, &sample)) std::abort();
+    if (!Plugin<T>::toBuffer(nullptr, &length, &sample)) std::abort();
     std::vector<char> bytes(length);
-    if (!f.toBuffer(bytes.data(), &length, &sample) || length != bytes.size()) std::abort();
+    if (!Plugin<T>::toBuffer(bytes.data(), &length, &sample) || length != bytes.size()) std::abort();
     return bytes;
 }
 
@@ -54,41 +48,35 @@ inline bool checked(const vexar::cdr::Plan &form, const std::uint8_t *data, std:
 }
 
 template <typename T>
-void expectCheckAgrees(const Functions<T> &f, const vexar::cdr::TypePlan &plan, const std::uint8_t *data,
-                       std::size_t size, const T *decoded) {
+void expectCheckAgrees(const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size_t size,
+                       const T *decoded) {
     if (checked(plan.sample, data, size, nullptr) != (decoded != nullptr)) std::abort();
-    T keys{};
-    if (!f.initialize(&keys)) std::abort();
-    vexar::cdr::resetToInitialValues(plan.key, &keys);
-    if (checked(plan.keyOfSample, data, size, &keys) != (decoded != nullptr)) std::abort();
-    if (decoded != nullptr && keyOf(plan, keys) != keyOf(plan, *decoded)) std::abort();
-    f.finalize(&keys);
+    vexar_test::Owned<T> keys;
+    vexar::cdr::resetToInitialValues(plan.key, keys.get());
+    if (checked(plan.keyOfSample, data, size, keys.get()) != (decoded != nullptr)) std::abort();
+    if (decoded != nullptr && keyOf(plan, keys.sample) != keyOf(plan, *decoded)) std::abort();
 }
 
 template <typename T>
-int decode(const Functions<T> &f, const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size_t size) {
-    T first{}, second{};
-    if (!f.initialize(&first) || !f.initialize(&second)) std::abort();
-    bool decoded = f.fromBuffer(&first, reinterpret_cast<const char *>(data), static_cast<DDS_UnsignedLong>(size));
+int decode(const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size_t size) {
+    vexar_test::Owned<T> first, second;
+    bool decoded = Plugin<T>::fromBuffer(first.get(), reinterpret_cast<const char *>(data),
+                                         static_cast<DDS_UnsignedLong>(size));
     if (decoded) {
-        std::vector<char> encoded = encode(f, first);
-        if (!f.fromBuffer(&second, encoded.data(), static_cast<DDS_UnsignedLong>(encoded.size()))) std::abort();
-        if (encode(f, second) != encoded) std::abort();
+        std::vector<char> encoded = encode(first.sample);
+        if (!Plugin<T>::fromBuffer(second.get(), encoded.data(), static_cast<DDS_UnsignedLong>(encoded.size())))
+            std::abort();
+        if (encode(second.sample) != encoded) std::abort();
     }
-    expectCheckAgrees(f, plan, data, size, decoded ? &first : nullptr);
-    f.finalize(&first);
-    f.finalize(&second);
+    expectCheckAgrees(plan, data, size, decoded ? first.get() : nullptr);
     return 0;
 }
 
 }  // namespace vexar_fuzz
 
 // The fuzz target of Type.
-#define VEXAR_DECODER_FUZZ_TARGET(Type)                                                               \
-    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {               \
-        static const vexar_fuzz::Functions<Type> functions = {                                        \
-            Type##_initialize, Type##_finalize, Type##Plugin_deserialize_from_cdr_buffer,             \
-            Type##Plugin_serialize_to_cdr_buffer};                                                    \
+#define VEXAR_DECODER_FUZZ_TARGET(Type)                                                       \
+    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {       \
         const vexar::cdr::TypePlan &plan = vexar::cdr::TypePlugin<Type, Type##_get_typecode>::plan(); \
-        return vexar_fuzz::decode(functions, plan, data, size);                                       \
+        return vexar_fuzz::decode<Type>(plan, data, size);                                    \
     }

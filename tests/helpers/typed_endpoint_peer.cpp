@@ -1,12 +1,12 @@
 // The other process of the typed endpoint tests: writes or reads samples of
 // one topic type numbered 1..count.
 //
-//   typed_endpoint_peer write|read|read-best-effort LogMessage|State|CommandRequest|CommandResponse <domain> <topic> <count>
+//   typed_endpoint_peer write|read <registered type name> <domain> <topic> <count>
 //
 // The writer waits for a reader, writes, and stays until that reader has
-// gone, so its history outlives the reader's need. The reader exits 0 when
-// the samples arrived complete and in order. Each failure has its own exit
-// status.
+// gone, so its history outlives the reader's need. The reader, best effort,
+// exits 0 when the samples arrived complete and in order. Each failure has
+// its own exit status.
 #include <numeric>
 #include <string>
 
@@ -34,9 +34,9 @@ int writeSamples(int domain, const std::string &topic, int count) {
 }
 
 template <typename T>
-int readSamples(int domain, const std::string &topic, int count, bool bestEffort) {
+int readSamples(int domain, const std::string &topic, int count) {
     TypedParticipant<T> participant(domain, topic);
-    auto *reader = bestEffort ? participant.bestEffortReader() : participant.reader();
+    auto *reader = participant.bestEffortReader();
     if (reader == nullptr) return kSetup;
     std::vector<int> expected(static_cast<size_t>(count));
     std::iota(expected.begin(), expected.end(), 1);
@@ -46,7 +46,7 @@ int readSamples(int domain, const std::string &topic, int count, bool bestEffort
 template <typename T>
 int run(const std::string &role, int domain, const std::string &topic, int count) {
     if (role == "write") return writeSamples<T>(domain, topic, count);
-    if (role == "read" || role == "read-best-effort") return readSamples<T>(domain, topic, count, role != "read");
+    if (role == "read") return readSamples<T>(domain, topic, count);
     return kUsage;
 }
 
@@ -56,9 +56,13 @@ int main(int argc, char **argv) {
     if (argc != 6) return kUsage;
     std::string role = argv[1], type = argv[2], topic = argv[4];
     int domain = std::atoi(argv[3]), count = std::atoi(argv[5]);
-    if (type == "LogMessage") return run<QTV_VX_LogMessage>(role, domain, topic, count);
-    if (type == "State") return run<QTV_VX_ADMIN_State>(role, domain, topic, count);
-    if (type == "CommandRequest") return run<QTV_VX_ADMIN_CommandRequest>(role, domain, topic, count);
-    if (type == "CommandResponse") return run<QTV_VX_ADMIN_CommandResponse>(role, domain, topic, count);
+    if (type == TopicType<QTV_VX_LogMessage>::registeredTypeName)
+        return run<QTV_VX_LogMessage>(role, domain, topic, count);
+    if (type == TopicType<QTV_VX_ADMIN_State>::registeredTypeName)
+        return run<QTV_VX_ADMIN_State>(role, domain, topic, count);
+    if (type == TopicType<QTV_VX_ADMIN_CommandRequest>::registeredTypeName)
+        return run<QTV_VX_ADMIN_CommandRequest>(role, domain, topic, count);
+    if (type == TopicType<QTV_VX_ADMIN_CommandResponse>::registeredTypeName)
+        return run<QTV_VX_ADMIN_CommandResponse>(role, domain, topic, count);
     return kUsage;
 }

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <string>
 #include <vector>
 
@@ -19,49 +17,34 @@ namespace vexar_test {
 // A running logger with remote administration on.
 class AdministeredLogger : public LoggerSession {
 public:
-    explicit AdministeredLogger(int domain) : LoggerSession(administeredOptions(domain)) {}
+    explicit AdministeredLogger(int domain) : LoggerSession(loggerOptions(domain, 0, 1)) {}
     QTV_VX_HostAndAppId id() const {
         return {QTV_VX_DDSEntities_getRtpsHostId(logger()->_ddsEntities),
                 QTV_VX_DDSEntities_getRtpsAppId(logger()->_ddsEntities)};
     }
-
-private:
-    static OptionsPtr administeredOptions(int domain) {
-        OptionsPtr options = loggerOptions(domain);
-        QTV_VX_Options_setRemoteAdministrationEnabled(options.get(), 1);
-        return options;
-    }
 };
 
-// What a test looks at in a State sample, and when it was written.
-struct StateSeen {
-    QTV_VX_HostAndAppId id;
-    DDS_Long domainId;
-    QTV_VX_ADMIN_StateKind kind;
-    DDS_Long filterLevel;
-    std::array<QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity, QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH> verbosities;
-    QTV_VX_ADMIN_QTVLoggerPrintFormat printFormat;
+// A State sample as taken, without its text (whose loan ends), and when it
+// was written.
+struct StateSeen : QTV_VX_ADMIN_State {
     DDS_Time_t written;
 };
 
-struct ResponseSeen {
-    QTV_VX_HostAndAppId responder;
-    QTV_VX_HostAndAppId originator;
-    DDS_Long invocation;
-    QTV_VX_ADMIN_CommandResult result;
-    std::string message;
+// A response as taken, its message copied into `text` (the loan ends).
+struct ResponseSeen : QTV_VX_ADMIN_CommandResponse {
+    std::string text;
 };
 
 inline StateSeen seen(const QTV_VX_ADMIN_State &state, const DDS_SampleInfo &info) {
-    StateSeen result{state.hostAndAppId, state.administrationDomainId, state.state, state.filterLevel, {},
-                     state.qtvLoggerPrintFormat, info.source_timestamp};
-    std::copy(std::begin(state.qtvLoggerVerbosities), std::end(state.qtvLoggerVerbosities), result.verbosities.begin());
+    StateSeen result{state, info.source_timestamp};
+    result.applicationKind = nullptr;
     return result;
 }
 
 inline ResponseSeen seen(const QTV_VX_ADMIN_CommandResponse &response, const DDS_SampleInfo &) {
-    return {response.hostAndAppId, response.originatorHostAndAppId, response.invocation, response.commandResult,
-            response.message};
+    ResponseSeen result{response, response.message};
+    result.message = nullptr;
+    return result;
 }
 
 // A reader of T that keeps what it took, so a test can wait for a count.

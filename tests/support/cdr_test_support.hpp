@@ -13,6 +13,12 @@ namespace vexar_test {
 
 using Bytes = std::vector<unsigned char>;
 
+// Owns a pointer that `Release` gives back.
+template <auto Release>
+struct Releaser {
+    void operator()(auto *pointer) const { Release(pointer); }
+};
+
 // Builds CDR bytes by hand in one byte order; the test writes every header,
 // length and padding byte itself.
 class WireBytes {
@@ -21,11 +27,10 @@ public:
 
     // The encapsulation header: identifier big-endian, options 0.
     WireBytes &encapsulation(unsigned id) { return octets({id >> 8, id & 0xFFu, 0, 0}); }
-    WireBytes &u16(std::uint16_t v) { return put(v, 2); }
     WireBytes &u32(std::uint32_t v) { return put(v, 4); }
     WireBytes &i32(std::int32_t v) { return put(static_cast<std::uint32_t>(v), 4); }
     // A short parameter header.
-    WireBytes &pid(std::uint16_t id, std::uint16_t length) { return u16(id).u16(length); }
+    WireBytes &pid(std::uint16_t id, std::uint16_t length) { return put(id, 2).put(length, 2); }
     WireBytes &sentinel() { return pid(0x7F02, 0); }
     // A string's length (counting the NUL), characters and NUL; no padding.
     WireBytes &str(const std::string &text) {
@@ -65,9 +70,11 @@ struct Plugin;
     struct Plugin<T> {                                                                     \
         static constexpr auto initialize = T##_initialize;                                 \
         static constexpr auto finalize = T##_finalize;                                     \
+        static constexpr auto copy = T##_copy;                                             \
         static constexpr auto serialize = T##Plugin_serialize;                             \
         static constexpr auto skip = T##Plugin_skip;                                       \
         static constexpr auto fromBuffer = T##Plugin_deserialize_from_cdr_buffer;          \
+        static constexpr auto toBuffer = T##Plugin_serialize_to_cdr_buffer;                \
         static constexpr auto maxSize = T##Plugin_get_serialized_sample_max_size;          \
         static constexpr auto minSize = T##Plugin_get_serialized_sample_min_size;          \
         static constexpr auto sampleSize = T##Plugin_get_serialized_sample_size;           \
@@ -151,6 +158,12 @@ inline void fill(QTV_VX_ADMIN_CommandResponse &s) {
     s.commandResult = QTV_VX_COMMAND_RESULT_NOT_SUPPORTED;
     setText(s.message, "no such category");
 }
+
+// An owned sample holding the test values.
+template <typename T>
+struct Filled : Owned<T> {
+    Filled() { fill(this->sample); }
+};
 
 // Serializes with the stream API: encapsulation `id`, the whole sample.
 template <typename T>

@@ -20,11 +20,10 @@ namespace vexar_test {
 class ChildProcess {
 public:
     // Starts VEXAR_TEST_BIN_DIR/<program> with `arguments`.
-    ChildProcess(const std::string &program, const std::vector<std::string> &arguments) {
+    ChildProcess(const std::string &program, std::vector<std::string> arguments) {
         std::string path = std::string(VEXAR_TEST_BIN_DIR) + "/" + program;
         std::vector<char *> argv{path.data()};
-        std::vector<std::string> copies(arguments);
-        for (std::string &argument : copies) argv.push_back(argument.data());
+        for (std::string &argument : arguments) argv.push_back(argument.data());
         argv.push_back(nullptr);
         if (posix_spawn(&pid_, path.c_str(), nullptr, nullptr, argv.data(), environ) != 0) pid_ = -1;
     }

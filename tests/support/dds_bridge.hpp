@@ -1,116 +1,63 @@
-// Helpers for tests of the DDS entity layer: a participant that cleans up
-// after itself, registered topics, reliable keep-all endpoints, waiting, and
-// read or take into a typed sequence the way the typed readers do it.
+// Helpers for tests of the DDS entity layer: a participant with topics and
+// endpoints, and untyped read or take the way the typed readers do it.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <functional>
-#include <thread>
-
 #include "platform/data_reader.h"
-#include "platform/dds_string.h"
 #include "platform/data_writer.h"
-#include "platform/domain_participant.h"
-#include "platform/domain_participant_factory.h"
-#include "platform/publisher.h"
-#include "platform/subscriber.h"
-#include "platform/topic.h"
-#include "type/vexar.h"
-#include "type/vexarPlugin.h"
+#include "support/typed_topic.hpp"
 
 namespace vexar_test {
 
-inline constexpr const char *kLogTypeName = "com::qtv::vx::LogMessage";
-inline constexpr const char *kRequestTypeName = "com::qtv::vx::admin::CommandRequest";
-
-// Polls `condition` for up to five seconds.
-inline bool eventually(const std::function<bool()> &condition) {
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-}
-
-// One participant with a publisher and a subscriber; deletes all of it.
-class BridgeParticipant {
+// A participant that must delete cleanly, with topics registered through
+// the type plugins and reliable keep-all endpoints.
+class BridgeParticipant : public Participant {
 public:
-    explicit BridgeParticipant(int domain)
-        : factory_(DDS_DomainParticipantFactory_get_instance()),
-          participant_(DDS_DomainParticipantFactory_create_participant(factory_, domain, nullptr, nullptr, 0)) {
-        if (participant_ != nullptr) {
-            publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);
-            subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
-        }
-    }
-    ~BridgeParticipant() {
-        if (participant_ == nullptr) return;
-        EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant_), DDS_RETCODE_OK);
-        EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory_, participant_), DDS_RETCODE_OK);
-    }
-    BridgeParticipant(const BridgeParticipant &) = delete;
-    BridgeParticipant &operator=(const BridgeParticipant &) = delete;
+    using Participant::Participant;
+    ~BridgeParticipant() { EXPECT_EQ(deleteAll(), DDS_RETCODE_OK); }
 
-    DDS_DomainParticipant *get() const { return participant_; }
-    DDS_Publisher *publisher() const { return publisher_; }
-    DDS_Subscriber *subscriber() const { return subscriber_; }
-
-    // Registers the type (its plugin is deleted again) and makes the topic.
-    DDS_Topic *topic(const char *name, const char *typeName, OBLX_TypePlugin *(*newPlugin)(),
-                     void (*deletePlugin)(OBLX_TypePlugin *)) const {
-        OBLX_TypePlugin *plugin = newPlugin();
-        DDS_ReturnCode_t registered = DDS_DomainParticipant_register_type(participant_, typeName, plugin, nullptr);
-        deletePlugin(plugin);
+    // Registers T's plugin (deleted again: the participant keeps its own
+    // copy) and makes T's topic.
+    template <typename T>
+    DDS_Topic *topic() const {
+        using Type = TopicType<T>;
+        OBLX_TypePlugin *plugin = Type::pluginNew();
+        DDS_ReturnCode_t registered =
+            DDS_DomainParticipant_register_type(get(), Type::registeredTypeName, plugin, nullptr);
+        Type::pluginDelete(plugin);
         if (registered != DDS_RETCODE_OK) return nullptr;
-        return DDS_DomainParticipant_create_topic(participant_, name, typeName, nullptr, nullptr, 0);
+        return DDS_DomainParticipant_create_topic(get(), Type::topicName, Type::registeredTypeName, nullptr, nullptr,
+                                                  0);
     }
-    DDS_Topic *logTopic() const {
-        return topic("qtv/vexar", kLogTypeName, QTV_VX_LogMessagePlugin_new, QTV_VX_LogMessagePlugin_delete);
-    }
-    DDS_Topic *requestTopic() const {
-        return topic("qtv/vexar/administration/command_request", kRequestTypeName,
-                     QTV_VX_ADMIN_CommandRequestPlugin_new, QTV_VX_ADMIN_CommandRequestPlugin_delete);
-    }
+    DDS_Topic *logTopic() const { return topic<QTV_VX_LogMessage>(); }
 
-    DDS_DataWriter *writer(DDS_Topic *topic, const DDS_DataWriterListener *listener = nullptr,
-                           DDS_StatusMask mask = 0) const {
+    DDS_DataWriter *writer(DDS_Topic *topic) const {
         DDS_DataWriterQos qos = DDS_DataWriterQos_INITIALIZER;
         qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-        return DDS_Publisher_create_datawriter(publisher_, topic, &qos, listener, mask);
+        return DDS_Publisher_create_datawriter(publisher(), topic, &qos, nullptr, 0);
     }
-    DDS_DataReader *reader(DDS_TopicDescription *topic, const DDS_DataReaderListener *listener = nullptr,
-                           DDS_StatusMask mask = 0) const {
+    DDS_DataReader *reader(DDS_TopicDescription *topic) const {
         DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
         qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
         qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-        return DDS_Subscriber_create_datareader(subscriber_, topic, &qos, listener, mask);
+        return DDS_Subscriber_create_datareader(subscriber(), topic, &qos, nullptr, 0);
     }
-
-private:
-    DDS_DomainParticipantFactory *factory_;
-    DDS_DomainParticipant *participant_;
-    DDS_Publisher *publisher_ = nullptr;
-    DDS_Subscriber *subscriber_ = nullptr;
 };
 
-// A sequence of samples and its infos, read or taken as the typed readers
-// do it: on loan when the sequence is empty, else copied into it.
-template <typename Seq, typename Sample, DDS_Boolean (*loan)(Seq *, Sample **, DDS_Long, DDS_Long),
-          DDS_Boolean (*unloan)(Seq *), DDS_Boolean (*finalize)(Seq *)>
-struct Received {
-    Seq data = DDS_SEQUENCE_INITIALIZER;
+// Log messages and their infos, read or taken on loan through the untyped
+// reader as the typed readers do it.
+struct ReceivedLogMessages {
+    QTV_VX_LogMessageSeq data = DDS_SEQUENCE_INITIALIZER;
     DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
 
-    Received() = default;
-    ~Received() {
-        if (data._owned) finalize(&data);
+    ReceivedLogMessages() = default;
+    ~ReceivedLogMessages() {
+        if (data._owned) QTV_VX_LogMessageSeq_finalize(&data);
         if (infos._owned) DDS_SampleInfoSeq_finalize(&infos);
     }
-    Received(const Received &) = delete;
-    Received &operator=(const Received &) = delete;
+    ReceivedLogMessages(const ReceivedLogMessages &) = delete;
+    ReceivedLogMessages &operator=(const ReceivedLogMessages &) = delete;
 
     DDS_ReturnCode_t readOrTake(DDS_DataReader *reader, DDS_Long maxSamples, bool take,
                                 DDS_SampleStateMask sampleStates = DDS_ANY_SAMPLE_STATE) {
@@ -119,14 +66,13 @@ struct Received {
         DDS_Long count = 0;
         DDS_ReturnCode_t result = DDS_DataReader_read_or_take_untypedI(
             reader, &isLoan, &lent, &count, &infos, data._length, data._maximum, data._owned, data._contiguous_buffer,
-            sizeof(Sample), maxSamples, sampleStates, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE,
+            sizeof(QTV_VX_LogMessage), maxSamples, sampleStates, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE,
             take ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE);
-        if (result == DDS_RETCODE_OK && isLoan) {
-            EXPECT_TRUE(loan(&data, reinterpret_cast<Sample **>(lent), count, count));
-        } else if (result == DDS_RETCODE_OK) {
-            data._length = static_cast<DDS_UnsignedLong>(count);
-        } else {
-            data._length = 0;
+        data._length = 0;
+        if (result == DDS_RETCODE_OK) {
+            EXPECT_TRUE(isLoan) << "only an empty sequence is used";
+            EXPECT_TRUE(QTV_VX_LogMessageSeq_loan_discontiguous(&data, reinterpret_cast<QTV_VX_LogMessage **>(lent),
+                                                                 count, count));
         }
         return result;
     }
@@ -137,22 +83,15 @@ struct Received {
         DDS_ReturnCode_t result =
             DDS_DataReader_return_loan_untypedI(reader, reinterpret_cast<void **>(data._discontiguous_buffer),
                                                 static_cast<DDS_Long>(data._maximum), &infos);
-        if (result == DDS_RETCODE_OK) unloan(&data);
+        if (result == DDS_RETCODE_OK) QTV_VX_LogMessageSeq_unloan(&data);
         return result;
     }
     DDS_Long length() const { return static_cast<DDS_Long>(data._length); }
-    const Sample &at(DDS_Long i) const {
+    const QTV_VX_LogMessage &at(DDS_Long i) const {
         return data._discontiguous_buffer != nullptr ? *data._discontiguous_buffer[i] : data._contiguous_buffer[i];
     }
     const DDS_SampleInfo &info(DDS_Long i) const { return infos._contiguous_buffer[i]; }
 };
-
-using ReceivedLogMessages = Received<QTV_VX_LogMessageSeq, QTV_VX_LogMessage, QTV_VX_LogMessageSeq_loan_discontiguous,
-                                     QTV_VX_LogMessageSeq_unloan, QTV_VX_LogMessageSeq_finalize>;
-using ReceivedRequests =
-    Received<QTV_VX_ADMIN_CommandRequestSeq, QTV_VX_ADMIN_CommandRequest,
-             QTV_VX_ADMIN_CommandRequestSeq_loan_discontiguous, QTV_VX_ADMIN_CommandRequestSeq_unloan,
-             QTV_VX_ADMIN_CommandRequestSeq_finalize>;
 
 // How many samples `reader` holds, read (not taken) on loan.
 template <typename ReceivedSamples>
@@ -163,19 +102,5 @@ DDS_Long countReadable(DDS_DataReader *reader) {
     EXPECT_EQ(peek.returnLoan(reader), DDS_RETCODE_OK);
     return count;
 }
-
-// A log message sample that finalizes itself.
-struct LogMessage {
-    QTV_VX_LogMessage sample{};
-    LogMessage(DDS_Long level, const char *text) {
-        QTV_VX_LogMessage_initialize(&sample);
-        sample.hostAndAppId = {11, 22};
-        sample.level = level;
-        DDS_String_copy_bounded(sample.message, text, QTV_VX_LOG_MESSAGE_MESSAGE_MAX_LENGTH + 1);
-    }
-    ~LogMessage() { QTV_VX_LogMessage_finalize(&sample); }
-    LogMessage(const LogMessage &) = delete;
-    LogMessage &operator=(const LogMessage &) = delete;
-};
 
 }  // namespace vexar_test

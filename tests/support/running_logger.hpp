@@ -22,11 +22,11 @@ struct OptionsDeleter {
 using OptionsPtr = std::unique_ptr<QTV_VX_Options, OptionsDeleter>;
 
 // Remote administration off unless asked: most tests need no command reader.
-inline OptionsPtr loggerOptions(int domainId, DDS_Long echo = 0) {
+inline OptionsPtr loggerOptions(int domainId, DDS_Long echo = 0, DDS_Long remoteAdministration = 0) {
     OptionsPtr options(QTV_VX_Options_createDefault());
     QTV_VX_Options_setDomainId(options.get(), domainId);
     QTV_VX_Options_setEchoToStdout(options.get(), echo);
-    QTV_VX_Options_setRemoteAdministrationEnabled(options.get(), 0);
+    QTV_VX_Options_setRemoteAdministrationEnabled(options.get(), remoteAdministration);
     return options;
 }
 
@@ -38,9 +38,7 @@ public:
         logger_ = QTV_VX_Vexar_getInstance();
         EXPECT_NE(logger_, nullptr);
     }
-    ~LoggerSession() { QTV_VX_Vexar_finalizeInstance(); }
-    LoggerSession(const LoggerSession &) = delete;
-    LoggerSession &operator=(const LoggerSession &) = delete;
+    ~LoggerSession() { QTV_VX_Vexar_finalizeInstance(); }  // not copyable: it owns the options
 
     QTV_VX_Vexar *logger() const { return logger_; }
     QTV_VX_Options *options() const { return options_.get(); }
@@ -66,8 +64,6 @@ struct QueuedMessage {
     DDS_Long level;
     std::string category;
     std::string message;
-    DDS_Time_t writeTime;
-    QTV_VX_HostAndAppId hostAndAppId;
 };
 
 // Takes everything out of the queue, oldest first (the write thread must be
@@ -76,8 +72,7 @@ inline std::vector<QueuedMessage> drainQueue(QTV_VX_MessageQueue *queue) {
     std::vector<QueuedMessage> drained;
     const OBLX_Time_t noWait = OBLX_TIME_ZERO;
     while (const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(queue, &noWait)) {
-        drained.push_back({head->message.level, head->message.category, head->message.message, head->writeTime,
-                           head->message.hostAndAppId});
+        drained.push_back({head->message.level, head->message.category, head->message.message});
         QTV_VX_MessageQueue_pop(queue);
     }
     return drained;

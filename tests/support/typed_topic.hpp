@@ -33,7 +33,6 @@ inline void setText(char *buffer, size_t bound, const std::string &text) {
 inline void mark(QTV_VX_LogMessage &sample, int marker) {
     sample.hostAndAppId = {7, 8};
     sample.level = 600;
-    setText(sample.category, QTV_VX_LOG_MESSAGE_CATEGORY_MAX_LENGTH, "test");
     setText(sample.message, QTV_VX_LOG_MESSAGE_MESSAGE_MAX_LENGTH, "message " + std::to_string(marker));
 }
 inline int markerOf(const QTV_VX_LogMessage &sample) { return std::atoi(sample.message + sizeof "message"); }
@@ -84,6 +83,9 @@ inline bool eventuallyWithin(std::chrono::milliseconds timeout, const std::funct
     }
     return true;
 }
+inline bool eventually(const std::function<bool()> &condition) {
+    return eventuallyWithin(std::chrono::seconds(5), condition);
+}
 
 // Reliable and transient-local, keeping `depth` samples per instance: a
 // late reader gets the writer's history.
@@ -96,43 +98,62 @@ Qos historyQos(Qos qos, DDS_Long depth) {
     return qos;
 }
 
-// A participant with one topic of T (registered through the type support),
-// a publisher and a subscriber. Deleting it deletes everything it made.
-template <typename T>
-class TypedParticipant {
+// A participant with a publisher and a subscriber. Deleting it deletes
+// everything it made.
+class Participant {
 public:
-    using Type = TopicType<T>;
-
-    TypedParticipant(int domain, const std::string &topicName, DDS_Long depth = 16) : depth_(depth) {
-        participant_ = DDS_DomainParticipantFactory_create_participant(factory(), domain, nullptr, nullptr, 0);
-        if (participant_ == nullptr || Type::registerType(participant_, Type::registeredTypeName) != DDS_RETCODE_OK) return;
-        topic_ = DDS_DomainParticipant_create_topic(participant_, topicName.c_str(), Type::registeredTypeName, nullptr,
-                                                    nullptr, 0);
+    explicit Participant(int domain)
+        : participant_(DDS_DomainParticipantFactory_create_participant(factory(), domain, nullptr, nullptr, 0)) {
+        if (participant_ == nullptr) return;
         publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);
         subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
     }
-    ~TypedParticipant() {
-        if (participant_ == nullptr) return;
-        DDS_DomainParticipant_delete_contained_entities(participant_);
-        DDS_DomainParticipantFactory_delete_participant(factory(), participant_);
-    }
-    TypedParticipant(const TypedParticipant &) = delete;
-    TypedParticipant &operator=(const TypedParticipant &) = delete;
+    ~Participant() { deleteAll(); }
+    Participant(const Participant &) = delete;
+    Participant &operator=(const Participant &) = delete;
 
-    bool ready() const { return topic_ != nullptr && publisher_ != nullptr && subscriber_ != nullptr; }
-    DDS_DomainParticipant *participant() const { return participant_; }
+    DDS_DomainParticipant *get() const { return participant_; }
     DDS_Publisher *publisher() const { return publisher_; }
+    DDS_Subscriber *subscriber() const { return subscriber_; }
+
+    // OK, or the first failure (then the destructor tries again).
+    DDS_ReturnCode_t deleteAll() {
+        if (participant_ == nullptr) return DDS_RETCODE_OK;
+        DDS_ReturnCode_t result = DDS_DomainParticipant_delete_contained_entities(participant_);
+        if (result == DDS_RETCODE_OK) result = DDS_DomainParticipantFactory_delete_participant(factory(), participant_);
+        if (result == DDS_RETCODE_OK) participant_ = nullptr;
+        return result;
+    }
+
+private:
+    static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
+
+    DDS_DomainParticipant *participant_;
+    DDS_Publisher *publisher_ = nullptr;
+    DDS_Subscriber *subscriber_ = nullptr;
+};
+
+// A participant with one topic of T, registered through the type support.
+template <typename T>
+class TypedParticipant : public Participant {
+public:
+    using Type = TopicType<T>;
+
+    TypedParticipant(int domain, const std::string &topicName, DDS_Long depth = 16)
+        : Participant(domain), depth_(depth) {
+        if (get() == nullptr || Type::registerType(get(), Type::registeredTypeName) != DDS_RETCODE_OK) return;
+        topic_ = DDS_DomainParticipant_create_topic(get(), topicName.c_str(), Type::registeredTypeName, nullptr,
+                                                    nullptr, 0);
+    }
+
     DDS_Topic *topic() const { return topic_; }
 
     DDS_DataWriter *untypedWriter() const {
         DDS_DataWriterQos qos = historyQos(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER), depth_);
-        return topic_ == nullptr ? nullptr : DDS_Publisher_create_datawriter(publisher_, topic_, &qos, nullptr, 0);
+        return topic_ == nullptr ? nullptr : DDS_Publisher_create_datawriter(publisher(), topic_, &qos, nullptr, 0);
     }
     DDS_DataReader *untypedReader() const {
-        DDS_DataReaderQos qos = historyQos(DDS_DataReaderQos(DDS_DataReaderQos_INITIALIZER), depth_);
-        return topic_ == nullptr ? nullptr
-                                 : DDS_Subscriber_create_datareader(subscriber_, DDS_Topic_as_topicdescription(topic_),
-                                                                    &qos, nullptr, 0);
+        return createReader(historyQos(DDS_DataReaderQos(DDS_DataReaderQos_INITIALIZER), depth_));
     }
     typename Type::DataWriter *writer() const { return Type::narrowWriter(untypedWriter()); }
     typename Type::DataReader *reader() const { return Type::narrowReader(untypedReader()); }
@@ -140,19 +161,18 @@ public:
     typename Type::DataReader *bestEffortReader() const {
         DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
         qos.history = {DDS_KEEP_LAST_HISTORY_QOS, depth_};
-        return topic_ == nullptr ? nullptr
-                                 : Type::narrowReader(DDS_Subscriber_create_datareader(
-                                       subscriber_, DDS_Topic_as_topicdescription(topic_), &qos, nullptr, 0));
+        return Type::narrowReader(createReader(qos));
     }
 
 private:
-    static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
+    DDS_DataReader *createReader(const DDS_DataReaderQos &qos) const {
+        return topic_ == nullptr ? nullptr
+                                 : DDS_Subscriber_create_datareader(subscriber(), DDS_Topic_as_topicdescription(topic_),
+                                                                    &qos, nullptr, 0);
+    }
 
     DDS_Long depth_;
-    DDS_DomainParticipant *participant_ = nullptr;
     DDS_Topic *topic_ = nullptr;
-    DDS_Publisher *publisher_ = nullptr;
-    DDS_Subscriber *subscriber_ = nullptr;
 };
 
 // Whether the writer has found at least `count` readers.
