@@ -1,58 +1,18 @@
 // Message queue throughput, and proof that short messages cost no allocation.
 //
-// Heap allocations are counted by interposing malloc, calloc and realloc
-// (and so operator new) for the calls made while a thread has counting on.
-// Sanitizers own those functions, so sanitized builds count nothing.
+// Heap allocations are counted as bench/allocation_counter.hpp says.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <cstddef>
-#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "allocation_counter.hpp"
 #include "vexar/MessageQueue.h"
 
-extern "C" {
-void *__libc_malloc(size_t size);
-void *__libc_calloc(size_t count, size_t size);
-void *__libc_realloc(void *pointer, size_t size);
-}
-
-namespace {
-
-std::atomic<long long> allocationCount{0};
-thread_local bool countingAllocations = false;
-
-void noteAllocation() noexcept {
-    if (countingAllocations) {
-        allocationCount.fetch_add(1, std::memory_order_relaxed);
-    }
-}
-
-}  // namespace
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kCountsAllocations = false;
-#else
-constexpr bool kCountsAllocations = true;
-
-extern "C" {
-void *malloc(size_t size) {
-    noteAllocation();
-    return __libc_malloc(size);
-}
-void *calloc(size_t count, size_t size) {
-    noteAllocation();
-    return __libc_calloc(count, size);
-}
-void *realloc(void *pointer, size_t size) {
-    noteAllocation();
-    return __libc_realloc(pointer, size);
-}
-}
-#endif
+using vexar_bench::allocationCount;
+using vexar_bench::countingAllocations;
+using vexar_bench::kCountsAllocations;
 
 namespace {
 
