@@ -11,6 +11,8 @@
 
 #include <unistd.h>
 
+#include "platform/cyclone.hpp"
+#include "platform/domain_participant_factory.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "support/running_logger.hpp"
@@ -21,6 +23,7 @@ namespace {
 
 constexpr int kRegisteredDomain = domains::kLoggerBase + 0;
 constexpr int kCycleDomain = domains::kLoggerBase + 1;
+constexpr int kApplicationParticipantDomain = domains::kLoggerBase + 2;
 constexpr int kUnusableDomain = 250;  // Cyclone refuses ids above 232
 
 std::ptrdiff_t threadCount() {
@@ -103,6 +106,28 @@ TEST(LoggerLifecycle, TwoHundredCyclesLeaveThreadsAndMemoryFlat) {
 #if !defined(__SANITIZE_ADDRESS__)  // its quarantine holds freed memory; its leak checker judges instead
     EXPECT_LT(residentKilobytes() - residentBefore, 8 * 1024) << "kB grown over 200 cycles";
 #endif
+}
+
+// On a participant the application lent it, the logger publishes through
+// that participant and leaves it, empty, when finalized: a participant
+// deleted by the logger would be used after free here (ASan), and one with
+// entities left on it could not be deleted.
+TEST(LoggerLifecycle, LeavesTheApplicationsParticipantRunningAndEmpty) {
+    dds_entity_t cycloneParticipant = dds_create_participant(kApplicationParticipantDomain, nullptr, nullptr);
+    DDS_DomainParticipant *participant = OBLX_DomainParticipant_adoptCyclone(cycloneParticipant);
+    ASSERT_NE(participant, nullptr);
+    {
+        OptionsPtr options = loggerOptions(kApplicationParticipantDomain, 0, 1);
+        QTV_VX_Options_setDomainParticipant(options.get(), participant);
+        LoggerSession session(std::move(options));
+        ASSERT_NE(session.logger(), nullptr);
+        EXPECT_EQ(QTV_VX_DDSEntities_getDomainParticipant(session.logger()->_ddsEntities), participant);
+        QTV_VX_Vexar_info(session.logger(), "through the application's participant");
+    }
+    EXPECT_EQ(QTV_VX_Vexar_isVexarRunning(), 0);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(DDS_DomainParticipantFactory_get_instance(), participant),
+              DDS_RETCODE_OK);
+    EXPECT_GE(dds_delete(cycloneParticipant), 0) << "the application's participant lived on";
 }
 
 }  // namespace
