@@ -1,5 +1,7 @@
 #include "platform/owned_lock.hpp"
 
+#include "platform/spin_pause.hpp"
+
 namespace vexar::platform {
 
 namespace {
@@ -11,12 +13,6 @@ std::uintptr_t callingThread() noexcept {
     return reinterpret_cast<std::uintptr_t>(&tag);
 }
 
-void pause() noexcept {
-#if defined(__x86_64__) || defined(__i386__)
-    __builtin_ia32_pause();
-#endif
-}
-
 }  // namespace
 
 // Holders keep the lock for a few hundred nanoseconds at most, so a short
@@ -25,7 +21,7 @@ void LockWord::lockContended() noexcept {
     constexpr int kSpins = 100;
     for (int spin = 0; spin < kSpins; ++spin) {
         if (word_.load(std::memory_order_relaxed) == kFree && tryLock()) return;
-        pause();
+        spinPause();
     }
     while (word_.exchange(kHeldWithSleepers, std::memory_order_acquire) != kFree) {
         word_.wait(kHeldWithSleepers, std::memory_order_relaxed);

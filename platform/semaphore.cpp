@@ -10,6 +10,7 @@
 #include "platform/monotonic_time.hpp"
 #include "platform/posix_failure.hpp"
 #include "platform/report.h"
+#include "platform/spin_pause.hpp"
 
 using vexar::platform::posixCallSucceeded;
 
@@ -68,9 +69,7 @@ bool spinTake(OBLX_CountingSemaphore *self) noexcept {
     constexpr int kSpins = 200;
     for (int spin = 0; spin < kSpins; ++spin) {
         if (tryTake(self)) return true;
-#if defined(__x86_64__) || defined(__i386__)
-        __builtin_ia32_pause();
-#endif
+        vexar::platform::spinPause();
     }
     return false;
 }
