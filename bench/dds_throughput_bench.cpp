@@ -27,10 +27,10 @@
 #include <thread>
 #include <vector>
 
-#include "platform/domain_participant_factory.h"
 #include "platform/publisher.h"
 #include "platform/subscriber.h"
 #include "platform/topic.h"
+#include "support/participant.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 
@@ -56,45 +56,33 @@ Qos reliableKeepAll(Qos qos) {
 // A participant with the log topic and a publisher and subscriber.
 class BenchParticipant {
 public:
-    explicit BenchParticipant(int domain) {
-        participant_ = DDS_DomainParticipantFactory_create_participant(factory(), domain, nullptr, nullptr, 0);
+    explicit BenchParticipant(int domain) : participant_(domain) {
         const char *typeName = QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME;
-        if (participant_ == nullptr ||
-            QTV_VX_LogMessageTypeSupport_register_type(participant_, typeName) != DDS_RETCODE_OK) {
+        if (participant_.get() == nullptr ||
+            QTV_VX_LogMessageTypeSupport_register_type(participant_.get(), typeName) != DDS_RETCODE_OK) {
             return;
         }
-        topic_ = DDS_DomainParticipant_create_topic(participant_, "vexar/bench/throughput", typeName, nullptr,
+        topic_ = DDS_DomainParticipant_create_topic(participant_.get(), "vexar/bench/throughput", typeName, nullptr,
                                                     nullptr, 0);
-        publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);
-        subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
     }
-    ~BenchParticipant() {
-        if (participant_ == nullptr) return;
-        DDS_DomainParticipant_delete_contained_entities(participant_);
-        DDS_DomainParticipantFactory_delete_participant(factory(), participant_);
-    }
-    BenchParticipant(const BenchParticipant &) = delete;
-    BenchParticipant &operator=(const BenchParticipant &) = delete;
 
     DDS_DataWriter *writer(bool batched) const {
         DDS_DataWriterQos qos = reliableKeepAll(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER));
         qos.batch.enable = batched ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
-        return topic_ == nullptr ? nullptr : DDS_Publisher_create_datawriter(publisher_, topic_, &qos, nullptr, 0);
+        return topic_ == nullptr ? nullptr
+                                 : DDS_Publisher_create_datawriter(participant_.publisher(), topic_, &qos, nullptr, 0);
     }
     DDS_DataReader *reader(const DDS_DataReaderListener &listener) const {
         DDS_DataReaderQos qos = reliableKeepAll(DDS_DataReaderQos(DDS_DataReaderQos_INITIALIZER));
         return topic_ == nullptr ? nullptr
-                                 : DDS_Subscriber_create_datareader(subscriber_, DDS_Topic_as_topicdescription(topic_),
-                                                                    &qos, &listener, DDS_DATA_AVAILABLE_STATUS);
+                                 : DDS_Subscriber_create_datareader(participant_.subscriber(),
+                                                                    DDS_Topic_as_topicdescription(topic_), &qos,
+                                                                    &listener, DDS_DATA_AVAILABLE_STATUS);
     }
 
 private:
-    static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
-
-    DDS_DomainParticipant *participant_ = nullptr;
+    vexar_test::Participant participant_;
     DDS_Topic *topic_ = nullptr;
-    DDS_Publisher *publisher_ = nullptr;
-    DDS_Subscriber *subscriber_ = nullptr;
 };
 
 // The sample every write sends: one application, level INFO, 100 characters.

@@ -11,9 +11,9 @@
 // between two takes).
 #pragma once
 
-#include "platform/domain_participant_factory.h"
 #include "platform/subscriber.h"
 #include "platform/topic.h"
+#include "support/participant.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 
@@ -21,27 +21,22 @@ namespace vexar_test {
 
 class LogSubscriber {
 public:
-    explicit LogSubscriber(int domain) {
-        participant_ = DDS_DomainParticipantFactory_create_participant(factory(), domain, nullptr, nullptr, 0);
-        if (participant_ == nullptr || QTV_VX_LogMessageTypeSupport_register_type(
-                                           participant_, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME) != DDS_RETCODE_OK) {
+    explicit LogSubscriber(int domain) : participant_(domain) {
+        DDS_DomainParticipant *participant = participant_.get();
+        if (participant == nullptr || participant_.subscriber() == nullptr ||
+            QTV_VX_LogMessageTypeSupport_register_type(participant, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME) !=
+                DDS_RETCODE_OK) {
             return;
         }
-        DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant_, QTV_VX_LOG_TOPIC_NAME,
+        DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant, QTV_VX_LOG_TOPIC_NAME,
                                                               QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME, nullptr,
                                                               nullptr, 0);
-        DDS_Subscriber *subscriber = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
-        if (topic == nullptr || subscriber == nullptr) return;
+        if (topic == nullptr) return;
         DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
         qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
         qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
         reader_ = QTV_VX_LogMessageDataReader_narrow(DDS_Subscriber_create_datareader(
-            subscriber, DDS_Topic_as_topicdescription(topic), &qos, nullptr, 0));
-    }
-    ~LogSubscriber() {
-        if (participant_ == nullptr) return;
-        DDS_DomainParticipant_delete_contained_entities(participant_);
-        DDS_DomainParticipantFactory_delete_participant(factory(), participant_);
+            participant_.subscriber(), DDS_Topic_as_topicdescription(topic), &qos, nullptr, 0));
     }
     LogSubscriber(const LogSubscriber &) = delete;
     LogSubscriber &operator=(const LogSubscriber &) = delete;
@@ -83,9 +78,7 @@ private:
     // largest batch ever taken on a reader into later loans.
     static constexpr DDS_Long kBatch = 256;
 
-    static DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
-
-    DDS_DomainParticipant *participant_ = nullptr;
+    Participant participant_;
     QTV_VX_LogMessageDataReader *reader_ = nullptr;
 };
 
