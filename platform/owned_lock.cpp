@@ -28,14 +28,20 @@ void LockWord::lockContended() noexcept {
     }
 }
 
+// The swap comes first: on a lock that another core used last, reading the
+// holder before swapping would fetch the line twice, once to read and once
+// to own it. A caller that holds the lock fails the swap and finds itself
+// named as holder, since only it writes its own name there.
 bool OwnedLock::take() noexcept {
     const std::uintptr_t caller = callingThread();
-    if (holder_.load(std::memory_order_relaxed) == caller) {
-        if (!recursive_) return false;
-        ++depth_;
-        return true;
+    if (!word_.tryLock()) {
+        if (holder_.load(std::memory_order_relaxed) == caller) {
+            if (!recursive_) return false;
+            ++depth_;
+            return true;
+        }
+        word_.lock();
     }
-    word_.lock();
     holder_.store(caller, std::memory_order_relaxed);
     depth_ = 1;
     return true;

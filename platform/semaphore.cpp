@@ -32,6 +32,8 @@ struct OBLX_CountingSemaphore {
 
 namespace {
 
+constexpr DDS_Long kCountLimit = std::numeric_limits<DDS_Long>::max() / 2;
+
 int initializeMonotonicCondition(pthread_cond_t *condition) noexcept {
     pthread_condattr_t attributes;
     int error = pthread_condattr_init(&attributes);
@@ -151,13 +153,16 @@ OBLX_SyncResult OBLX_CountingSemaphore_give(OBLX_CountingSemaphore *self) {
         OBLX_Report_badParameter(context, "self");
         return OBLX_SYNC_ERROR;
     }
-    DDS_Long count = self->count.load(std::memory_order_relaxed);
-    do {
-        if (count == std::numeric_limits<DDS_Long>::max()) {
-            OBLX_Report_failure(context, "count at its maximum");
-            return OBLX_SYNC_ERROR;
-        }
-    } while (!self->count.compare_exchange_weak(count, count + 1));
+    // One add, not a read and then a swap: the consumer's takes keep the
+    // count's line on its core, and each access would fetch it anew. A give
+    // that finds the count at the limit takes its add back; the limit lies
+    // far enough below the type's maximum that concurrent givers cannot
+    // carry it over.
+    if (self->count.fetch_add(1) >= kCountLimit) {
+        self->count.fetch_sub(1);
+        OBLX_Report_failure(context, "count at its maximum");
+        return OBLX_SYNC_ERROR;
+    }
     if (self->sleepers.load() > 0) {
         // Under the mutex, so the signal cannot fall between a sleeper's
         // look at the count and its wait.

@@ -14,7 +14,8 @@ typedef struct OBLX_CountingSemaphore OBLX_CountingSemaphore;
 VEXAR_API OBLX_CountingSemaphore *OBLX_CountingSemaphore_new(DDS_Long initialCount);
 /* Accepts null. No thread may be waiting on it. */
 VEXAR_API void OBLX_CountingSemaphore_delete(OBLX_CountingSemaphore *self);
-/* Adds one to the count, waking one waiter. */
+/* Adds one to the count, waking one waiter. Refused (reported) when the
+ * count has reached 2^30 - 1. */
 VEXAR_API OBLX_SyncResult OBLX_CountingSemaphore_give(OBLX_CountingSemaphore *self);
 /* Takes one from the count, waiting while it is zero: without limit when
  * `timeout` is null, otherwise at most `timeout` (a duration; zero or
