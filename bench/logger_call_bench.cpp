@@ -9,11 +9,16 @@
 // Calls come in bursts smaller than the queue, and each burst waits until
 // the previous one was drained, so no call meets a full queue (a full queue
 // drops the message and prints a warning: a different cost, not the one
-// measured here). Both loggers get the same bursts. The logger runs on
-// loopback (CYCLONEDDS_URI) without a subscriber.
+// measured here). The loggers take turns burst by burst, together with an
+// empty call that measures the two clock reads around each call, so that a
+// change of the host's speed during the run meets all three alike. Each
+// figure is printed as timed and net of the clock reads' median. The logger
+// runs on loopback (CYCLONEDDS_URI) without a subscriber.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -50,21 +55,14 @@ struct Percentiles {
     double p99;
 };
 
-Percentiles percentilesOf(std::vector<long> &nanoseconds) {
-    std::sort(nanoseconds.begin(), nanoseconds.end());
-    auto at = [&](double fraction) {
-        return static_cast<double>(nanoseconds[static_cast<size_t>(fraction * (nanoseconds.size() - 1))]);
-    };
-    return {at(0.5), at(0.99)};
-}
-
-// Times each call of `call` in bursts; `drained` waits until the logger has
-// caught up between two bursts.
-template <typename Call, typename Drained>
-Percentiles timeEachCall(Call call, Drained drained) {
+// One kind of call, timed burst after burst.
+struct TimedCall {
+    const char *name;
+    std::function<void()> call;
+    std::function<void()> drained;  // waits until the logger caught up
     std::vector<long> nanoseconds;
-    nanoseconds.reserve(static_cast<size_t>(kBursts) * kCallsPerBurst);
-    for (int burst = 0; burst < kBursts; ++burst) {
+
+    void burst() {
         for (int i = 0; i < kCallsPerBurst; ++i) {
             auto start = Clock::now();
             call();
@@ -73,12 +71,21 @@ Percentiles timeEachCall(Call call, Drained drained) {
         }
         drained();
     }
-    return percentilesOf(nanoseconds);
-}
 
-// The cost of the two clock reads around an empty call.
-Percentiles timerOverhead() {
-    return timeEachCall([] {}, [] {});
+    Percentiles percentiles() {
+        std::sort(nanoseconds.begin(), nanoseconds.end());
+        auto at = [&](double fraction) {
+            return static_cast<double>(nanoseconds[static_cast<size_t>(fraction * (nanoseconds.size() - 1))]);
+        };
+        return {at(0.5), at(0.99)};
+    }
+};
+
+void timeInTurns(std::vector<TimedCall> &calls) {
+    for (TimedCall &timed : calls) timed.nanoseconds.reserve(static_cast<size_t>(kBursts) * kCallsPerBurst);
+    for (int burst = 0; burst < kBursts; ++burst) {
+        for (TimedCall &timed : calls) timed.burst();
+    }
 }
 
 template <typename Call>
@@ -94,68 +101,68 @@ void waitUntil(const auto &condition) {
     }
 }
 
-void printRow(const char *name, Percentiles figures) {
-    std::printf("%-44s median %7.0f ns   p99 %7.0f ns\n", name, figures.median, figures.p99);
+void printTimed(const char *name, Percentiles timed, double timerMedian) {
+    std::printf("%-44s median %5.0f ns   p99 %6.0f ns   net of the clock: median %5.0f ns   p99 %6.0f ns\n", name,
+                timed.median, timed.p99, timed.median - timerMedian, timed.p99 - timerMedian);
 }
 
-struct VexarFigures {
-    Percentiles accepted;
-    double filtered;
-};
-
-bool runVexar(VexarFigures &figures) {
-    vexar_bench::BenchLogger running(kDomain, kQueueSize);
-    QTV_VX_Vexar *logger = running.get();
-    if (logger == nullptr) return false;
-    figures.accepted = timeEachCall([&] { QTV_VX_Vexar_info(logger, kMessage.c_str()); },
-                                    [&] { running.waitUntilDrained(); });
-    QTV_VX_Vexar_setFilterLevel(logger, QTV_VX_LOG_LEVEL_WARNING);
-    figures.filtered = meanNanoseconds([&] { QTV_VX_Vexar_info(logger, kMessage.c_str()); }, kFilteredCalls);
-    vexar::CallOutcomes calls = vexar::callOutcomesOfThisThread();
-    std::printf("Vexar: %llu calls queued, %llu dropped, %llu refused\n",
-                static_cast<unsigned long long>(calls.queued), static_cast<unsigned long long>(calls.dropped),
-                static_cast<unsigned long long>(calls.refused));
-    return true;
-}
+void printMean(const char *name, double nanoseconds) { std::printf("%-44s mean %7.1f ns\n", name, nanoseconds); }
 
 #ifdef VEXAR_HAVE_SPDLOG
-struct SpdlogFigures {
-    Percentiles accepted;
-    double filtered;
-};
+struct SpdlogRun {
+    SpdlogRun() {
+        spdlog::init_thread_pool(kQueueSize, 1);
+        logger = spdlog::create_async<spdlog::sinks::null_sink_mt>("bench");
+    }
+    ~SpdlogRun() { spdlog::shutdown(); }
+    SpdlogRun(const SpdlogRun &) = delete;
+    SpdlogRun &operator=(const SpdlogRun &) = delete;
 
-SpdlogFigures runSpdlog() {
-    spdlog::init_thread_pool(kQueueSize, 1);
-    auto logger = spdlog::create_async<spdlog::sinks::null_sink_mt>("bench");
-    SpdlogFigures figures{};
-    auto drained = [] { waitUntil([] { return spdlog::thread_pool()->queue_size() == 0; }); };
-    figures.accepted = timeEachCall([&] { logger->info(kMessage); }, drained);
-    logger->set_level(spdlog::level::warn);
-    figures.filtered = meanNanoseconds([&] { logger->info(kMessage); }, kFilteredCalls);
-    spdlog::shutdown();
-    return figures;
-}
+    static void drained() {
+        waitUntil([] { return spdlog::thread_pool()->queue_size() == 0; });
+    }
+
+    std::shared_ptr<spdlog::logger> logger;
+};
 #endif
 
 }  // namespace
 
 int main() {
-    printRow("timer overhead (two steady_clock reads)", timerOverhead());
-    VexarFigures vexar{};
-    if (!runVexar(vexar)) {
+    vexar_bench::BenchLogger running(kDomain, kQueueSize);
+    QTV_VX_Vexar *vexar = running.get();
+    if (vexar == nullptr) {
         std::fprintf(stderr, "the logger could not be created\n");
         return 1;
     }
-    printRow("accepted: QTV_VX_Vexar_info, 100 chars", vexar.accepted);
+    std::vector<TimedCall> calls;
+    calls.push_back({"timer overhead (two steady_clock reads)", [] {}, [] {}, {}});
+    calls.push_back({"accepted: QTV_VX_Vexar_info, 100 chars", [&] { QTV_VX_Vexar_info(vexar, kMessage.c_str()); },
+                     [&] { running.waitUntilDrained(); }, {}});
 #ifdef VEXAR_HAVE_SPDLOG
-    SpdlogFigures spdlog = runSpdlog();
-    printRow("accepted: spdlog async, null sink, 100 chars", spdlog.accepted);
-#else
+    SpdlogRun spdlogRun;
+    calls.push_back({"accepted: spdlog async, null sink, 100 chars", [&] { spdlogRun.logger->info(kMessage); },
+                     &SpdlogRun::drained, {}});
+#endif
+    timeInTurns(calls);
+    const Percentiles timer = calls.front().percentiles();
+    std::printf("%-44s median %5.0f ns   p99 %6.0f ns\n", calls.front().name, timer.median, timer.p99);
+    for (size_t i = 1; i < calls.size(); ++i) printTimed(calls[i].name, calls[i].percentiles(), timer.median);
+#ifndef VEXAR_HAVE_SPDLOG
     std::printf("spdlog not found at configuration: no comparison\n");
 #endif
-    std::printf("%-44s mean %9.1f ns\n", "filtered: QTV_VX_Vexar_info below the level", vexar.filtered);
+
+    QTV_VX_Vexar_setFilterLevel(vexar, QTV_VX_LOG_LEVEL_WARNING);
+    printMean("filtered: QTV_VX_Vexar_info below the level",
+              meanNanoseconds([&] { QTV_VX_Vexar_info(vexar, kMessage.c_str()); }, kFilteredCalls));
 #ifdef VEXAR_HAVE_SPDLOG
-    std::printf("%-44s mean %9.1f ns\n", "filtered: spdlog info below the level", spdlog.filtered);
+    spdlogRun.logger->set_level(spdlog::level::warn);
+    printMean("filtered: spdlog info below the level",
+              meanNanoseconds([&] { spdlogRun.logger->info(kMessage); }, kFilteredCalls));
 #endif
+    vexar::CallOutcomes outcomes = vexar::callOutcomesOfThisThread();
+    std::printf("Vexar: %llu calls queued, %llu dropped, %llu refused\n",
+                static_cast<unsigned long long>(outcomes.queued), static_cast<unsigned long long>(outcomes.dropped),
+                static_cast<unsigned long long>(outcomes.refused));
     return 0;
 }
