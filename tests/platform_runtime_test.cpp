@@ -39,8 +39,8 @@ TEST(CountingSemaphore, EachGiveAllowsExactlyOneTakeAndAnEmptyTakeTimesOut) {
     OBLX_CountingSemaphore_delete(sem);
 }
 
-// Null handles, a give without a take and a second take by the holder are
-// reported instead of crashing or hanging.
+// Null handles, a give without a take, a second take by the holder and a
+// give past the count's limit are reported instead of crashing or hanging.
 TEST(SyncMisuse, IsReportedInsteadOfCrashingOrHanging) {
     LogCapture log;
     EXPECT_EQ(OBLX_CountingSemaphore_take(nullptr, nullptr), OBLX_SYNC_ERROR);
@@ -55,7 +55,19 @@ TEST(SyncMisuse, IsReportedInsteadOfCrashingOrHanging) {
     EXPECT_EQ(OBLX_Mutex_take(mutex), OBLX_SYNC_ERROR);  // already held by this thread
     EXPECT_EQ(OBLX_Mutex_give(mutex), OBLX_SYNC_OK);
     OBLX_Mutex_delete(mutex);
-    for (const char *source : {"OBLX_CountingSemaphore_take", "OBLX_Mutex_take", "OBLX_Mutex_give", "OBLX_GlobalLock_give"})
+
+    // A give at the count's limit is taken back whole: the count still allows
+    // its takes, and one take makes room for a give again.
+    const OBLX_Time_t noWait = OBLX_TIME_ZERO;
+    OBLX_CountingSemaphore *full = OBLX_CountingSemaphore_new((1 << 30) - 1);
+    ASSERT_NE(full, nullptr);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(full), OBLX_SYNC_ERROR);
+    EXPECT_EQ(OBLX_CountingSemaphore_take(full, &noWait), OBLX_SYNC_OK);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(full), OBLX_SYNC_OK);
+    EXPECT_EQ(OBLX_CountingSemaphore_give(full), OBLX_SYNC_ERROR);
+    OBLX_CountingSemaphore_delete(full);
+    for (const char *source : {"OBLX_CountingSemaphore_take", "OBLX_CountingSemaphore_give", "OBLX_Mutex_take",
+                               "OBLX_Mutex_give", "OBLX_GlobalLock_give"})
         EXPECT_TRUE(log.contains(source)) << source << " in " << log.text();
 }
 
