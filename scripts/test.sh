@@ -16,15 +16,11 @@ vexar_build build/test
 ctest_run build/test
 
 phase "AddressSanitizer + UndefinedBehaviorSanitizer"
-export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
-export LSAN_OPTIONS="suppressions=$VEXAR_ROOT/tests/sanitizers/lsan.supp:print_suppressions=0"
-export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 vexar_configure build/asan -DCMAKE_BUILD_TYPE=Debug -DVEXAR_WERROR=ON -DVEXAR_SANITIZE=ON -DVEXAR_BUILD_BENCH=OFF
 vexar_build build/asan
 ctest_run build/asan
 
 phase "ThreadSanitizer (concurrency tests)"
-export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$VEXAR_ROOT/tests/sanitizers/tsan.supp"
 vexar_configure build/tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_WERROR=ON -DVEXAR_TSAN=ON -DVEXAR_BUILD_BENCH=OFF -DVEXAR_BUILD_TOOLS=OFF
 vexar_build build/tsan
 ctest_run build/tsan -R 'Concurrency'
