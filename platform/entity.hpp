@@ -36,6 +36,7 @@
 #include "platform/publisher.h"
 #include "platform/qos_cyclone.hpp"
 #include "platform/report.h"
+#include "platform/sample_array.hpp"
 #include "platform/sample_info.h"
 #include "platform/subscriber.h"
 #include "platform/topic.h"
@@ -177,10 +178,22 @@ struct DDS_DataWriterImpl : DDS_EntityImpl {
 // sample pointer array is what the application's sequence holds, so it
 // names the loan when it comes back.
 // A returned loan keeps its buffers for the next take of its reader.
+// Samples lent to the application: a reader's own array of initialized
+// samples, which a read or take fills as it would an application's buffer,
+// kept from loan to loan so that a loaned read allocates nothing.
 struct ReaderLoan {
-    std::vector<void *> samples;
+    explicit ReaderLoan(const DDS_TypeCode &type) noexcept : type(type) {}
+    ~ReaderLoan() { vexar::sample::array::destroy(type, base); }
+    ReaderLoan(const ReaderLoan &) = delete;
+    ReaderLoan &operator=(const ReaderLoan &) = delete;
+
+    std::uint32_t capacity() const noexcept { return static_cast<std::uint32_t>(samples.size()); }
+
+    const DDS_TypeCode &type;
+    void *base = nullptr;                         // the array of capacity() samples
+    std::vector<void *> samples;                  // their addresses, the sequence's buffer while lent
     std::vector<DDS_SampleInfo> infos;
-    std::vector<dds_sample_info_t> cycloneInfos;  // what the take fills, converted into infos
+    std::vector<dds_sample_info_t> cycloneInfos;  // what a read fills, converted into infos
     std::int32_t count = 0;
 };
 
@@ -208,14 +221,12 @@ struct DDS_DataReaderImpl : DDS_EntityImpl {
     OBLX_TypePluginEndpointData *endpointData = nullptr;
     ListenerSlot<DDS_DataReaderListener> listener;
 
-    // Serializes this reader's loaned reads and takes (Cyclone's cached loan
-    // array must not grow between sizing our pointer array and the take)
-    // and the creation and deletion of its conditions (lock order, see
+    // Serializes this reader's loaned reads and takes, its loans, and the
+    // creation and deletion of its conditions (lock order, see
     // reader_read.cpp).
     mutable std::mutex loanMutex;
     std::vector<std::unique_ptr<ReaderLoan>> loans;      // under loanMutex
     std::vector<std::unique_ptr<ReaderLoan>> idleLoans;  // under loanMutex: returned, for reuse
-    std::uint32_t largestLoan = 0;                       // under loanMutex
     std::vector<std::unique_ptr<DDS_ReadConditionImpl>> conditions;  // under the participant's mutex
 };
 

@@ -1,22 +1,19 @@
 // Untyped read and take on Cyclone, with loans and with copies.
 //
-// On loan: Cyclone lends its samples when the buffer's first pointer is
-// null, and allocates (and initializes, string buffers included) as many
-// samples as it is asked for. So a loaned read first counts the reader
-// cache with dds_reader_lock_samples and asks for at most that many; the
-// count leaves the cache locked for the read or take that follows (with
-// DDS_READ_WITHOUT_LOCK), so nothing may fail in between: the buffers are
-// allocated before, and growing them after counting falls back to a
-// shorter take. Cyclone keeps one cached loan array per reader and, in
-// 0.10.2, writes as many pointers as that array has elements (the largest
-// count ever asked for) into the caller's pointer buffer whatever the count
-// of this call, so our pointer buffer is never smaller than that.
+// On loan: the reader lends samples of its own, an array of initialized
+// samples kept from loan to loan, which Cyclone fills as it fills an
+// application's buffer (decoding into each). So nothing of Cyclone's is
+// lent or returned, and a take needs no count first: it takes in rounds
+// until one comes back short, doubling the room after a full one. A read
+// cannot go in rounds (the second would read the first's samples again), so
+// it counts the cache with dds_reader_lock_samples, which leaves the cache
+// locked for the read that follows (DDS_READ_WITHOUT_LOCK); the room is
+// made in between, and if it cannot be, the read is cut to what fits.
 //
-// Lock order: counting takes Cyclone's reader lock, then its cache lock;
-// the loaned take that follows takes the reader lock again under the cache
-// lock. The reader's loan mutex serializes both, and every other operation
-// of ours that takes the two Cyclone locks (creating and deleting read
-// conditions), so they cannot meet in the opposite order.
+// Lock order: counting takes Cyclone's reader lock, then its cache lock, and
+// no read into our buffers takes the reader lock again; the reader's loan
+// mutex serializes the loaned reads and every other operation of ours that
+// takes the two Cyclone locks (creating and deleting read conditions).
 //
 // With copies: the caller's initialized elements are the buffer; Cyclone
 // decodes each sample straight into one, at most the sequence's maximum.
@@ -80,39 +77,31 @@ DDS_ReturnCode_t failed(dds_return_t result, const char *context) noexcept {
     return reportCycloneFailure(context, "read or take", result);
 }
 
-// Grows the loan's buffers to `count` samples (never shrinks them).
-void growLoan(ReaderLoan &loan, std::uint32_t count) {
-    if (count > loan.samples.size()) loan.samples.resize(count, nullptr);
-    if (count > loan.infos.size()) loan.infos.resize(count);
-    if (count > loan.cycloneInfos.size()) loan.cycloneInfos.resize(count);
-}
-
-// A loan whose buffers hold at least `count` samples and the largest count
-// Cyclone may write pointers for, sized before the reader cache is locked:
-// a returned one when there is one, so that a take allocates nothing.
-std::unique_ptr<ReaderLoan> prepareLoan(DDS_DataReaderImpl &reader, std::uint32_t count) {
-    std::unique_ptr<ReaderLoan> loan;
-    if (reader.idleLoans.empty()) {
-        loan = std::make_unique<ReaderLoan>();
-    } else {
-        loan = std::move(reader.idleLoans.back());
-        reader.idleLoans.pop_back();
-    }
-    growLoan(*loan, std::max(count, reader.largestLoan));
-    loan->samples[0] = nullptr;  // asks Cyclone to lend
-    return loan;
-}
-
-// Grows the loan's buffers while the reader cache is locked; on failure the
-// take is cut to what fits, which still unlocks the cache.
-std::uint32_t growLockedLoan(ReaderLoan &loan, std::uint32_t count) noexcept {
+// Grows the loan to `count` samples (never shrinks it); false when memory
+// ran out, the loan then as it was.
+bool growLoan(ReaderLoan &loan, std::uint32_t count) noexcept {
+    if (count <= loan.capacity()) return true;
     try {
-        growLoan(loan, count);
-        return count;
+        loan.infos.resize(count);
+        loan.cycloneInfos.resize(count);
+        loan.samples.reserve(count);
     } catch (...) {
-        return static_cast<std::uint32_t>(
-            std::min({loan.samples.size(), loan.infos.size(), loan.cycloneInfos.size()}));
+        return false;
     }
+    void *base = sample::array::resize(loan.type, loan.base, count);
+    if (base == nullptr) return false;
+    loan.base = base;
+    loan.samples.resize(count);
+    sample::array::listElements(loan.type, base, count, loan.samples.data());
+    return true;
+}
+
+// A returned loan when there is one, else a new empty one.
+std::unique_ptr<ReaderLoan> prepareLoan(DDS_DataReaderImpl &reader) {
+    if (reader.idleLoans.empty()) return std::make_unique<ReaderLoan>(*reader.description.type.plugin.type_code);
+    std::unique_ptr<ReaderLoan> loan = std::move(reader.idleLoans.back());
+    reader.idleLoans.pop_back();
+    return loan;
 }
 
 // Cyclone's infos, converted in place over the loan's DDS_SampleInfo array.
@@ -140,9 +129,8 @@ DDS_ReturnCode_t idle(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> lo
 DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> loan, const Destination &out,
                       const char *context) {
     if (!DDS_SampleInfoSeq_loan_contiguous(out.infos, loan->infos.data(), loan->count, loan->count)) {
-        dds_return_loan(reader.handle, loan->samples.data(), loan->count);
         OBLX_Report_failure(context, "cannot loan the sample infos");
-        return DDS_RETCODE_ERROR;
+        return idle(reader, std::move(loan), DDS_RETCODE_ERROR);
     }
     *out.received = loan->samples.data();
     *out.count = loan->count;
@@ -151,21 +139,53 @@ DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> lo
     return DDS_RETCODE_OK;
 }
 
-// The count to take is what the cache holds, at most `maxSamples`: Cyclone
-// allocates (and initializes) as many samples as it is asked for.
+constexpr std::uint32_t kFirstRoom = 8;
+constexpr dds_return_t kNoMemory = -DDS_RETCODE_OUT_OF_RESOURCES;  // as Cyclone reports it
+
+std::uint32_t doubled(std::uint32_t room, std::uint32_t limit) noexcept {
+    return room > limit / 2 ? limit : 2 * room;
+}
+
+// Takes round after round into the loan; the count taken, or a failure when
+// nothing could be taken.
+dds_return_t takeInRounds(ReaderLoan &loan, const Selection &selection, std::uint32_t limit) noexcept {
+    std::uint32_t taken = 0;
+    std::uint32_t room = std::min(limit, std::max(loan.capacity(), kFirstRoom));
+    for (;;) {
+        if (!growLoan(loan, room)) {
+            if (taken == loan.capacity()) return taken > 0 ? static_cast<dds_return_t>(taken) : kNoMemory;
+            room = loan.capacity();
+        }
+        const std::uint32_t wanted = room - taken;
+        dds_return_t result =
+            readOrTake(selection, &loan.samples[taken], &loan.cycloneInfos[taken], wanted, wanted);
+        if (result < 0) return taken > 0 ? static_cast<dds_return_t>(taken) : result;
+        taken += static_cast<std::uint32_t>(result);
+        if (taken < room || taken == limit) return static_cast<dds_return_t>(taken);
+        room = doubled(room, limit);
+    }
+}
+
+// Counts, then reads what was counted (at most `limit`). Counting leaves the
+// cache locked until the read, which must therefore run: some room is made
+// before counting, and the read is cut to the room there is.
+dds_return_t readCounted(ReaderLoan &loan, dds_entity_t reader, const Selection &selection,
+                         std::uint32_t limit) noexcept {
+    if (!growLoan(loan, std::min(limit, std::max(loan.capacity(), kFirstRoom)))) return kNoMemory;
+    std::uint32_t count = std::min(dds_reader_lock_samples(reader), limit);
+    if (count == 0) return 0;  // not locked when empty
+    if (!growLoan(loan, count)) count = loan.capacity();
+    return readOrTake(selection, loan.samples.data(), loan.cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
+}
+
 DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selection, DDS_Long maxSamples,
                             const Destination &out, const char *context) {
-    constexpr std::uint32_t kUsualCount = 16;
     std::lock_guard lock(reader.loanMutex);
     reader.loans.reserve(reader.loans.size() + 1);  // lend() must not fail once samples are out
-    std::uint32_t limit = maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
-    std::unique_ptr<ReaderLoan> loan = prepareLoan(reader, std::min(limit, kUsualCount));
-    std::uint32_t count = std::min(dds_reader_lock_samples(reader.handle), limit);
-    if (count == 0) return idle(reader, std::move(loan), noData(out));  // not locked when empty
-    count = growLockedLoan(*loan, count);
-    reader.largestLoan = std::max(reader.largestLoan, count);
-    dds_return_t result =
-        readOrTake(selection, loan->samples.data(), loan->cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
+    std::unique_ptr<ReaderLoan> loan = prepareLoan(reader);
+    const std::uint32_t limit = maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
+    dds_return_t result = selection.take ? takeInRounds(*loan, selection, limit)
+                                          : readCounted(*loan, reader.handle, selection, limit);
     if (result <= 0) return idle(reader, std::move(loan), result < 0 ? failed(result, context) : noData(out));
     loan->count = result;
     convertInfos(*loan);
@@ -295,8 +315,6 @@ DDS_ReturnCode_t returnLoan(DDS_DataReaderImpl &reader, void **samples, DDS_Samp
         }
         loan = std::move(*found);
         reader.loans.erase(found);
-        dds_return_t result = dds_return_loan(reader.handle, samples, loan->count);
-        if (result < 0) reportCycloneFailure(context, "dds_return_loan", result);
         if (infos != nullptr && DDS_SampleInfoSeq_get_contiguous_bufferI(infos) == loan->infos.data()) {
             DDS_SampleInfoSeq_unloan(infos);
         }
