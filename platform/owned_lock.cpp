@@ -1,5 +1,6 @@
 #include "platform/owned_lock.hpp"
 
+#include "platform/hot_thread_local.hpp"
 #include "platform/spin_pause.hpp"
 
 namespace vexar::platform {
@@ -9,7 +10,7 @@ namespace {
 // The address of a thread-local names the calling thread for as long as it
 // lives, with no system call to learn it.
 std::uintptr_t callingThread() noexcept {
-    static thread_local char tag;
+    static VEXAR_HOT_THREAD_LOCAL char tag;
     return reinterpret_cast<std::uintptr_t>(&tag);
 }
 

@@ -10,6 +10,7 @@
 #include <ctime>
 #include <new>
 
+#include "platform/hot_thread_local.hpp"
 #include "platform/logger.h"
 #include "platform/monotonic_time.hpp"
 #include "platform/posix_failure.hpp"
@@ -33,7 +34,7 @@ thread_local OBLX_Thread *tRunningThread = nullptr;
 
 // Cached: the id is compared on every logging call. A forked child's thread
 // has a new id, so the cache is dropped in the child.
-thread_local DDS_UnsignedLong tKernelThreadId = 0;
+VEXAR_HOT_THREAD_LOCAL DDS_UnsignedLong tKernelThreadId = 0;
 const int gForgetIdInForkedChild = pthread_atfork(nullptr, nullptr, [] { tKernelThreadId = 0; });
 
 // The thread names itself before running its entry, so the name is in

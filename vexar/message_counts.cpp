@@ -2,10 +2,12 @@
 
 #include <atomic>
 
+#include "platform/hot_thread_local.hpp"
+
 namespace vexar {
 namespace {
 
-thread_local CallOutcomes tCallOutcomes;
+VEXAR_HOT_THREAD_LOCAL CallOutcomes tCallOutcomes;
 
 // Apart, so that the logging threads bumping `queued` and the write thread
 // bumping `published` do not share a cache line.
