@@ -204,6 +204,20 @@ TEST(DdsReadTake, ReadConditionSelectsUnreadSamplesOfAllOrOneInstance) {
     EXPECT_EQ(markerOf(*static_cast<QTV_VX_LogMessage *>(lent[0])), 2);
     EXPECT_EQ(DDS_DataReader_return_loan_untypedI(endpoints.reader, lent, count, &infos), DDS_RETCODE_OK);
 
+    // An instance the reader does not know is refused, read or taken, and
+    // the reader stays usable (its cache is not left locked).
+    const DDS_InstanceHandle_t unknown = instance + 1000003;
+    for (DDS_Boolean take : {DDS_BOOLEAN_FALSE, DDS_BOOLEAN_TRUE}) {
+        EXPECT_EQ(DDS_DataReader_read_or_take_instance_untypedI(
+                      endpoints.reader, &isLoan, &lent, &count, &infos, 0, 0, DDS_BOOLEAN_TRUE, nullptr,
+                      sizeof(QTV_VX_LogMessage), DDS_LENGTH_UNLIMITED, unknown, DDS_ANY_SAMPLE_STATE,
+                      DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE, take),
+                  DDS_RETCODE_PRECONDITION_NOT_MET);
+    }
+    endpoints.write(700, 3);
+    ASSERT_TRUE(eventually([&] { return readUnread() == DDS_RETCODE_OK; }));
+    EXPECT_EQ(DDS_DataReader_return_loan_untypedI(endpoints.reader, lent, count, &infos), DDS_RETCODE_OK);
+
     EXPECT_EQ(DDS_DataReader_delete_readcondition(endpoints.reader, unread), DDS_RETCODE_OK);
 }
 
