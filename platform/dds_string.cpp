@@ -26,7 +26,7 @@ char *DDS_String_dup(const char *text) {
 void DDS_String_free(char *text) { std::free(text); }
 
 char *DDS_String_copy_bounded(char *dst, const char *src, size_t capacity) {
-    if (dst == nullptr || src == nullptr) return nullptr;
+    if (dst == nullptr || src == nullptr || capacity == 0) return nullptr;
     const size_t length = strnlen(src, capacity);
     if (length == capacity) return nullptr;  // the terminator would not fit
     // memmove: copying a string onto itself or a part of it is harmless.
