@@ -1,10 +1,10 @@
-// Contiguous arrays of initialized samples of any type, as Cyclone's loans
-// need them.
-//
-// Cyclone lends a reader's samples from one array that it grows, reuses and
-// frees through the sertype; some of those calls pass only the array's first
-// element. So the element count lives in a header just before that element,
-// and an array is named by its first element ("base") everywhere.
+// Contiguous arrays of initialized samples of any type, as loans need them:
+// our readers lend samples from arrays of their own, and Cyclone lends a
+// reader's samples (to an application using its API directly) from one
+// array that it grows, reuses and frees through the sertype. Some of
+// Cyclone's calls pass only the array's first element, so the element count
+// lives in a header just before that element, and an array is named by its
+// first element ("base") everywhere.
 #pragma once
 
 #include <cstddef>
