@@ -7,6 +7,12 @@
 set -euo pipefail
 source "$(dirname "$0")/env.sh"
 seconds=${1:-6}
+# The reader counts whole seconds and drops the first (start-up): fewer than
+# three leave no steady second to report.
+if ! [[ $seconds =~ ^[0-9]+$ ]] || ((seconds < 3)); then
+  echo "usage: $0 [seconds >= 3]" >&2
+  exit 2
+fi
 dir=${VEXAR_BENCH_DIR:-build/bench}
 vexar_configure "$dir" -DCMAKE_BUILD_TYPE=Release -DVEXAR_BUILD_TESTS=OFF -DVEXAR_BUILD_TOOLS=OFF -DVEXAR_BUILD_BENCH=ON
 cmake --build "$VEXAR_ROOT/$dir" --target dds_throughput_bench -j"$VEXAR_JOBS" >/dev/null
