@@ -41,7 +41,7 @@ bool OwnedLock::take() noexcept {
             ++depth_;
             return true;
         }
-        word_.lock();
+        word_.lockContended();
     }
     holder_.store(caller, std::memory_order_relaxed);
     depth_ = 1;

@@ -22,9 +22,9 @@ public:
         return word_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
                                              std::memory_order_relaxed);
     }
-    void lock() noexcept {
-        if (!tryLock()) lockContended();
-    }
+    // For a caller whose tryLock just failed: spins briefly, then sleeps
+    // until the lock is its.
+    void lockContended() noexcept;
     void unlock() noexcept {
         if (word_.exchange(kFree, std::memory_order_release) == kHeldWithSleepers) word_.notify_one();
     }
@@ -33,8 +33,6 @@ private:
     static constexpr std::uint32_t kFree = 0;
     static constexpr std::uint32_t kHeld = 1;
     static constexpr std::uint32_t kHeldWithSleepers = 2;
-
-    void lockContended() noexcept;
 
     std::atomic<std::uint32_t> word_{kFree};
 };

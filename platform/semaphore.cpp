@@ -70,8 +70,8 @@ bool tryTake(OBLX_CountingSemaphore *self) noexcept {
 bool spinTake(OBLX_CountingSemaphore *self) noexcept {
     constexpr int kSpins = 200;
     for (int spin = 0; spin < kSpins; ++spin) {
+        vexar::platform::spinPause();  // the caller has just tried
         if (tryTake(self)) return true;
-        vexar::platform::spinPause();
     }
     return false;
 }
