@@ -8,12 +8,12 @@
 #include <variant>
 
 #include "allocation_counter.hpp"
-#include "platform/content_filter.hpp"
+#include "platform/filter/content_filter.hpp"
 #include "type/vexar.h"
 
 namespace {
 
-using vexar::platform::ContentFilter;
+using vexar::filter::ContentFilter;
 
 constexpr const char *kLoggerExpression =
     "targetHostAndAppId.rtps_host_id = %0 and targetHostAndAppId.rtps_app_id = %1";

@@ -27,9 +27,9 @@
 #include <thread>
 #include <vector>
 
-#include "platform/publisher.h"
-#include "platform/subscriber.h"
-#include "platform/topic.h"
+#include "platform/dds/publisher.h"
+#include "platform/dds/subscriber.h"
+#include "platform/dds/topic.h"
 #include "support/participant.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"

@@ -18,7 +18,7 @@
 #include <thread>
 
 #include "logger_bench_support.hpp"
-#include "platform/domain_participant_factory.h"
+#include "platform/dds/domain_participant_factory.h"
 #include "support/domains.h"
 
 namespace {

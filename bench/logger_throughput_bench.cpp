@@ -35,7 +35,7 @@
 #include <vector>
 
 #include "logger_bench_support.hpp"
-#include "platform/data_writer.h"
+#include "platform/dds/data_writer.h"
 #include "support/domains.h"
 #include "support/log_subscriber.hpp"
 #include "vexar/DDSEntities.h"

@@ -2,7 +2,7 @@
 // handed to an output device in the cheapest and the fullest print format.
 #include <benchmark/benchmark.h>
 
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 
 namespace {
 

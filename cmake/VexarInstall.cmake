@@ -5,12 +5,12 @@ install(TARGETS vexar vexar_static EXPORT VexarTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# Headers keep the source layout under include/vexar so that both
-# "vexar/Vexar.h" and "type/vexar.h" resolve with -I<prefix>/include/vexar.
-install(FILES ${VEXAR_PUBLIC_HEADERS_PLATFORM} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/platform)
-install(FILES ${VEXAR_PUBLIC_HEADERS_TYPE} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/type)
-install(FILES ${VEXAR_PUBLIC_HEADERS_VEXAR} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/vexar)
-install(FILES ${VEXAR_PUBLIC_HEADERS_CONFIG} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/config)
+# Headers keep the source layout under include/vexar so that "vexar/Vexar.h",
+# "type/vexar.h" and "platform/dds/topic.h" resolve with -I<prefix>/include/vexar.
+foreach(header ${VEXAR_PUBLIC_HEADERS})
+  get_filename_component(dir ${header} DIRECTORY)
+  install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/${dir})
+endforeach()
 
 install(EXPORT VexarTargets NAMESPACE Vexar:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vexar)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/VexarConfig.cmake.in

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "support/cdr_test_support.hpp"
-#include "platform/cdr_stream.h"
+#include "platform/cdr/cdr_stream.h"
 
 using vexar_test::Bytes;
 using vexar_test::WireBytes;

@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/buffer_pool.h"
-#include "platform/inline_list.h"
+#include "platform/runtime/buffer_pool.h"
+#include "platform/runtime/inline_list.h"
 
 namespace {
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "platform/content_filter.hpp"
+#include "platform/filter/content_filter.hpp"
 #include "type/vexar.h"
 
-using vexar::platform::ContentFilter;
-using vexar::platform::FilterError;
+using vexar::filter::ContentFilter;
+using vexar::filter::FilterError;
 
 namespace {
 

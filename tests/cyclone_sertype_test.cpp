@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "platform/cyclone.hpp"
-#include "platform/cyclone_sertype.hpp"
+#include "platform/dds/cyclone.hpp"
+#include "platform/dds/cyclone_sertype.hpp"
 #include "support/cdr_test_support.hpp"
 #include "support/domains.h"
-#include "type/topic_traits.hpp"
+#include "vexar/topic_traits.hpp"
 
 #include <dds/ddsi/ddsi_serdata.h>
 #include <dds/ddsi/ddsi_sertype.h>
@@ -25,7 +25,7 @@
 namespace {
 
 using namespace vexar_test;
-using vexar::platform::createSertype;
+using vexar::dds::createSertype;
 
 // Each suite has its own domain; each test its own topic (tests run at once).
 constexpr int kAcrossProcessesDomain = domains::kBridgeBase + 12;

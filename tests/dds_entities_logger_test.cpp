@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "platform/cyclone.hpp"
-#include "platform/data_reader.h"
-#include "platform/data_writer.h"
+#include "platform/dds/cyclone.hpp"
+#include "platform/dds/data_reader.h"
+#include "platform/dds/data_writer.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "type/vexarPlugin.h"

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "platform/cyclone.hpp"
+#include "platform/dds/cyclone.hpp"
 #include "support/dds_bridge.hpp"
 #include "support/domains.h"
 #include "support/log_capture.h"

@@ -3,12 +3,12 @@
 // union's discriminator or its selected branch.
 #include <gtest/gtest.h>
 
-#include "platform/enumeration_check.hpp"
+#include "platform/types/enumeration_check.hpp"
 #include "support/cdr_test_support.hpp"
 
 namespace {
 
-using vexar::platform::EnumerationCheck;
+using vexar::types::EnumerationCheck;
 using vexar_test::Owned;
 using vexar_test::setEnum;
 

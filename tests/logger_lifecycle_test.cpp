@@ -11,8 +11,8 @@
 
 #include <unistd.h>
 
-#include "platform/cyclone.hpp"
-#include "platform/domain_participant_factory.h"
+#include "platform/dds/cyclone.hpp"
+#include "platform/dds/domain_participant_factory.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "support/running_logger.hpp"

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/thread.h"
+#include "platform/runtime/thread.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "support/running_logger.hpp"

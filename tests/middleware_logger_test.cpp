@@ -13,10 +13,10 @@
 #include <thread>
 #include <vector>
 
-#include "platform/cyclone.hpp"
-#include "platform/log_line_format.hpp"
-#include "platform/logger.h"
-#include "platform/report.h"
+#include "platform/dds/cyclone.hpp"
+#include "platform/log/log_line_format.hpp"
+#include "platform/log/logger.h"
+#include "platform/log/report.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 
@@ -176,10 +176,10 @@ protected:
     }
 
     // category, level, source, function, file, line, domain, text
-    vexar::platform::LogRecord record{
+    vexar::log::LogRecord record{
         OBLX_CONFIG_LOG_CATEGORY_ENTITIES, OBLX_CONFIG_LOG_LEVEL_WARNING, "discovery", "match",
         "/build/src/ddsi_endpoint.c", 42, 7, "no match\n"};
-    vexar::platform::LineStamp stamp{{0, 123456789}, 77, "recv"};
+    vexar::log::LineStamp stamp{{0, 123456789}, 77, "recv"};
 };
 
 TEST_F(MiddlewareLoggerFormat, NamedFormatsShowTheirFieldsInOrder) {
@@ -200,17 +200,17 @@ TEST_F(MiddlewareLoggerFormat, NamedFormatsShowTheirFieldsInOrder) {
          "1970-01-01 00:00:00.123456 [pid 77] [thread recv] [domain 7] WARNING ENTITIES (discovery) match "
          "ddsi_endpoint.c:42: no match\n"},
     };
-    for (const auto &c : cases) EXPECT_EQ(vexar::platform::formatLogLine(record, c.format, stamp), c.line);
+    for (const auto &c : cases) EXPECT_EQ(vexar::log::formatLogLine(record, c.format, stamp), c.line);
 }
 
 TEST_F(MiddlewareLoggerFormat, FieldsThatAreNotKnownAreLeftOut) {
     record.source = nullptr;
     record.function = "";
     record.file = nullptr;
-    record.domain = vexar::platform::kNoDomain;
-    EXPECT_EQ(vexar::platform::formatLogLine(record, OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL, stamp),
+    record.domain = vexar::log::kNoDomain;
+    EXPECT_EQ(vexar::log::formatLogLine(record, OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL, stamp),
               "1970-01-01 00:00:00.123456 [pid 77] [thread recv] WARNING ENTITIES: no match\n");
-    EXPECT_EQ(vexar::platform::formatLogLine(record, static_cast<OBLX_Config_LogPrintFormat>(0), stamp), "no match\n");
+    EXPECT_EQ(vexar::log::formatLogLine(record, static_cast<OBLX_Config_LogPrintFormat>(0), stamp), "no match\n");
 }
 
 // Lines go to the installed device, else to stdout; a device is closed once,

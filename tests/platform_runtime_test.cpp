@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "support/log_capture.h"
-#include "platform/clock.h"
-#include "platform/dds_string.h"
-#include "platform/global_lock.h"
-#include "platform/mutex.h"
-#include "platform/semaphore.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/dds_string.h"
+#include "platform/runtime/global_lock.h"
+#include "platform/runtime/mutex.h"
+#include "platform/runtime/semaphore.h"
 
 namespace {
 

@@ -16,8 +16,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/thread.h"
-#include "platform/thread_settings.h"
+#include "platform/runtime/thread.h"
+#include "platform/dds/thread_settings.h"
 #include "support/log_capture.h"
 
 namespace {

@@ -6,13 +6,13 @@
 #include <cstring>
 #include <tuple>
 
-#include "platform/dds_string.h"
-#include "platform/qos.h"
-#include "platform/qos_cyclone.hpp"
+#include "platform/runtime/dds_string.h"
+#include "platform/dds/qos.h"
+#include "platform/dds/qos_cyclone.hpp"
 #include "support/domains.h"
 #include "support/log_capture.h"
 
-using namespace vexar::platform;
+using namespace vexar::dds;
 using vexar_test::LogCapture;
 
 namespace {

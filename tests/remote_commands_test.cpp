@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 #include "support/administrator.hpp"
 #include "support/captured_stdout.h"
 #include "support/domains.h"

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string>
 
-#include "platform/sequence.h"
-#include "platform/sequence.hpp"
+#include "platform/types/sequence.h"
+#include "platform/types/sequence.hpp"
 #include "support/log_capture.h"
 #include "type/vexar.h"
 

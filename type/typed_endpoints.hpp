@@ -8,7 +8,7 @@
 // as thin wrappers.
 #pragma once
 
-#include "platform/report.h"
+#include "platform/log/report.h"
 #include "type/vexarPlugin.h"
 #include "type/vexarSupport.h"
 

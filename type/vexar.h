@@ -28,9 +28,9 @@
 #define VEXAR_TYPE_VEXAR_H
 
 #include "platform/dds_types.h"
-#include "platform/sequence.h"
-#include "platform/type_params.h"
-#include "platform/typecode.h"
+#include "platform/types/sequence.h"
+#include "platform/types/type_params.h"
+#include "platform/types/typecode.h"
 
 VEXAR_BEGIN_DECLS
 

@@ -2,7 +2,7 @@
 // implementation (platform/type_plugin.hpp) instantiated per type.
 #include "type/vexarPlugin.h"
 
-#include "platform/type_plugin.hpp"
+#include "platform/plugin/type_plugin.hpp"
 
 VEXAR_DEFINE_PLUGIN_OPERATIONS(QTV_VX_HostAndAppId)
 VEXAR_DEFINE_PLUGIN_OPERATIONS(QTV_VX_LogMessage)

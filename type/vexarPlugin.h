@@ -45,8 +45,8 @@
 #ifndef VEXAR_TYPE_VEXARPLUGIN_H
 #define VEXAR_TYPE_VEXARPLUGIN_H
 
-#include "platform/cdr_stream.h"
-#include "platform/type_plugin.h"
+#include "platform/cdr/cdr_stream.h"
+#include "platform/plugin/type_plugin.h"
 #include "type/vexar.h"
 
 VEXAR_BEGIN_DECLS

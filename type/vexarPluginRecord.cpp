@@ -1,6 +1,6 @@
 // The plugin records of the four topic types: one generic implementation
 // (platform/type_plugin_record.hpp) instantiated per type.
-#include "platform/type_plugin_record.hpp"
+#include "platform/plugin/type_plugin_record.hpp"
 #include "type/vexarPlugin.h"
 
 VEXAR_DEFINE_PLUGIN_RECORD(QTV_VX_LogMessage)

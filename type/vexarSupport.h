@@ -94,12 +94,12 @@
 #ifndef VEXAR_TYPE_VEXARSUPPORT_H
 #define VEXAR_TYPE_VEXARSUPPORT_H
 
-#include "platform/data_reader.h"
-#include "platform/data_writer.h"
-#include "platform/domain_participant.h"
-#include "platform/sample_info.h"
-#include "platform/type_params.h"
-#include "platform/typecode.h"
+#include "platform/dds/data_reader.h"
+#include "platform/dds/data_writer.h"
+#include "platform/dds/domain_participant.h"
+#include "platform/dds/sample_info.h"
+#include "platform/types/type_params.h"
+#include "platform/types/typecode.h"
 #include "type/vexar.h"
 
 VEXAR_BEGIN_DECLS

@@ -1,9 +1,9 @@
 // The type codes of the Vexar data types: each type described once, as a
 // member table. Everything else about a type is derived from its code.
-#include "platform/typecode_builder.hpp"
+#include "platform/types/typecode_builder.hpp"
 #include "type/vexar.h"
 
-using namespace vexar::typecode;
+using namespace vexar::types::typecode;
 
 namespace {
 

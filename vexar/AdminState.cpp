@@ -2,7 +2,7 @@
 // reader, later writes, the refresh from the middleware logger, and disable.
 #include <atomic>
 
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 #include "vexar/EnumTranslators.h"

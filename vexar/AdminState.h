@@ -20,7 +20,7 @@
 
 #include "platform/dds_types.h"
 #include "platform/export.h"
-#include "platform/listener.h"
+#include "platform/dds/listener.h"
 #include "vexar/Vexar.h"
 
 VEXAR_BEGIN_DECLS

@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/data_writer.h"
-#include "platform/publisher.h"
-#include "platform/subscriber.h"
+#include "platform/dds/data_writer.h"
+#include "platform/dds/publisher.h"
+#include "platform/dds/subscriber.h"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 #include "vexar/admin_state.hpp"

@@ -19,13 +19,13 @@
 #define VEXAR_VEXAR_DDSENTITIES_H
 
 #include "platform/dds_types.h"
-#include "platform/domain_participant.h"
-#include "platform/domain_participant_factory.h"
-#include "platform/entity.h"
+#include "platform/dds/domain_participant.h"
+#include "platform/dds/domain_participant_factory.h"
+#include "platform/dds/entity.h"
 #include "platform/export.h"
-#include "platform/listener.h"
-#include "platform/qos.h"
-#include "platform/topic.h"
+#include "platform/dds/listener.h"
+#include "platform/dds/qos.h"
+#include "platform/dds/topic.h"
 #include "vexar/Options.h"
 #include "vexar/Vexar.h"
 

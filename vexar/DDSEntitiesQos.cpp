@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "platform/dds_string.h"
+#include "platform/runtime/dds_string.h"
 #include "vexar/DDSEntities.h"
 #include "vexar/report_line.hpp"
 

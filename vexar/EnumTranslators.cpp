@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 #include "type/vexar.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 
-#include "platform/data_writer.h"
+#include "platform/dds/data_writer.h"
 #include "type/vexarSupport.h"
 #include "vexar/logger_core.hpp"
 #include "vexar/message_counts.hpp"

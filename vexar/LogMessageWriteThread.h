@@ -7,9 +7,9 @@
 
 #include "platform/dds_types.h"
 #include "platform/export.h"
-#include "platform/logger.h"
-#include "platform/thread.h"
-#include "platform/thread_settings.h"
+#include "platform/log/logger.h"
+#include "platform/runtime/thread.h"
+#include "platform/dds/thread_settings.h"
 #include "vexar/MessageQueue.h"
 
 VEXAR_BEGIN_DECLS

@@ -2,8 +2,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "platform/global_lock.h"
-#include "platform/thread.h"
+#include "platform/runtime/global_lock.h"
+#include "platform/runtime/thread.h"
 #include "vexar/Vexar.h"
 #include "vexar/admin_state.hpp"
 #include "vexar/logger_core.hpp"

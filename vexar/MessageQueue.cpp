@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/dds_string.h"
+#include "platform/runtime/dds_string.h"
 #include "vexar/message_counts.hpp"
 #include "vexar/report_line.hpp"
 

@@ -8,13 +8,13 @@
 #ifndef VEXAR_VEXAR_MESSAGEQUEUE_H
 #define VEXAR_VEXAR_MESSAGEQUEUE_H
 
-#include "platform/buffer_pool.h"
-#include "platform/clock.h"
+#include "platform/runtime/buffer_pool.h"
+#include "platform/runtime/clock.h"
 #include "platform/dds_types.h"
 #include "platform/export.h"
-#include "platform/inline_list.h"
-#include "platform/mutex.h"
-#include "platform/semaphore.h"
+#include "platform/runtime/inline_list.h"
+#include "platform/runtime/mutex.h"
+#include "platform/runtime/semaphore.h"
 #include "type/vexar.h"
 
 VEXAR_BEGIN_DECLS

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "platform/dds_string.h"
+#include "platform/runtime/dds_string.h"
 #include "vexar/VexarUtility.h"
 #include "vexar/logger_core.hpp"
 #include "vexar/report_line.hpp"

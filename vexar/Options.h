@@ -6,7 +6,7 @@
 
 #include "platform/dds_types.h"
 #include "platform/export.h"
-#include "platform/thread_settings.h"
+#include "platform/dds/thread_settings.h"
 
 VEXAR_BEGIN_DECLS
 

@@ -3,8 +3,8 @@
 // once each on the response topic.
 #include <cstring>
 
-#include "platform/dds_string.h"
-#include "platform/sample_info.h"
+#include "platform/runtime/dds_string.h"
+#include "platform/dds/sample_info.h"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 #include "vexar/EnumTranslators.h"

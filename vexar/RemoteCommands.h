@@ -7,7 +7,7 @@
 #ifndef VEXAR_VEXAR_REMOTECOMMANDS_H
 #define VEXAR_VEXAR_REMOTECOMMANDS_H
 
-#include "platform/data_reader.h"
+#include "platform/dds/data_reader.h"
 #include "platform/export.h"
 #include "type/vexar.h"
 #include "vexar/Vexar.h"

@@ -1,9 +1,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/data_reader.h"
-#include "platform/domain_participant.h"
-#include "platform/global_lock.h"
+#include "platform/dds/data_reader.h"
+#include "platform/dds/domain_participant.h"
+#include "platform/runtime/global_lock.h"
 #include "type/vexarSupport.h"
 #include "vexar/Vexar.h"
 #include "vexar/admin_state.hpp"

@@ -9,11 +9,11 @@
 #ifndef VEXAR_VEXAR_VEXAR_H
 #define VEXAR_VEXAR_VEXAR_H
 
-#include "platform/clock.h"
+#include "platform/runtime/clock.h"
 #include "platform/dds_types.h"
-#include "platform/entity.h"
+#include "platform/dds/entity.h"
 #include "platform/export.h"
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 #include "type/vexar.h"
 #include "vexar/EnumTranslators.h"
 #include "vexar/LogMessageWriteThread.h"

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <memory>
 
-#include "platform/clock.h"
-#include "platform/thread.h"
+#include "platform/runtime/clock.h"
+#include "platform/runtime/thread.h"
 
 namespace {
 

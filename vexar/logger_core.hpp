@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-#include "platform/clock.h"
+#include "platform/runtime/clock.h"
 #include "vexar/Vexar.h"
 #include "vexar/message_counts.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "platform/hot_thread_local.hpp"
+#include "platform/runtime/hot_thread_local.hpp"
 
 namespace vexar {
 namespace {

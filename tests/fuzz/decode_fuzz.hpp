@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "../support/cdr_test_support.hpp"
-#include "platform/type_plugin.hpp"
+#include "platform/plugin/type_plugin.hpp"
 
 namespace vexar_fuzz {
 
@@ -28,7 +28,7 @@ std::vector<char> encode(const T &sample) {
 
 // The key form of `sample`, big-endian.
 template <typename T>
-std::vector<unsigned char> keyOf(const vexar::cdr::TypePlan &plan, const T &sample) {
+std::vector<unsigned char> keyOf(const vexar::plugin::TypePlan &plan, const T &sample) {
     std::vector<unsigned char> key(plan.keyMaxSize);
     OBLX_CdrStream stream;
     vexar::cdr::init(stream, key.data(), static_cast<DDS_UnsignedLong>(key.size()));
@@ -44,11 +44,11 @@ inline bool checked(const vexar::cdr::Plan &form, const std::uint8_t *data, std:
     std::vector<unsigned char> exact(data, data + size);
     OBLX_CdrStream stream;
     vexar::cdr::init(stream, exact.data(), static_cast<DDS_UnsignedLong>(exact.size()));
-    return vexar::cdr::readEncapsulationHeader(stream) && vexar::cdr::check(stream, form, kept);
+    return vexar::plugin::readEncapsulationHeader(stream) && vexar::cdr::check(stream, form, kept);
 }
 
 template <typename T>
-void expectCheckAgrees(const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size_t size,
+void expectCheckAgrees(const vexar::plugin::TypePlan &plan, const std::uint8_t *data, std::size_t size,
                        const T *decoded) {
     if (checked(plan.sample, data, size, nullptr) != (decoded != nullptr)) std::abort();
     vexar_test::Owned<T> keys;
@@ -58,7 +58,7 @@ void expectCheckAgrees(const vexar::cdr::TypePlan &plan, const std::uint8_t *dat
 }
 
 template <typename T>
-int decode(const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size_t size) {
+int decode(const vexar::plugin::TypePlan &plan, const std::uint8_t *data, std::size_t size) {
     vexar_test::Owned<T> first, second;
     bool decoded = Plugin<T>::fromBuffer(first.get(), reinterpret_cast<const char *>(data),
                                          static_cast<DDS_UnsignedLong>(size));
@@ -77,6 +77,6 @@ int decode(const vexar::cdr::TypePlan &plan, const std::uint8_t *data, std::size
 // The fuzz target of Type.
 #define VEXAR_DECODER_FUZZ_TARGET(Type)                                                       \
     extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {       \
-        const vexar::cdr::TypePlan &plan = vexar::cdr::TypePlugin<Type, Type##_get_typecode>::plan(); \
+        const vexar::plugin::TypePlan &plan = vexar::plugin::TypePlugin<Type, Type##_get_typecode>::plan(); \
         return vexar_fuzz::decode<Type>(plan, data, size);                                    \
     }

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/data_reader.h"
-#include "platform/data_writer.h"
+#include "platform/dds/data_reader.h"
+#include "platform/dds/data_writer.h"
 #include "support/typed_topic.hpp"
 
 namespace vexar_test {

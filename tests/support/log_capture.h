@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 
 namespace vexar_test {
 

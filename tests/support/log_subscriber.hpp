@@ -11,8 +11,8 @@
 // between two takes).
 #pragma once
 
-#include "platform/subscriber.h"
-#include "platform/topic.h"
+#include "platform/dds/subscriber.h"
+#include "platform/dds/topic.h"
 #include "support/participant.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"

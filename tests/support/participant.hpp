@@ -3,8 +3,8 @@
 // benchmarks can use it too.
 #pragma once
 
-#include "platform/domain_participant.h"
-#include "platform/domain_participant_factory.h"
+#include "platform/dds/domain_participant.h"
+#include "platform/dds/domain_participant_factory.h"
 
 namespace vexar_test {
 

@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-#include "platform/publisher.h"
-#include "platform/subscriber.h"
-#include "platform/topic.h"
+#include "platform/dds/publisher.h"
+#include "platform/dds/subscriber.h"
+#include "platform/dds/topic.h"
 #include "support/participant.hpp"
-#include "type/topic_traits.hpp"
+#include "vexar/topic_traits.hpp"
 
 namespace vexar_test {
 

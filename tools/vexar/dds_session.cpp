@@ -3,7 +3,7 @@
 #include <csignal>
 #include <cstdio>
 
-#include "platform/logger.h"
+#include "platform/log/logger.h"
 
 namespace vexar::cli {
 namespace {

@@ -15,14 +15,14 @@
 
 #include "app_id.hpp"
 #include "apps_table.hpp"
-#include "platform/data_reader.h"
-#include "platform/data_writer.h"
-#include "platform/domain_participant.h"
-#include "platform/domain_participant_factory.h"
-#include "platform/publisher.h"
-#include "platform/subscriber.h"
-#include "platform/topic.h"
-#include "type/topic_traits.hpp"
+#include "platform/dds/data_reader.h"
+#include "platform/dds/data_writer.h"
+#include "platform/dds/domain_participant.h"
+#include "platform/dds/domain_participant_factory.h"
+#include "platform/dds/publisher.h"
+#include "platform/dds/subscriber.h"
+#include "platform/dds/topic.h"
+#include "vexar/topic_traits.hpp"
 
 namespace vexar::cli {
 

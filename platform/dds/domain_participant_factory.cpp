@@ -1,0 +1,192 @@
+// The participant factory: participants on Cyclone, the default participant
+// QoS, and the profile look-ups that find nothing until named profiles exist.
+#include "platform/dds/entity.hpp"
+
+#include "platform/log/logger.h"
+#include "platform/dds/qos_cyclone.hpp"
+
+struct DDS_DomainParticipantFactoryImpl {
+    std::mutex mutex;
+    DDS_DomainParticipantQos defaultQos = DDS_DomainParticipantQos_INITIALIZER;  // under mutex
+};
+
+namespace vexar::dds {
+namespace {
+
+DDS_DomainParticipantFactoryImpl theFactory;
+
+bool isFactory(const DDS_DomainParticipantFactory *factory, const char *context) noexcept {
+    if (factory != &theFactory) {
+        reportBadEntity(context, "self");
+        return false;
+    }
+    return true;
+}
+
+DDS_DomainParticipant *createParticipant(DDS_DomainId_t domainId, const DDS_DomainParticipantQos *qos,
+                                         const char *context) {
+    DDS_DomainParticipantQos defaults = DDS_DomainParticipantQos_INITIALIZER;
+    if (qos == nullptr) {
+        std::lock_guard lock(theFactory.mutex);
+        if (DDS_DomainParticipantQos_copy(&defaults, &theFactory.defaultQos) != DDS_RETCODE_OK) return nullptr;
+    }
+    CycloneQos cycloneQos = toCyclone(qos != nullptr ? *qos : defaults, context);
+    DDS_DomainParticipantQos_finalize(&defaults);
+    if (cycloneQos == nullptr) return nullptr;
+    dds_entity_t handle = dds_create_participant(static_cast<dds_domainid_t>(domainId), cycloneQos.get(), nullptr);
+    if (handle < 0) {
+        reportCycloneFailure(context, "dds_create_participant", handle);
+        return nullptr;
+    }
+    auto participant = std::make_unique<DDS_DomainParticipantImpl>(handle, domainId, false);
+    return participant.release();
+}
+
+// A profile look-up that finds nothing.
+DDS_ReturnCode_t noSuchProfile(const DDS_DomainParticipantFactory *self, const void *qos,
+                               const char *context) noexcept {
+    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
+    OBLX_Report_badParameter(context, qos == nullptr ? "qos" : "profile (no QoS profiles are defined)");
+    return DDS_RETCODE_BAD_PARAMETER;
+}
+
+}  // namespace
+}  // namespace vexar::dds
+
+using namespace vexar::dds;
+
+extern "C" {
+
+DDS_DomainParticipantFactory *DDS_DomainParticipantFactory_get_instance(void) {
+    // Cyclone's diagnostics flow through the middleware logger from the
+    // first participant on.
+    static const bool hooked = OBLX_Config_Logger_get_instance() != nullptr;
+    (void)hooked;
+    return &theFactory;
+}
+
+DDS_DomainParticipant *DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory *self,
+                                                                      DDS_DomainId_t domain_id,
+                                                                      const DDS_DomainParticipantQos *qos,
+                                                                      const DDS_DomainParticipantListener *listener,
+                                                                      DDS_StatusMask mask) {
+    const char *context = "DDS_DomainParticipantFactory_create_participant";
+    if (!isFactory(self, context) || !acceptsNoCallbacks(listener, mask, context)) return nullptr;
+    if (domain_id < 0) {
+        OBLX_Report_badParameter(context, "domain_id");
+        return nullptr;
+    }
+    return guarded(context, static_cast<DDS_DomainParticipant *>(nullptr),
+                   [&] { return createParticipant(domain_id, qos, context); });
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_delete_participant(DDS_DomainParticipantFactory *self,
+                                                                 DDS_DomainParticipant *participant) {
+    const char *context = "DDS_DomainParticipantFactory_delete_participant";
+    if (!isFactory(self, context) || checked(participant, context, "participant") == nullptr) {
+        return DDS_RETCODE_BAD_PARAMETER;
+    }
+    return guarded(context, DDS_RETCODE_ERROR, [&] {
+        std::map<std::string, TypeRegistration> types;
+        {
+            std::lock_guard lock(participant->mutex);
+            if (!participant->isEmpty()) {
+                OBLX_Report_failure(context, "the participant still contains entities");
+                return DDS_RETCODE_PRECONDITION_NOT_MET;
+            }
+            types.swap(participant->types);
+        }
+        for (auto &[name, type] : types) detachParticipant(type);
+        DDS_ReturnCode_t result = DDS_RETCODE_OK;
+        if (!participant->adopted) {
+            dds_return_t deleted = dds_delete(participant->handle);
+            if (deleted < 0) result = reportCycloneFailure(context, "dds_delete", deleted);
+        }
+        delete participant;
+        return result;
+    });
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_default_participant_qos(DDS_DomainParticipantFactory *self,
+                                                                          DDS_DomainParticipantQos *qos) {
+    const char *context = "DDS_DomainParticipantFactory_get_default_participant_qos";
+    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
+    return guarded(context, DDS_RETCODE_ERROR, [&] {
+        std::lock_guard lock(theFactory.mutex);
+        return DDS_DomainParticipantQos_copy(qos, &theFactory.defaultQos);
+    });
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_set_default_participant_qos(DDS_DomainParticipantFactory *self,
+                                                                          const DDS_DomainParticipantQos *qos) {
+    const char *context = "DDS_DomainParticipantFactory_set_default_participant_qos";
+    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
+    return guarded(context, DDS_RETCODE_ERROR, [&] {
+        std::lock_guard lock(theFactory.mutex);
+        return DDS_DomainParticipantQos_copy(&theFactory.defaultQos, qos);
+    });
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_qos_profiles(DDS_DomainParticipantFactory *self,
+                                                               DDS_StringSeq *profile_names, const char *library_name) {
+    const char *context = "DDS_DomainParticipantFactory_get_qos_profiles";
+    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
+    if (profile_names == nullptr || library_name == nullptr) {
+        OBLX_Report_badParameter(context, profile_names == nullptr ? "profile_names" : "library_name");
+        return DDS_RETCODE_BAD_PARAMETER;
+    }
+    return DDS_StringSeq_set_length(profile_names, 0) ? DDS_RETCODE_OK : DDS_RETCODE_ERROR;
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_participant_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                               DDS_DomainParticipantQos *qos,
+                                                                               const char *, const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_participant_qos_from_profile");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_publisher_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                             DDS_PublisherQos *qos, const char *,
+                                                                             const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_publisher_qos_from_profile");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_subscriber_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                              DDS_SubscriberQos *qos, const char *,
+                                                                              const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_subscriber_qos_from_profile");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                         DDS_TopicQos *qos, const char *,
+                                                                         const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_topic_qos_from_profile");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(
+    DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *, const char *, const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datawriter_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                              DDS_DataWriterQos *qos, const char *,
+                                                                              const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datawriter_qos_from_profile");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(
+    DDS_DomainParticipantFactory *self, DDS_DataWriterQos *qos, const char *, const char *, const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datareader_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                              DDS_DataReaderQos *qos, const char *,
+                                                                              const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datareader_qos_from_profile");
+}
+
+DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datareader_qos_from_profile_w_topic_name(
+    DDS_DomainParticipantFactory *self, DDS_DataReaderQos *qos, const char *, const char *, const char *) {
+    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datareader_qos_from_profile_w_topic_name");
+}
+
+}  // extern "C"

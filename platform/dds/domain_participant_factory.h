@@ -1,0 +1,80 @@
+/* The process-wide participant factory: creates and deletes domain
+ * participants, holds the default participant QoS and answers QoS profile
+ * look-ups.
+ *
+ * Named QoS profiles are not available yet: get_qos_profiles lists no
+ * profile for any library, and every _from_profile operation finds nothing
+ * and returns DDS_RETCODE_BAD_PARAMETER, so callers fall back to the
+ * default QoS. */
+#ifndef VEXAR_PLATFORM_DOMAIN_PARTICIPANT_FACTORY_H
+#define VEXAR_PLATFORM_DOMAIN_PARTICIPANT_FACTORY_H
+
+#include "platform/dds/entity.h"
+#include "platform/dds/listener.h"
+#include "platform/dds/qos.h"
+#include "platform/types/sequence.h"
+
+VEXAR_BEGIN_DECLS
+
+/* The one factory of the process; never null, never freed. */
+VEXAR_API DDS_DomainParticipantFactory *DDS_DomainParticipantFactory_get_instance(void);
+
+/* A new participant on `domain_id` (0..230) with `qos`, or with the
+ * factory's default participant QoS when `qos` is null. The listener must
+ * be null or the mask 0 (participants take no callbacks). Null on failure,
+ * reported. */
+VEXAR_API DDS_DomainParticipant *DDS_DomainParticipantFactory_create_participant(
+    DDS_DomainParticipantFactory *self, DDS_DomainId_t domain_id, const DDS_DomainParticipantQos *qos,
+    const DDS_DomainParticipantListener *listener, DDS_StatusMask mask);
+
+/* Deletes a participant that contains no topics, content-filtered topics,
+ * publishers or subscribers (DDS_RETCODE_PRECONDITION_NOT_MET otherwise:
+ * call DDS_DomainParticipant_delete_contained_entities first). A
+ * participant adopted from the application (OBLX_DomainParticipant_adoptCyclone)
+ * loses its record here; its Cyclone participant stays. */
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_delete_participant(DDS_DomainParticipantFactory *self,
+                                                                           DDS_DomainParticipant *participant);
+
+/* The default participant QoS into `qos`, an initialized record. */
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_default_participant_qos(
+    DDS_DomainParticipantFactory *self, DDS_DomainParticipantQos *qos);
+/* Replaces it for participants created later with a null QoS. */
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_set_default_participant_qos(
+    DDS_DomainParticipantFactory *self, const DDS_DomainParticipantQos *qos);
+
+/* ---- QoS profiles: none are known yet ----------------------------------- */
+
+/* Empties `profile_names` (length 0) and returns DDS_RETCODE_OK: `library_name`
+ * holds no profiles. */
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_qos_profiles(DDS_DomainParticipantFactory *self,
+                                                                         DDS_StringSeq *profile_names,
+                                                                         const char *library_name);
+
+/* Each leaves `qos` as it was and returns DDS_RETCODE_BAD_PARAMETER (no
+ * such profile), reported. */
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_participant_qos_from_profile(
+    DDS_DomainParticipantFactory *self, DDS_DomainParticipantQos *qos, const char *library_name,
+    const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_publisher_qos_from_profile(
+    DDS_DomainParticipantFactory *self, DDS_PublisherQos *qos, const char *library_name, const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_subscriber_qos_from_profile(
+    DDS_DomainParticipantFactory *self, DDS_SubscriberQos *qos, const char *library_name, const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile(
+    DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *library_name, const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(
+    DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *library_name, const char *profile_name,
+    const char *topic_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datawriter_qos_from_profile(
+    DDS_DomainParticipantFactory *self, DDS_DataWriterQos *qos, const char *library_name, const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(
+    DDS_DomainParticipantFactory *self, DDS_DataWriterQos *qos, const char *library_name, const char *profile_name,
+    const char *topic_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datareader_qos_from_profile(
+    DDS_DomainParticipantFactory *self, DDS_DataReaderQos *qos, const char *library_name, const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datareader_qos_from_profile_w_topic_name(
+    DDS_DomainParticipantFactory *self, DDS_DataReaderQos *qos, const char *library_name, const char *profile_name,
+    const char *topic_name);
+
+VEXAR_END_DECLS
+
+#endif
