@@ -67,6 +67,6 @@ void BM_CompileLoggerFilter(benchmark::State &state) {
 }
 BENCHMARK(BM_CompileLoggerFilter);
 
-} // namespace
+}  // namespace
 
 BENCHMARK_MAIN();

@@ -74,10 +74,10 @@ public:
     }
     DDS_DataReader *reader(const DDS_DataReaderListener &listener) const {
         DDS_DataReaderQos qos = reliableKeepAll(DDS_DataReaderQos(DDS_DataReaderQos_INITIALIZER));
-        return topic_ == nullptr ? nullptr
-                                 : DDS_Subscriber_create_datareader(participant_.subscriber(),
-                                                                    DDS_Topic_as_topicdescription(topic_), &qos,
-                                                                    &listener, DDS_DATA_AVAILABLE_STATUS);
+        return topic_ == nullptr
+                   ? nullptr
+                   : DDS_Subscriber_create_datareader(participant_.subscriber(), DDS_Topic_as_topicdescription(topic_),
+                                                      &qos, &listener, DDS_DATA_AVAILABLE_STATUS);
     }
 
 private:
@@ -108,8 +108,7 @@ struct BenchSample {
 
 bool hasReader(DDS_DataWriter *writer) {
     DDS_PublicationMatchedStatus status{};
-    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
-           status.current_count > 0;
+    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK && status.current_count > 0;
 }
 
 int publish(int domain, int seconds, bool batched) {
@@ -135,8 +134,8 @@ int publish(int domain, int seconds, bool batched) {
         }
     }
     DDS_DataWriter_flush(QTV_VX_LogMessageDataWriter_as_datawriter(writer));
-    std::printf("pub: %lld samples of %u bytes in %d s (%lld writes timed out, %s)\n", written,
-                bench.serializedSize(), seconds, timeouts, batched ? "batched" : "unbatched");
+    std::printf("pub: %lld samples of %u bytes in %d s (%lld writes timed out, %s)\n", written, bench.serializedSize(),
+                seconds, timeouts, batched ? "batched" : "unbatched");
     return 0;
 }
 

@@ -45,7 +45,8 @@ constexpr long kFilteredCalls = 20'000'000;
 
 // 100 characters, as an application might log them.
 const std::string kMessage = [] {
-    std::string text = "pump 7: pressure 3.25 bar above the set point of 3.00 bar, valve B opened to 40 %, next check 2 s";
+    std::string text =
+        "pump 7: pressure 3.25 bar above the set point of 3.00 bar, valve B opened to 40 %, next check 2 s";
     text.resize(100, '.');
     return text;
 }();
@@ -137,12 +138,16 @@ int main() {
     }
     std::vector<TimedCall> calls;
     calls.push_back({"timer overhead (two steady_clock reads)", [] {}, [] {}, {}});
-    calls.push_back({"accepted: QTV_VX_Vexar_info, 100 chars", [&] { QTV_VX_Vexar_info(vexar, kMessage.c_str()); },
-                     [&] { running.waitUntilDrained(); }, {}});
+    calls.push_back({"accepted: QTV_VX_Vexar_info, 100 chars",
+                     [&] { QTV_VX_Vexar_info(vexar, kMessage.c_str()); },
+                     [&] { running.waitUntilDrained(); },
+                     {}});
 #ifdef VEXAR_HAVE_SPDLOG
     SpdlogRun spdlogRun;
-    calls.push_back({"accepted: spdlog async, null sink, 100 chars", [&] { spdlogRun.logger->info(kMessage); },
-                     &SpdlogRun::drained, {}});
+    calls.push_back({"accepted: spdlog async, null sink, 100 chars",
+                     [&] { spdlogRun.logger->info(kMessage); },
+                     &SpdlogRun::drained,
+                     {}});
 #endif
     timeInTurns(calls);
     const Percentiles timer = calls.front().percentiles();

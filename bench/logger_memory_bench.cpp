@@ -70,8 +70,8 @@ Resident withRunningLogger(DDS_DomainParticipant *participant, DDS_Long queueSiz
 }
 
 void report(const char *what, Resident before, Resident after) {
-    std::printf("%-28s before %6ld KiB, with logger %6ld KiB: added %5ld KiB (%.2f MiB); statm added %5ld KiB\n",
-                what, before.rollup, after.rollup, after.rollup - before.rollup,
+    std::printf("%-28s before %6ld KiB, with logger %6ld KiB: added %5ld KiB (%.2f MiB); statm added %5ld KiB\n", what,
+                before.rollup, after.rollup, after.rollup - before.rollup,
                 static_cast<double>(after.rollup - before.rollup) / 1024.0, after.statm - before.statm);
 }
 

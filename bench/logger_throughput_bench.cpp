@@ -96,8 +96,8 @@ public:
 
     void print() const {
         double seconds = std::chrono::duration<double>(last_ - first_).count();
-        std::printf("received %ld distinct, %ld duplicates, %ld others in %.3f s\n", distinct_, duplicates_,
-                    foreign_, seconds);
+        std::printf("received %ld distinct, %ld duplicates, %ld others in %.3f s\n", distinct_, duplicates_, foreign_,
+                    seconds);
         std::printf("rate %.0f\n", seconds > 0 ? static_cast<double>(distinct_) / seconds : 0.0);
         std::printf("distinct %ld\n", distinct_);
         printMissing(10);
@@ -190,8 +190,8 @@ void logAll(const vexar_bench::BenchLogger &logger, long messages, long rate) {
     std::vector<std::string> texts;
     texts.reserve(static_cast<size_t>(messages));
     for (long sequence = 0; sequence < messages; ++sequence) texts.push_back(messageWith(sequence));
-    const auto burstPeriod = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
-        rate > 0 ? static_cast<double>(kBurst) / static_cast<double>(rate) : 0.0));
+    const auto burstPeriod = std::chrono::duration_cast<Clock::duration>(
+        std::chrono::duration<double>(rate > 0 ? static_cast<double>(kBurst) / static_cast<double>(rate) : 0.0));
     auto start = Clock::now();
     auto nextBurst = start;
     for (long sequence = 0; sequence < messages; ++sequence) {
@@ -224,8 +224,7 @@ int produce(long messages, long rate) {
         vexar::QueueOutcomes queues = vexar::queueOutcomes();
         std::printf("logger: %llu queued, %llu refused by a full queue; %llu published, %llu failed writes\n",
                     static_cast<unsigned long long>(calls.queued), static_cast<unsigned long long>(calls.dropped),
-                    static_cast<unsigned long long>(queues.published),
-                    static_cast<unsigned long long>(queues.failed));
+                    static_cast<unsigned long long>(queues.published), static_cast<unsigned long long>(queues.failed));
     }
     if (distinct < 0) {
         std::fprintf(stderr, "the subscriber gave no result\n");
@@ -237,10 +236,9 @@ int produce(long messages, long rate) {
 
 bool logWriterMatched(const QTV_VX_Vexar *logger) {
     DDS_PublicationMatchedStatus status{};
-    DDS_DataWriter *writer = QTV_VX_LogMessageDataWriter_as_datawriter(
-        QTV_VX_DDSEntities_getLogMessageWriter(logger->_ddsEntities));
-    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
-           status.current_count > 0;
+    DDS_DataWriter *writer =
+        QTV_VX_LogMessageDataWriter_as_datawriter(QTV_VX_DDSEntities_getLogMessageWriter(logger->_ddsEntities));
+    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK && status.current_count > 0;
 }
 
 // Logs for a subscriber of its own (such as `vexar tail`) once it matched,
@@ -263,7 +261,8 @@ int main(int argc, char **argv) {
     if (argc == 4 && std::strcmp(argv[1], "pub") == 0) return produceForOthers(std::atol(argv[2]), std::atol(argv[3]));
     if (argc == 4 && std::strcmp(argv[1], "sub") == 0) return subscribe(std::atoi(argv[2]), std::atol(argv[3]));
     if (argc > 3) {
-        std::fprintf(stderr, "usage: %s [messages [rate]] | sub <domain> <messages> | pub <messages> <rate>\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [messages [rate]] | sub <domain> <messages> | pub <messages> <rate>\n",
+                     argv[0]);
         return 2;
     }
     long messages = argc >= 2 ? std::atol(argv[1]) : kDefaultMessages;

@@ -12,13 +12,9 @@
 #define TOUR_QUEUE_SIZE 3
 #define LONG_MESSAGE_LENGTH 5000
 
-static void section(const char *title) {
-    printf("\n== %s ==\n", title);
-}
+static void section(const char *title) { printf("\n== %s ==\n", title); }
 
-static const char *orNone(const char *text) {
-    return text != NULL ? text : "(none)";
-}
+static const char *orNone(const char *text) { return text != NULL ? text : "(none)"; }
 
 static void showOptions(const QTV_VX_Options *options) {
     char levelName[QTV_VX_LOG_LEVEL_NAME_SIZE];
@@ -73,8 +69,7 @@ static void drain(QTV_VX_MessageQueue *queue) {
         char levelName[QTV_VX_LOG_LEVEL_NAME_SIZE];
         QTV_VX_translateFromVXLogLevelToString(head->message.level, levelName);
         printf("  %-10s [%s] %zu characters: \"%.40s%s\"\n", levelName, head->message.category,
-               strlen(head->message.message), head->message.message,
-               strlen(head->message.message) > 40 ? "..." : "");
+               strlen(head->message.message), head->message.message, strlen(head->message.message) > 40 ? "..." : "");
         QTV_VX_MessageQueue_pop(queue);
     }
 }

@@ -7,9 +7,7 @@
 
 #include "vexar/Vexar.h"
 
-static int domainFromArguments(int argc, char **argv) {
-    return argc > 1 ? atoi(argv[1]) : 0;
-}
+static int domainFromArguments(int argc, char **argv) { return argc > 1 ? atoi(argv[1]) : 0; }
 
 /* Options outlive the logger: the logger keeps the pointer, not a copy. */
 static QTV_VX_Options *exampleOptions(int domainId) {

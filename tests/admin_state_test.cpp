@@ -13,8 +13,8 @@
 
 namespace {
 
-using vexar_test::Administrator;
 using vexar_test::AdministeredLogger;
+using vexar_test::Administrator;
 using vexar_test::StateSeen;
 
 constexpr int kFirstWriteDomain = vexar_test::domains::kLoggerBase + 17;
@@ -71,9 +71,8 @@ TEST(AdminState, AReaderFromBeforeCreationFollowsTheLoggerToNonOperational) {
             return !states.now().empty() && states.now().back().state == QTV_VX_STATE_OPERATIONAL;
         }));
     }
-    ASSERT_TRUE(vexar_test::eventuallyWithin(std::chrono::seconds(5), [&] {
-        return states.now().back().state == QTV_VX_STATE_NONOPERATIONAL;
-    }));
+    ASSERT_TRUE(vexar_test::eventuallyWithin(std::chrono::seconds(5),
+                                             [&] { return states.now().back().state == QTV_VX_STATE_NONOPERATIONAL; }));
     QTV_VX_ADMIN_StateKind previous = QTV_VX_STATE_INITIALIZING;
     for (const StateSeen &sample : states.now()) {
         EXPECT_GE(sample.state, previous) << "states only move forward";

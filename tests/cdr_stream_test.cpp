@@ -112,7 +112,8 @@ TEST(CdrStream, ParameterHeadersCarryTheirLengthAndNeverReachPastTheEnd) {
 
     // A short header cannot carry a long id or a length over 65535.
     Stream big(70000);
-    EXPECT_FALSE(OBLX_CdrStream_serializeParameterHeader(&big.s, &header, 0x3F02, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE));
+    EXPECT_FALSE(
+        OBLX_CdrStream_serializeParameterHeader(&big.s, &header, 0x3F02, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE));
     ASSERT_TRUE(OBLX_CdrStream_serializeParameterHeader(&big.s, &header, 1, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_FALSE));
     ASSERT_TRUE(OBLX_CdrStream_setPosition(&big.s, OBLX_CdrStream_getPosition(&big.s) + 65536));
     EXPECT_FALSE(OBLX_CdrStream_finishParameterHeader(&big.s, &header));

@@ -27,8 +27,8 @@ protected:
 
     static LogLine line(std::int32_t level, std::string_view kind, std::string_view category,
                         std::string_view message) {
-        return {kSeconds, kNanoseconds, {0x01100f3a, static_cast<std::int32_t>(0x8b2c4d1eu)}, kind, level, category,
-                message};
+        return {kSeconds, kNanoseconds, {0x01100f3a, static_cast<std::int32_t>(0x8b2c4d1eu)}, kind, level,
+                category, message};
     }
 
     static std::string format(LineStyle style, const LogLine &logLine) {
@@ -54,10 +54,9 @@ TEST_F(CliOutput, PlainLinesKeepTheirColumnsAndEscapeRemoteText) {
 
 TEST_F(CliOutput, JsonLinesAreValidWhateverTheBytes) {
     std::string json = format(LineStyle::Json, line(650, "", "net", "say \"hi\"\\\n\x01 \xe2\x82\xac \xc3\x28"));
-    EXPECT_EQ(json,
-              "{\"time\":\"2026-11-21T18:30:05.123456789Z\",\"host\":17829690,\"app\":-1960030946,"
-              "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"level\":650,\"levelName\":null,\"category\":\"net\","
-              "\"message\":\"say \\\"hi\\\"\\\\\\n\\u0001 \xe2\x82\xac \\ufffd(\"}\n");
+    EXPECT_EQ(json, "{\"time\":\"2026-11-21T18:30:05.123456789Z\",\"host\":17829690,\"app\":-1960030946,"
+                    "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"level\":650,\"levelName\":null,\"category\":\"net\","
+                    "\"message\":\"say \\\"hi\\\"\\\\\\n\\u0001 \xe2\x82\xac \\ufffd(\"}\n");
     // Overlong and surrogate encodings are refused, a 4-byte character kept.
     std::string out;
     appendJsonString(out, "\xc0\xaf|\xed\xa0\x80|\xf4\x90\x80\x80|\xf0\x9f\x98\x80");

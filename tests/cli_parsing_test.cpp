@@ -46,9 +46,9 @@ TEST(CliAppId, ReadsWhatItPrintsDecimalAndPrefixedHexAndSelectsByIdOrKind) {
     EXPECT_EQ(formatAppId(id), "01100f3a:8b2c4d1e");
     EXPECT_EQ(formatAppId({-1, 0}), "ffffffff:00000000");
     const std::pair<std::string_view, AppId> good[] = {
-        {"01100F3A:8B2C4D1E", id},         {"-5:17", {-5, 17}},      {"0x1a:0X2B", {0x1a, 0x2b}},
-        {"0xffffffff:1", {-1, 1}},         {"1234567:1", {1234567, 1}},
-        {"12345678:1", {0x12345678, 1}},  // eight digits are the printed hex form
+        {"01100F3A:8B2C4D1E", id},   {"-5:17", {-5, 17}},
+        {"0x1a:0X2B", {0x1a, 0x2b}}, {"0xffffffff:1", {-1, 1}},
+        {"1234567:1", {1234567, 1}}, {"12345678:1", {0x12345678, 1}},  // eight digits are the printed hex form
     };
     for (const auto &[text, expected] : good) EXPECT_EQ(parseAppId(text), expected) << text;
     for (std::string_view bad : {"1:", ":2", "1:2:3", "0x123456789:1", "99999999999:1", "0x:1", "a:b", "12"}) {
@@ -79,7 +79,9 @@ TEST(CliArguments, OptionsTakeValuesEitherWayOperandsMayBeNegativeAndMistakesAre
     // The program's own usage checks cover the other mistakes, by their messages.
     EXPECT_EQ(usageErrorOf([] { parse({"t", "-x"}); }), "unknown option '-x'") << "not a negative number";
     EXPECT_EQ(usageErrorOf([] { parse({"t", "--json=yes"}); }), "option --json takes no value");
-    EXPECT_EQ(usageErrorOf([] { parse({"t", "--count", "0"}).integer("count", 1, 1, 10); }),
+    EXPECT_EQ(usageErrorOf([] {
+                  parse({"t", "--count", "0"}).integer("count", 1, 1, 10);
+              }),
               "bad --count '0' (expected a whole number from 1 to 10)");
     for (std::string_view bad : {"soon", "-1", "inf", "nan", ""}) {
         EXPECT_NE(usageErrorOf([&] { parse({"t", "--count", bad}).seconds("count", 1); }), "(no error)") << bad;

@@ -27,8 +27,7 @@ TEST(BufferPool, PreallocatesThenGrowsByItsIncrementOrByDoublingUpToItsMaximal) 
     const Case cases[] = {
         {poolProperty(4, 4, kDouble), {4, 4, 4, 4, 4, 4}, 4},  // as the message queue sizes it
         {poolProperty(3, 5, kDouble), {3, 3, 3, 5, 5, 5}, 5},  // doubling would reach 6
-        {poolProperty(0, kUnlimited, kDouble), {1, 2, 4, 4, 8, 8}, 6},
-        {poolProperty(1, 6, 2), {1, 3, 3, 5, 5, 6}, 6},
+        {poolProperty(0, kUnlimited, kDouble), {1, 2, 4, 4, 8, 8}, 6}, {poolProperty(1, 6, 2), {1, 3, 3, 5, 5, 6}, 6},
         {poolProperty(1, kUnlimited, 0), {1, 1, 1, 1, 1, 1}, 1},
     };
     for (const Case &c : cases) {
@@ -132,7 +131,7 @@ TEST_F(InlineListTest, AddsAtBothEndsAndRemovesAnywhere) {
     ASSERT_TRUE(OBLX_InlineList_removeNode(&list, &nodes[3]));  // tail
     EXPECT_EQ(OBLX_InlineList_getLast(&list), &nodes[1]);
     ASSERT_TRUE(OBLX_InlineList_addNodeToBack(&list, &nodes[3]));  // the tail moved back
-    ASSERT_TRUE(OBLX_InlineList_removeNode(&list, &nodes[0]));  // head
+    ASSERT_TRUE(OBLX_InlineList_removeNode(&list, &nodes[0]));     // head
     EXPECT_EQ(order(), (std::vector<int>{1, 3}));
     EXPECT_EQ(nodes[1].prev, &list.sentinel);
     EXPECT_EQ(nodes[0].inlineList, nullptr);

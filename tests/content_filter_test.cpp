@@ -24,7 +24,7 @@ ContentFilter compiled(const std::string &expression, std::vector<std::string> p
                        const DDS_TypeCode *type = QTV_VX_ADMIN_CommandRequest_get_typecode()) {
     ContentFilter::Compiled result = ContentFilter::compile(expression, std::move(parameters), type);
     if (const auto *error = std::get_if<FilterError>(&result)) {
-        throw std::runtime_error(expression + ": " + error->describe()); // gtest reports it
+        throw std::runtime_error(expression + ": " + error->describe());  // gtest reports it
     }
     return std::get<ContentFilter>(std::move(result));
 }
@@ -50,7 +50,7 @@ QTV_VX_LogMessage logMessage(const char *category) {
     return sample;
 }
 
-} // namespace
+}  // namespace
 
 // The logger's own expression selects its application; new parameters change
 // what matches and bad ones keep the old.
@@ -88,7 +88,7 @@ std::string withMembers(std::string expression) {
     return expression;
 }
 
-} // namespace
+}  // namespace
 
 // Each expression against every request with h, a, i in {-1, 0, 1}.
 TEST(ContentFilter, LogicAndRelationsAgreeWithTheirMeaning) {

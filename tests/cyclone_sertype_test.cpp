@@ -166,7 +166,8 @@ TEST_F(BridgeSerdata, MalformedBytesAreDropped) {
 
 TEST_F(BridgeSerdata, PrintShowsTheSampleOnOneLine) {
     char line[256];
-    size_t needed = written->ops->print(log.get(), written.get(), line, sizeof line);  // the inline wrapper returns a bool
+    size_t needed =
+        written->ops->print(log.get(), written.get(), line, sizeof line);  // the inline wrapper returns a bool
     EXPECT_STREQ(line, "{hostAndAppId={rtps_host_id=16909060, rtps_app_id=-2}, level=300, "
                        "category=\"com.example\", message=\"disk almost full\"}");
     EXPECT_EQ(needed, std::strlen(line));
@@ -243,9 +244,8 @@ pid_t publishFromChild(const QTV_VX_LogMessage &sample) {
     pid_t child = fork();
     if (child != 0) return child;
     // Messages smaller than the sample make the writer send it in fragments.
-    std::string uri = std::getenv("CYCLONEDDS_URI") +
-                      std::string(",<General><MaxMessageSize>1400B</MaxMessageSize>"
-                                  "<FragmentSize>1000B</FragmentSize></General>");
+    std::string uri = std::getenv("CYCLONEDDS_URI") + std::string(",<General><MaxMessageSize>1400B</MaxMessageSize>"
+                                                                  "<FragmentSize>1000B</FragmentSize></General>");
     setenv("CYCLONEDDS_URI", uri.c_str(), 1);
     Domain<QTV_VX_LogMessage> domain(kAcrossProcessesDomain);
     dds_entity_t writer = domain.writer();

@@ -108,8 +108,7 @@ TEST(DdsReadTake, StatesSelectAndAnEmptySequenceIsLentUntilReturned) {
     EXPECT_EQ(received.readOrTake(endpoints.reader, DDS_LENGTH_UNLIMITED, false, 0), DDS_RETCODE_NO_DATA)
         << "an empty mask selects nothing";
 
-    ASSERT_EQ(received.readOrTake(endpoints.reader, DDS_LENGTH_UNLIMITED, true, DDS_READ_SAMPLE_STATE),
-              DDS_RETCODE_OK);
+    ASSERT_EQ(received.readOrTake(endpoints.reader, DDS_LENGTH_UNLIMITED, true, DDS_READ_SAMPLE_STATE), DDS_RETCODE_OK);
     EXPECT_FALSE(received.data._owned);
     EXPECT_FALSE(received.infos._owned);
     EXPECT_EQ(DDS_SampleInfoSeq_get_length(&received.infos), 3);
@@ -181,10 +180,9 @@ TEST(DdsReadTake, ReadConditionSelectsUnreadSamplesOfAllOrOneInstance) {
     DDS_Long count = 0;
     DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
     auto readUnread = [&] {
-        return DDS_DataReader_read_or_take_w_condition_untypedI(endpoints.reader, &isLoan, &lent, &count, &infos, 0,
-                                                                0, DDS_BOOLEAN_TRUE, nullptr,
-                                                                sizeof(QTV_VX_LogMessage), 1, unread,
-                                                                DDS_BOOLEAN_FALSE);
+        return DDS_DataReader_read_or_take_w_condition_untypedI(endpoints.reader, &isLoan, &lent, &count, &infos, 0, 0,
+                                                                DDS_BOOLEAN_TRUE, nullptr, sizeof(QTV_VX_LogMessage), 1,
+                                                                unread, DDS_BOOLEAN_FALSE);
     };
     ASSERT_TRUE(eventually([&] { return readUnread() == DDS_RETCODE_OK; }));
     EXPECT_EQ(count, 1);
@@ -208,10 +206,10 @@ TEST(DdsReadTake, ReadConditionSelectsUnreadSamplesOfAllOrOneInstance) {
     // the reader stays usable (its cache is not left locked).
     const DDS_InstanceHandle_t unknown = instance + 1000003;
     for (DDS_Boolean take : {DDS_BOOLEAN_FALSE, DDS_BOOLEAN_TRUE}) {
-        EXPECT_EQ(DDS_DataReader_read_or_take_instance_untypedI(
-                      endpoints.reader, &isLoan, &lent, &count, &infos, 0, 0, DDS_BOOLEAN_TRUE, nullptr,
-                      sizeof(QTV_VX_LogMessage), DDS_LENGTH_UNLIMITED, unknown, DDS_ANY_SAMPLE_STATE,
-                      DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE, take),
+        EXPECT_EQ(DDS_DataReader_read_or_take_instance_untypedI(endpoints.reader, &isLoan, &lent, &count, &infos, 0, 0,
+                                                                DDS_BOOLEAN_TRUE, nullptr, sizeof(QTV_VX_LogMessage),
+                                                                DDS_LENGTH_UNLIMITED, unknown, DDS_ANY_SAMPLE_STATE,
+                                                                DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE, take),
                   DDS_RETCODE_PRECONDITION_NOT_MET);
     }
     endpoints.write(700, 3);

@@ -53,17 +53,17 @@ TEST(DdsParticipant, AdoptedCycloneParticipantOutlivesItsRecordAndIsLeftClean) {
     ASSERT_EQ(TopicType<Request>::registerType(adopted, "requests"), DDS_RETCODE_OK);
     DDS_Topic *topic = DDS_DomainParticipant_create_topic(adopted, "requests", "requests", nullptr, nullptr, 0);
     ASSERT_NE(topic, nullptr);
-    DDS_ContentFilteredTopic *filtered = DDS_DomainParticipant_create_contentfilteredtopic(
-        adopted, "filtered", topic, "invocation > 3", nullptr);
+    DDS_ContentFilteredTopic *filtered =
+        DDS_DomainParticipant_create_contentfilteredtopic(adopted, "filtered", topic, "invocation > 3", nullptr);
     ASSERT_NE(filtered, nullptr);
     DDS_Publisher *publisher = DDS_DomainParticipant_create_publisher(adopted, nullptr, nullptr, 0);
     DDS_Subscriber *subscriber = DDS_DomainParticipant_create_subscriber(adopted, nullptr, nullptr, 0);
     ASSERT_NE(DDS_Publisher_create_datawriter(publisher, topic, nullptr, nullptr, 0), nullptr);
     DDS_DataReader *reader = DDS_Subscriber_create_datareader(
         subscriber, DDS_ContentFilteredTopic_as_topicdescription(filtered), nullptr, nullptr, 0);
-    ASSERT_NE(DDS_DataReader_create_readcondition(reader, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
-                                                  DDS_ANY_INSTANCE_STATE),
-              nullptr);
+    ASSERT_NE(
+        DDS_DataReader_create_readcondition(reader, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+        nullptr);
     EXPECT_GT(dds_get_children(cyclone, nullptr, 0), 0);
 
     EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(adopted), DDS_RETCODE_OK);
@@ -78,10 +78,8 @@ TEST(DdsTypes, RegistrationKeepsItsOwnPluginAndGuardsItsTopics) {
     LogCapture log;
     OBLX_TypePlugin *logPlugin = QTV_VX_LogMessagePlugin_new();
     OBLX_TypePlugin *statePlugin = QTV_VX_ADMIN_StatePlugin_new();
-    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, logPlugin, nullptr),
-              DDS_RETCODE_OK);
-    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, logPlugin, nullptr),
-              DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, logPlugin, nullptr), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, logPlugin, nullptr), DDS_RETCODE_OK);
     EXPECT_EQ(DDS_DomainParticipant_register_type(participant.get(), kLogTypeName, statePlugin, nullptr),
               DDS_RETCODE_PRECONDITION_NOT_MET);
     QTV_VX_LogMessagePlugin_delete(logPlugin);  // the participant has its own copy
@@ -92,8 +90,7 @@ TEST(DdsTypes, RegistrationKeepsItsOwnPluginAndGuardsItsTopics) {
     DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant.get(), "t", kLogTypeName, nullptr, nullptr, 0);
     ASSERT_NE(topic, nullptr);
     EXPECT_STREQ(DDS_TopicDescription_get_type_name(DDS_Topic_as_topicdescription(topic)), kLogTypeName);
-    EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName),
-              DDS_RETCODE_PRECONDITION_NOT_MET);
+    EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName), DDS_RETCODE_PRECONDITION_NOT_MET);
     EXPECT_EQ(DDS_DomainParticipant_delete_topic(participant.get(), topic), DDS_RETCODE_OK);
     EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName), DDS_RETCODE_OK);
     EXPECT_EQ(DDS_DomainParticipant_unregister_type(participant.get(), kLogTypeName), DDS_RETCODE_BAD_PARAMETER);
@@ -113,8 +110,8 @@ TEST(DdsTopics, AreFoundByNameNarrowedByKindAndBadFiltersRefused) {
               nullptr);
     EXPECT_TRUE(log.contains("exists already"));
 
-    DDS_ContentFilteredTopic *filtered = DDS_DomainParticipant_create_contentfilteredtopic(
-        participant.get(), "loud", topic, "level <= 300", nullptr);
+    DDS_ContentFilteredTopic *filtered =
+        DDS_DomainParticipant_create_contentfilteredtopic(participant.get(), "loud", topic, "level <= 300", nullptr);
     ASSERT_NE(filtered, nullptr);
     DDS_TopicDescription *filteredFound = DDS_DomainParticipant_lookup_topicdescription(participant.get(), "loud");
     EXPECT_EQ(DDS_ContentFilteredTopic_narrow(filteredFound), filtered);

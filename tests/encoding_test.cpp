@@ -47,23 +47,46 @@ TEST(HandDerivedBytes, EveryTopicTypeTheCommandInEachBranchAndAPlainStruct) {
         setText(log->message, "x");
         expectWire(log.sample, bigEndian,
                    list()
-                       .pid(0, 8).i32(1).i32(2)    // hostAndAppId
-                       .pid(1, 4).i32(300)         // level
-                       .pid(2, 5).str("").pad(3)   // category
-                       .pid(3, 6).str("x").pad(2)  // message
+                       .pid(0, 8)
+                       .i32(1)
+                       .i32(2)  // hostAndAppId
+                       .pid(1, 4)
+                       .i32(300)  // level
+                       .pid(2, 5)
+                       .str("")
+                       .pad(3)  // category
+                       .pid(3, 6)
+                       .str("x")
+                       .pad(2)  // message
                        .sentinel()
                        .bytes);
 
         expectWire(Filled<QTV_VX_ADMIN_State>().sample, bigEndian,
                    list()
-                       .pid(0, 8).i32(0x01020304).i32(-2)  // hostAndAppId
-                       .pid(1, 4).i32(7)                   // administrationDomainId
-                       .pid(2, 4).i32(1)                   // state OPERATIONAL
-                       .pid(3, 8).str("app")               // applicationKind: 4 + 4, no padding
-                       .pid(4, 4).i32(600)                 // filterLevel
-                       .pid(5, 40)                         // five (category, verbosity) pairs, no count
-                       .i32(0).i32(1).i32(1).i32(2).i32(2).i32(3).i32(3).i32(4).i32(4).i32(5)
-                       .pid(6, 4).i32(2)                   // qtvLoggerPrintFormat VERBOSE
+                       .pid(0, 8)
+                       .i32(0x01020304)
+                       .i32(-2)  // hostAndAppId
+                       .pid(1, 4)
+                       .i32(7)  // administrationDomainId
+                       .pid(2, 4)
+                       .i32(1)  // state OPERATIONAL
+                       .pid(3, 8)
+                       .str("app")  // applicationKind: 4 + 4, no padding
+                       .pid(4, 4)
+                       .i32(600)    // filterLevel
+                       .pid(5, 40)  // five (category, verbosity) pairs, no count
+                       .i32(0)
+                       .i32(1)
+                       .i32(1)
+                       .i32(2)
+                       .i32(2)
+                       .i32(3)
+                       .i32(3)
+                       .i32(4)
+                       .i32(4)
+                       .i32(5)
+                       .pid(6, 4)
+                       .i32(2)  // qtvLoggerPrintFormat VERBOSE
                        .sentinel()
                        .bytes);
 
@@ -79,23 +102,42 @@ TEST(HandDerivedBytes, EveryTopicTypeTheCommandInEachBranchAndAPlainStruct) {
         // The request nests the command with its own sentinel.
         expectWire(Filled<QTV_VX_ADMIN_CommandRequest>().sample, bigEndian,
                    list()
-                       .pid(0, 8).i32(11).i32(12)  // targetHostAndAppId
-                       .pid(1, 8).i32(21).i32(22)  // originatorHostAndAppId
-                       .pid(2, 4).i32(42)          // invocation
-                       .pid(3, 36)                 // command: 8 + 24 + 4
-                       .pid(0, 4).i32(1)
-                       .pid(2, 20).u32(2).i32(1).i32(3).i32(4).i32(5)  // count, then the pairs
-                       .sentinel()                 // the command's
-                       .sentinel()                 // the request's
+                       .pid(0, 8)
+                       .i32(11)
+                       .i32(12)  // targetHostAndAppId
+                       .pid(1, 8)
+                       .i32(21)
+                       .i32(22)  // originatorHostAndAppId
+                       .pid(2, 4)
+                       .i32(42)     // invocation
+                       .pid(3, 36)  // command: 8 + 24 + 4
+                       .pid(0, 4)
+                       .i32(1)
+                       .pid(2, 20)
+                       .u32(2)
+                       .i32(1)
+                       .i32(3)
+                       .i32(4)
+                       .i32(5)      // count, then the pairs
+                       .sentinel()  // the command's
+                       .sentinel()  // the request's
                        .bytes);
 
         expectWire(Filled<QTV_VX_ADMIN_CommandResponse>().sample, bigEndian,
                    list()
-                       .pid(0, 8).i32(11).i32(12)
-                       .pid(1, 8).i32(21).i32(22)
-                       .pid(2, 4).i32(42)
-                       .pid(3, 4).i32(1)                           // NOT_SUPPORTED
-                       .pid(4, 21).str("no such category").pad(3)  // 4 + 17
+                       .pid(0, 8)
+                       .i32(11)
+                       .i32(12)
+                       .pid(1, 8)
+                       .i32(21)
+                       .i32(22)
+                       .pid(2, 4)
+                       .i32(42)
+                       .pid(3, 4)
+                       .i32(1)  // NOT_SUPPORTED
+                       .pid(4, 21)
+                       .str("no such category")
+                       .pad(3)  // 4 + 17
                        .sentinel()
                        .bytes);
 
@@ -156,15 +198,17 @@ TEST(ParameterListReading, UnknownMembersPassUnlessTheyMustBeUnderstood) {
     EXPECT_EQ(log->level, 300);
     EXPECT_STREQ(log->message, "x");
     EXPECT_FALSE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x4009, 4).i32(77).bytes)));
-    EXPECT_FALSE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x7F01, 8).u32(0x40000009).u32(0).bytes)));
+    EXPECT_FALSE(
+        deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x7F01, 8).u32(0x40000009).u32(0).bytes)));
     // A member's reader stays inside its parameter: a 2-byte level may not borrow from the next one.
     EXPECT_FALSE(deserialized(log.sample, WireBytes(false).encapsulation(3).pid(1, 2).i32(300).sentinel().bytes));
 
     // The command accepts only its discriminator and branches, whatever the flags.
     Owned<QTV_VX_ADMIN_Command> command;
     for (std::uint16_t unknownId : {4, 9, 0x4009}) {
-        EXPECT_FALSE(deserialized(command.sample,
-                                  WireBytes(false).encapsulation(3).pid(0, 4).i32(0).pid(unknownId, 4).i32(1).sentinel().bytes));
+        EXPECT_FALSE(
+            deserialized(command.sample,
+                         WireBytes(false).encapsulation(3).pid(0, 4).i32(0).pid(unknownId, 4).i32(1).sentinel().bytes));
     }
 }
 
@@ -175,9 +219,17 @@ TEST(ParameterListReading, IgnoredParametersAndExtendedHeadersAreRead) {
 
     Bytes extended = WireBytes(false)
                          .encapsulation(3)
-                         .pid(0x7F01, 8).u32(0).u32(8).i32(5).i32(6)          // hostAndAppId
-                         .pid(1, 4).i32(700)
-                         .pid(0x7F01, 8).u32(3).u32(8).str("abc")              // message; category absent
+                         .pid(0x7F01, 8)
+                         .u32(0)
+                         .u32(8)
+                         .i32(5)
+                         .i32(6)  // hostAndAppId
+                         .pid(1, 4)
+                         .i32(700)
+                         .pid(0x7F01, 8)
+                         .u32(3)
+                         .u32(8)
+                         .str("abc")  // message; category absent
                          .sentinel()
                          .bytes;
     ASSERT_TRUE(deserialized(log.sample, extended));
@@ -208,7 +260,10 @@ TEST(ParameterListReading, ACommandKeepsWhatItsBytesLeaveOutWhileARequestStartsO
     request->command._u.filterLevel = 55;
     ASSERT_TRUE(deserialized(request.sample, WireBytes(false)
                                                  .encapsulation(3)
-                                                 .pid(3, 12).pid(0, 4).i32(2).sentinel()  // command: discriminator only
+                                                 .pid(3, 12)
+                                                 .pid(0, 4)
+                                                 .i32(2)
+                                                 .sentinel()  // command: discriminator only
                                                  .sentinel()
                                                  .bytes));
     EXPECT_EQ(request->invocation, 0);
@@ -274,8 +329,8 @@ namespace {
 bool readStateSkippingUnassignable(Bytes bytes, QTV_VX_ADMIN_State &state) {
     OBLX_CdrStream stream;
     OBLX_CdrStream_initForRead(&stream, bytes.data(), static_cast<DDS_UnsignedLong>(bytes.size()));
-    EXPECT_TRUE(QTV_VX_ADMIN_StatePlugin_deserialize_sample(nullptr, &state, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE,
-                                                            nullptr));
+    EXPECT_TRUE(QTV_VX_ADMIN_StatePlugin_deserialize_sample(nullptr, &state, &stream, DDS_BOOLEAN_TRUE,
+                                                            DDS_BOOLEAN_TRUE, nullptr));
     return OBLX_CdrStream_getUnassignable(&stream);
 }
 }  // namespace

@@ -22,8 +22,8 @@ void expectTable(const Rows &rows, Translator toVexar, Translator toMiddleware) 
 }
 
 TEST(EnumTranslators, EveryRowBothWaysAndTheDefaultOutside) {
-    expectTable({{0, 0}, {1, 1}, {2, 3}, {3, 7}, {4, 15}, {5, 31}},
-                QTV_VX_translateFromQTVLoggerVerbosityToVXVerbosity, QTV_VX_translateFromVXVerbosityToQTVLoggerVerbosity);
+    expectTable({{0, 0}, {1, 1}, {2, 3}, {3, 7}, {4, 15}, {5, 31}}, QTV_VX_translateFromQTVLoggerVerbosityToVXVerbosity,
+                QTV_VX_translateFromVXVerbosityToQTVLoggerVerbosity);
     expectTable({{0, 0}, {1, 1}, {2, 2}, {3, 3}, {4, 4}}, QTV_VX_translateFromQTVLoggerCategoryToVXCategory,
                 QTV_VX_translateFromVXCategoryToQTVLoggerCategory);
     expectTable({{0, 0x412}, {1, 0x512}, {2, 0xE16}, {3, 0xF16}, {4, 0x22F}, {5, 0x11}, {6, 0xF3F}},

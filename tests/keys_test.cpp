@@ -57,8 +57,11 @@ TEST(KeyForm, HoldsOnlyTheKeyMembersAsAParameterListAndInKeyHolders) {
     buffer.resize(OBLX_CdrStream_getPosition(&stream));
     EXPECT_EQ(buffer, WireBytes(true)
                           .encapsulation(2)
-                          .pid(0, 8).i32(0x01020304).i32(-2)  // hostAndAppId
-                          .pid(1, 4).i32(300)                 // level; no category, no message
+                          .pid(0, 8)
+                          .i32(0x01020304)
+                          .i32(-2)  // hostAndAppId
+                          .pid(1, 4)
+                          .i32(300)  // level; no category, no message
                           .sentinel()
                           .bytes);
 
@@ -134,14 +137,29 @@ void expectHashAfter(Change change, bool keyChanges, const char *what) {
 // instances one per application; an unkeyed request hashes whole.
 TEST(KeyHash, OnlyKeyMembersNameTheInstance) {
     using Log = QTV_VX_LogMessage;
-    expectHashAfter<Log>([](Log &s) { setText(s.message, "other"); setText(s.category, "other"); }, false, "texts");
+    expectHashAfter<Log>(
+        [](Log &s) {
+            setText(s.message, "other");
+            setText(s.category, "other");
+        },
+        false, "texts");
     expectHashAfter<Log>([](Log &s) { s.level = 400; }, true, "level");
     expectHashAfter<Log>([](Log &s) { s.hostAndAppId.rtps_app_id += 1; }, true, "application");
     using State = QTV_VX_ADMIN_State;
-    expectHashAfter<State>([](State &s) { s.filterLevel = 1; s.state = QTV_VX_STATE_SHUTTING_DOWN; }, false, "state");
+    expectHashAfter<State>(
+        [](State &s) {
+            s.filterLevel = 1;
+            s.state = QTV_VX_STATE_SHUTTING_DOWN;
+        },
+        false, "state");
     expectHashAfter<State>([](State &s) { s.hostAndAppId.rtps_host_id += 1; }, true, "state host");
     using Response = QTV_VX_ADMIN_CommandResponse;
-    expectHashAfter<Response>([](Response &s) { s.invocation = 99; setText(s.message, "changed"); }, false, "response");
+    expectHashAfter<Response>(
+        [](Response &s) {
+            s.invocation = 99;
+            setText(s.message, "changed");
+        },
+        false, "response");
     using Request = QTV_VX_ADMIN_CommandRequest;
     expectHashAfter<Request>([](Request &s) { s.invocation += 1; }, true, "request");
 }

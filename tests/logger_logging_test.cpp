@@ -39,9 +39,9 @@ TEST(LoggerClock, FractionBecomesNanosecondsRoundedUpExceptWhenExact) {
     } cases[] = {
         {{5, 0u}, {5, 0u}},
         {{5, 1u}, {5, 1u}},
-        {{5, 2305843009u}, {5, 536870912u}},  // exact: not rounded up
-        {{5, 0x80000000u}, {5, 500000001u}},  // the divisor is truncated: halves come out just above
-        {{5, 0xFFFFFFFFu}, {6, 0u}},          // rounded up to a whole second, carried
+        {{5, 2305843009u}, {5, 536870912u}},                     // exact: not rounded up
+        {{5, 0x80000000u}, {5, 500000001u}},                     // the divisor is truncated: halves come out just above
+        {{5, 0xFFFFFFFFu}, {6, 0u}},                             // rounded up to a whole second, carried
         {{2147483647, 0xFFFFFFFFu}, {2147483647, 1000000000u}},  // no second left to carry into
     };
     for (const auto &c : cases) {

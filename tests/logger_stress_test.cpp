@@ -134,11 +134,11 @@ void sendCommand(Administrator &administrator, QTV_VX_HostAndAppId target, DDS_L
     // The level shares its union with the other branches: zero unless used.
     Request request(target, invocation, kKinds[invocation % 3], invocation % 3 ? 0 : kLevels[(invocation / 3) % 3]);
     if (invocation % 3 == 1) {
-        const QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity pair{
-            QTV_VX_OBLX_CONFIG_LOG_CATEGORY_API,
-            odd ? QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING : QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR};
-        QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(&request.sample.command._u.categoryAndVerbosity,
-                                                                 &pair, 1);
+        const QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity pair{QTV_VX_OBLX_CONFIG_LOG_CATEGORY_API,
+                                                              odd ? QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING
+                                                                  : QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR};
+        QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(&request.sample.command._u.categoryAndVerbosity, &pair,
+                                                                 1);
     } else if (invocation % 3 == 2) {
         request.sample.command._u.printFormat =
             odd ? QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL : QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT;
@@ -208,8 +208,8 @@ TEST(LoggerStressConcurrency, EveryMessageIsDeliveredOrAccountedForThroughComman
     // stream (and counted by the subscriber among the others).
     std::thread diagnostics([&] {
         for (; !stopLogging.load(); std::this_thread::sleep_for(200us)) {
-            OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING, "emitter",
-                                   nullptr, 0, "diagnostic from another thread");
+            OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING, "emitter", nullptr,
+                                   0, "diagnostic from another thread");
         }
     });
     auto commands = std::async(std::launch::async, commandUntil, std::cref(stopCommands));
@@ -234,8 +234,8 @@ TEST(LoggerStressConcurrency, EveryMessageIsDeliveredOrAccountedForThroughComman
     // Every call ended one way, as its own thread saw it.
     long queuedByThreads = 0, refused = 0;
     for (const ThreadTally &tally : tallies) {
-        EXPECT_EQ(tally.logged, static_cast<long>(tally.outcomes.refused + tally.outcomes.queued +
-                                                  tally.outcomes.dropped));
+        EXPECT_EQ(tally.logged,
+                  static_cast<long>(tally.outcomes.refused + tally.outcomes.queued + tally.outcomes.dropped));
         queuedByThreads += static_cast<long>(tally.outcomes.queued);
         refused += static_cast<long>(tally.outcomes.refused);
     }

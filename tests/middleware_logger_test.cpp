@@ -127,8 +127,9 @@ TEST_F(MiddlewareLogger, LevelPassesWhenItsBitIsInTheCategoryVerbosity) {
 TEST_F(MiddlewareLogger, CategoryAllAndSetVerbosityReachEveryCategoryAndABadOneNone) {
     const auto expectEveryCategory = [&](OBLX_Config_LogVerbosity expected) {
         for (int category = 0; category < OBLX_CONFIG_LOG_CATEGORY_COUNT; ++category)
-            EXPECT_EQ(OBLX_Config_Logger_get_verbosity_by_category(logger, static_cast<OBLX_Config_LogCategory>(category)),
-                      expected);
+            EXPECT_EQ(
+                OBLX_Config_Logger_get_verbosity_by_category(logger, static_cast<OBLX_Config_LogCategory>(category)),
+                expected);
     };
     setVerbosity(OBLX_CONFIG_LOG_CATEGORY_ALL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE);
     setVerbosity(static_cast<OBLX_Config_LogCategory>(6), OBLX_CONFIG_LOG_VERBOSITY_SILENT);
@@ -176,9 +177,14 @@ protected:
     }
 
     // category, level, source, function, file, line, domain, text
-    vexar::log::LogRecord record{
-        OBLX_CONFIG_LOG_CATEGORY_ENTITIES, OBLX_CONFIG_LOG_LEVEL_WARNING, "discovery", "match",
-        "/build/src/ddsi_endpoint.c", 42, 7, "no match\n"};
+    vexar::log::LogRecord record{OBLX_CONFIG_LOG_CATEGORY_ENTITIES,
+                                 OBLX_CONFIG_LOG_LEVEL_WARNING,
+                                 "discovery",
+                                 "match",
+                                 "/build/src/ddsi_endpoint.c",
+                                 42,
+                                 7,
+                                 "no match\n"};
     vexar::log::LineStamp stamp{{0, 123456789}, 77, "recv"};
 };
 
@@ -295,7 +301,8 @@ TEST_F(MiddlewareLogger, CycloneDiagnosticsFollowTheVerbosity) {
     const Line *warning = recorder.find("deprecated element");
     ASSERT_NE(warning, nullptr) << recorder.text();
     EXPECT_EQ(warning->level, OBLX_CONFIG_LOG_LEVEL_WARNING);
-    const std::string expectedFields = "[domain " + std::to_string(domain) + "] WARNING PLATFORM cfg_note ddsi_config.c:";
+    const std::string expectedFields =
+        "[domain " + std::to_string(domain) + "] WARNING PLATFORM cfg_note ddsi_config.c:";
     EXPECT_NE(warning->text.find(expectedFields), std::string::npos) << warning->text;
 }
 
@@ -307,7 +314,7 @@ TEST_F(MiddlewareLogger, TracedDomainDiscoveryLinesFollowCommunicationVerbosity)
     ASSERT_GT(domain, 0) << dds_strretcode(domain);
     ASSERT_TRUE(OBLX_Config_Logger_set_print_format(
         logger, static_cast<OBLX_Config_LogPrintFormat>(OBLX_CONFIG_LOG_PRINT_FORMAT_DEFAULT |
-                                                         OBLX_CONFIG_LOG_PRINT_BIT_SOURCE)));
+                                                        OBLX_CONFIG_LOG_PRINT_BIT_SOURCE)));
 
     dds_entity_t participant = dds_create_participant(domainId, nullptr, nullptr);
     ASSERT_GT(participant, 0);

@@ -91,7 +91,8 @@ TEST(Thread, DeletingItselfDetachesWithoutLeaking) {
         done = true;
         return nullptr;
     };
-    self = OBLX_Thread_new("selfdelete", OBLX_THREAD_PRIORITY_DEFAULT, 0, OBLX_THREAD_STACK_SIZE_DEFAULT, entry, nullptr);
+    self =
+        OBLX_Thread_new("selfdelete", OBLX_THREAD_PRIORITY_DEFAULT, 0, OBLX_THREAD_STACK_SIZE_DEFAULT, entry, nullptr);
     ASSERT_NE(self.load(), nullptr);
     while (!done) std::this_thread::sleep_for(1ms);
     std::this_thread::sleep_for(10ms);  // let the detached thread finish
@@ -127,8 +128,8 @@ void startRealtimeWithoutPrivilegeAndExit() {
     forbidRealtimeScheduling();
     LogCapture log;
     Observed observed;
-    const bool ran = runObserved(observed, "refused", 10, DDS_THREAD_SETTINGS_REALTIME_PRIORITY,
-                                 OBLX_THREAD_STACK_SIZE_DEFAULT);
+    const bool ran =
+        runObserved(observed, "refused", 10, DDS_THREAD_SETTINGS_REALTIME_PRIORITY, OBLX_THREAD_STACK_SIZE_DEFAULT);
     const bool reported = log.contains("real-time priority refused");
     const bool enforcedRefused =
         OBLX_Thread_new("enforced", 10, DDS_THREAD_SETTINGS_REALTIME_PRIORITY | DDS_THREAD_SETTINGS_PRIORITY_ENFORCE,
@@ -142,7 +143,7 @@ TEST(ThreadDeathTest, RefusedRealtimeIsReportedAndFailsOnlyWhenEnforced) {
 }
 
 TEST(ThreadSleep, SleepsTheWholeDurationThroughSignals) {
-    struct sigaction action{};
+    struct sigaction action {};
     action.sa_handler = [](int) {};  // no SA_RESTART: the sleep sees EINTR
     sigaction(SIGUSR1, &action, nullptr);
     std::atomic<bool> sleeping{true};

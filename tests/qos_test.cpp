@@ -23,12 +23,12 @@ auto fields(const DDS_Duration_t &d) { return std::tuple{d.sec, d.nanosec}; }
 
 template <typename Qos>
 auto endpointFields(const Qos &q) {
-    return std::tuple{q.reliability.kind,  fields(q.reliability.max_blocking_time), q.durability.kind,
-                      q.history.kind,      q.history.depth,
-                      q.ownership.kind,    fields(q.deadline.period),
-                      fields(q.latency_budget.duration), q.liveliness.kind,
-                      fields(q.liveliness.lease_duration), q.destination_order.kind,
-                      q.protocol.vendor_specific_entity};
+    return std::tuple{q.reliability.kind,        fields(q.reliability.max_blocking_time),
+                      q.durability.kind,         q.history.kind,
+                      q.history.depth,           q.ownership.kind,
+                      fields(q.deadline.period), fields(q.latency_budget.duration),
+                      q.liveliness.kind,         fields(q.liveliness.lease_duration),
+                      q.destination_order.kind,  q.protocol.vendor_specific_entity};
 }
 
 // Every policy away from its default, with values that Cyclone honours.
@@ -89,10 +89,20 @@ TEST(QosCycloneMapping, OutOfRangeValuesAreRefusedNamingTheField) {
         void (*spoil)(DDS_DataReaderQos &);
     } cases[] = {
         // What C code may store in an enum field; C++ cannot assign it.
-        {"reliability.kind", [](DDS_DataReaderQos &q) { int c = 7; std::memcpy(&q.reliability.kind, &c, sizeof c); }},
+        {"reliability.kind",
+         [](DDS_DataReaderQos &q) {
+             int c = 7;
+             std::memcpy(&q.reliability.kind, &c, sizeof c);
+         }},
         {"history.depth", [](DDS_DataReaderQos &q) { q.history.depth = 0; }},
-        {"deadline.period", [](DDS_DataReaderQos &q) { q.deadline.period = {-1, 0}; }},
-        {"latency_budget.duration", [](DDS_DataReaderQos &q) { q.latency_budget.duration = {0, 1000000000}; }},
+        {"deadline.period",
+         [](DDS_DataReaderQos &q) {
+             q.deadline.period = {-1, 0};
+         }},
+        {"latency_budget.duration",
+         [](DDS_DataReaderQos &q) {
+             q.latency_budget.duration = {0, 1000000000};
+         }},
     };
     for (const auto &c : cases) {
         LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);
@@ -128,7 +138,8 @@ TEST(QosCycloneMapping, UnhonouredValuesAreReportedAndStillMapped) {
 TEST(QosCycloneMapping, DurationsKeepInfinityAndSaturate) {
     EXPECT_EQ(toCycloneDuration({DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC}), DDS_INFINITY);
     EXPECT_EQ(toCycloneDuration({1, 5}), DDS_SECS(1) + 5);
-    EXPECT_EQ(fields(fromCycloneDuration(DDS_INFINITY)), std::tuple(DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC));
+    EXPECT_EQ(fields(fromCycloneDuration(DDS_INFINITY)),
+              std::tuple(DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC));
     EXPECT_EQ(fields(fromCycloneDuration(DDS_SECS(0x7fffffffLL) + 1)), fields(fromCycloneDuration(DDS_INFINITY)));
     EXPECT_EQ(fields(fromCycloneDuration(-5)), std::tuple(0, 0u));
 }

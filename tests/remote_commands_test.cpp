@@ -75,9 +75,9 @@ TEST(RemoteCommands, EachKindIsAppliedPublishedAndAnsweredOnlyForTheTarget) {
     ASSERT_TRUE(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(
         &verbosities.sample.command._u.categoryAndVerbosity, pairs, 3));
     side.expectAnswer(verbosities, QTV_VX_COMMAND_RESULT_OK);
-    EXPECT_EQ(OBLX_Config_Logger_get_verbosity_by_category(OBLX_Config_Logger_get_instance(),
-                                                           OBLX_CONFIG_LOG_CATEGORY_API),
-              OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    EXPECT_EQ(
+        OBLX_Config_Logger_get_verbosity_by_category(OBLX_Config_Logger_get_instance(), OBLX_CONFIG_LOG_CATEGORY_API),
+        OBLX_CONFIG_LOG_VERBOSITY_WARNING);
     const auto &states = side.states.atLeast(4);
     ASSERT_EQ(states.size(), 4u);
     for (size_t written = 1; written <= 3; ++written) {
@@ -147,9 +147,9 @@ TEST(RemoteCommandsConcurrency, ApplicationAndRemoteChangesInterleaveSafely) {
     ASSERT_EQ(responses.atLeast(kChanges).size(), static_cast<size_t>(kChanges));
 
     const DDS_Long inForce = __atomic_load_n(&logger.logger()->filterLevel, __ATOMIC_SEQ_CST);
-    EXPECT_TRUE(vexar_test::eventuallyWithin(std::chrono::seconds(5), [&] {
-        return !states.now().empty() && states.now().back().filterLevel == inForce;
-    })) << "in force: " << inForce;
+    EXPECT_TRUE(vexar_test::eventuallyWithin(
+        std::chrono::seconds(5), [&] { return !states.now().empty() && states.now().back().filterLevel == inForce; }))
+        << "in force: " << inForce;
 }
 
 }  // namespace

@@ -30,8 +30,7 @@ TEST(PrintMessage, PrintsLevelSourceAndTextAsOneLine) {
          DDS_RETCODE_PRECONDITION_NOT_MET},
         {"text", nullptr, 300, "VX Error: QTV_VX_Vexar_printMessage: String passed as parameter is NULL.\n",
          DDS_RETCODE_PRECONDITION_NOT_MET},
-        {"", "S", 300, "VX Error: QTV_VX_Vexar_printMessage: Message to print is empty.\n",
-         DDS_RETCODE_BAD_PARAMETER},
+        {"", "S", 300, "VX Error: QTV_VX_Vexar_printMessage: Message to print is empty.\n", DDS_RETCODE_BAD_PARAMETER},
         // The other level names; every other level is Silent.
         {"x", "S", 100, "VX Fatal: S: x\n", DDS_RETCODE_OK},
         {"x", "S", 200, "VX Severe: S: x\n", DDS_RETCODE_OK},
@@ -42,7 +41,8 @@ TEST(PrintMessage, PrintsLevelSourceAndTextAsOneLine) {
     };
     for (const auto &c : cases) {
         DDS_Long result = -1;
-        const std::string out = capturedStdout([&] { result = QTV_VX_Vexar_printMessage(c.message, c.source, c.level); });
+        const std::string out =
+            capturedStdout([&] { result = QTV_VX_Vexar_printMessage(c.message, c.source, c.level); });
         EXPECT_EQ(out, c.printed);
         EXPECT_EQ(result, c.result) << c.printed;
     }

@@ -101,7 +101,7 @@ TEST(CommandSample, FinalizeFreesTheSequenceAndCopyTakesTheActiveBranchOnly) {
     EXPECT_EQ(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_get_maximum(&command._u.categoryAndVerbosity), 5);
     appendVerbosity(command, 2, 4);
     QTV_VX_ADMIN_Command_finalize(&command);
-    EXPECT_EQ(command._u.categoryAndVerbosity._contiguous_buffer, nullptr); // and ASan sees no leak
+    EXPECT_EQ(command._u.categoryAndVerbosity._contiguous_buffer, nullptr);  // and ASan sees no leak
     EXPECT_EQ(command._u.categoryAndVerbosity._maximum, 0u);
 
     // A copy takes the active branch only.

@@ -78,7 +78,6 @@ TEST_F(SequenceTest, GrowingDeepCopiesElementsAndShrinkingTruncates) {
     EXPECT_EQ(log.text(), "");
 }
 
-
 TEST_F(SequenceTest, LengthsIndicesArraysAndCopiesStayWithinTheirBounds) {
     DDS_LongSeq seq = DDS_SEQUENCE_INITIALIZER;
     EXPECT_FALSE(DDS_LongSeq_set_maximum(&seq, -1));
@@ -208,7 +207,10 @@ TEST_F(SequenceTest, EachBrokenInvariantIsReportedByItsText) {
     };
     const Case cases[] = {
         {[](DDS_LongSeq &s, DDS_Long *) { s._sequence_init = 0; }, "invariant: uninitialized"},
-        {[](DDS_LongSeq &s, DDS_Long *a) { s._contiguous_buffer = a; s._discontiguous_buffer = &s._contiguous_buffer; },
+        {[](DDS_LongSeq &s, DDS_Long *a) {
+             s._contiguous_buffer = a;
+             s._discontiguous_buffer = &s._contiguous_buffer;
+         },
          "invariant: both buffers are non-NULL"},
         {[](DDS_LongSeq &s, DDS_Long *) { s._length = 1; }, "invariant: length > maximum"},
         {[](DDS_LongSeq &s, DDS_Long *) { s._discontiguous_buffer = &s._contiguous_buffer; },
@@ -232,9 +234,11 @@ TEST_F(SequenceTest, ElementParametersReachTheElementFunctions) {
     EXPECT_EQ(seq._contiguous_buffer[1].message, nullptr);
 
     EXPECT_FALSE(QTV_VX_LogMessageSeq_set_element_allocation_params(&seq, &noMemory));
-    EXPECT_TRUE(log.contains("Member allocation parameters can be configured only when the maximum size of the sequence is 0"));
+    EXPECT_TRUE(
+        log.contains("Member allocation parameters can be configured only when the maximum size of the sequence is 0"));
     EXPECT_FALSE(QTV_VX_LogMessageSeq_set_element_pointers_allocation(&seq, DDS_BOOLEAN_FALSE));
-    EXPECT_TRUE(log.contains("Pointers allocation policy can be configured only when the maximum size of the sequence is 0"));
+    EXPECT_TRUE(
+        log.contains("Pointers allocation policy can be configured only when the maximum size of the sequence is 0"));
 
     ASSERT_TRUE(QTV_VX_LogMessageSeq_finalize(&seq));
 }

@@ -15,7 +15,8 @@ struct NamedType {
     size_t sampleSize;
 };
 
-#define NAMED(Type) {Type##_get_typecode, Type##TYPENAME, sizeof(Type)}
+#define NAMED(Type) \
+    { Type##_get_typecode, Type##TYPENAME, sizeof(Type) }
 
 // Enumerators, unions and extensibility are exercised by the encoding tests.
 const NamedType kAllTypes[] = {
@@ -34,7 +35,7 @@ const NamedType kAllTypes[] = {
     NAMED(QTV_VX_ADMIN_CommandResponse),
 };
 
-} // namespace
+}  // namespace
 
 // A wrong offset in a member table would make every walker read the wrong
 // bytes; members must follow each other inside the sample without overlap.

@@ -71,16 +71,14 @@ TEST(TypePluginRecord, WriterEndpointOfAKeyedTypeHasStreamAndMaxSize) {
 
 TEST(TypePluginSupport, PrintDataShowsOneMemberALine) {
     Filled<QTV_VX_LogMessage> message;
-    std::string printed =
-        capturedStdout([&] { QTV_VX_LogMessagePluginSupport_print_data(message.get(), "log", 1); });
-    EXPECT_EQ(printed,
-              "   log:\n"
-              "      hostAndAppId:\n"
-              "         rtps_host_id: 16909060\n"
-              "         rtps_app_id: -2\n"
-              "      level: 300\n"
-              "      category: \"com.example\"\n"
-              "      message: \"disk almost full\"\n");
+    std::string printed = capturedStdout([&] { QTV_VX_LogMessagePluginSupport_print_data(message.get(), "log", 1); });
+    EXPECT_EQ(printed, "   log:\n"
+                       "      hostAndAppId:\n"
+                       "         rtps_host_id: 16909060\n"
+                       "         rtps_app_id: -2\n"
+                       "      level: 300\n"
+                       "      category: \"com.example\"\n"
+                       "      message: \"disk almost full\"\n");
 
     // Unions show the discriminator and the branch it selects; sequences
     // and arrays name their elements.

@@ -70,8 +70,8 @@ struct WriterAndReader {
 
 template <typename T>
 class TypedEndpointsEachType : public testing::Test {};
-using TopicTypes = testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandRequest,
-                                  QTV_VX_ADMIN_CommandResponse>;
+using TopicTypes =
+    testing::Types<QTV_VX_LogMessage, QTV_VX_ADMIN_State, QTV_VX_ADMIN_CommandRequest, QTV_VX_ADMIN_CommandResponse>;
 TYPED_TEST_SUITE(TypedEndpointsEachType, TopicTypes);
 
 // What was written before the reader came arrives as history, what is
@@ -208,8 +208,8 @@ TEST(TypedEndpointsMisuse, WriterRefusesEnumerationValuesWithoutEnumerator) {
 
 template <typename T>
 ChildProcess startPeer(const char *role, int domain, const std::string &topic, int count) {
-    return ChildProcess("typed_endpoint_peer", {role, TopicType<T>::registeredTypeName, std::to_string(domain), topic,
-                                                std::to_string(count)});
+    return ChildProcess("typed_endpoint_peer",
+                        {role, TopicType<T>::registeredTypeName, std::to_string(domain), topic, std::to_string(count)});
 }
 
 template <typename T>
@@ -249,7 +249,8 @@ TEST(TypedEndpointsAcrossProcesses, BatchedWriterAndTheWritersCreatedAfterItDeli
     DDS_DataWriterQos readBack = DDS_DataWriterQos_INITIALIZER;
     ASSERT_EQ(DDS_DataWriter_get_qos(batched, &readBack), DDS_RETCODE_OK);
     EXPECT_TRUE(readBack.batch.enable);
-    ASSERT_TRUE(eventuallyWithin(20s, [&] { return hasMatchedReaders(batched, 1) && hasMatchedReaders(unbatched, 1); }));
+    ASSERT_TRUE(
+        eventuallyWithin(20s, [&] { return hasMatchedReaders(batched, 1) && hasMatchedReaders(unbatched, 1); }));
     // A best-effort reader drops what comes before it has discovered the
     // writer, and no writer can see when that happened: give it time.
     std::this_thread::sleep_for(2s);

@@ -14,9 +14,7 @@
 
 namespace vexar::typed {
 
-inline DDS_ReturnCode_t okOrError(bool succeeded) noexcept {
-    return succeeded ? DDS_RETCODE_OK : DDS_RETCODE_ERROR;
-}
+inline DDS_ReturnCode_t okOrError(bool succeeded) noexcept { return succeeded ? DDS_RETCODE_OK : DDS_RETCODE_ERROR; }
 
 // Registration with a participant. The plugin record exists only for the
 // call: the participant keeps a copy of it.
@@ -105,9 +103,8 @@ struct TypedReader : EndpointCast<typename Traits::Reader, DDS_DataReader> {
     // middleware either lends its samples (an empty owning sequence) or
     // copies into the sequence's buffer.
     template <auto untypedForm, typename... Selection>
-    static DDS_ReturnCode_t readOrTake(const char *context, Reader *self, Seq *receivedData,
-                                       DDS_SampleInfoSeq *infoSeq, DDS_Long maxSamples,
-                                       Selection... selection) noexcept {
+    static DDS_ReturnCode_t readOrTake(const char *context, Reader *self, Seq *receivedData, DDS_SampleInfoSeq *infoSeq,
+                                       DDS_Long maxSamples, Selection... selection) noexcept {
         if (receivedData == nullptr) {
             OBLX_Report_badParameter(context, "received_data");
             return DDS_RETCODE_BAD_PARAMETER;
@@ -161,183 +158,185 @@ private:
 }  // namespace vexar::typed
 
 // The traits of one topic type, from its C names.
-#define VEXAR_TOPIC_TYPE_TRAITS(Type)                                                  \
-    struct Type##_SupportTraits {                                                      \
-        using Sample = Type;                                                           \
-        using Seq = Type##Seq;                                                         \
-        using Writer = Type##DataWriter;                                               \
-        using Reader = Type##DataReader;                                               \
-        static constexpr const char *typeName = Type##TYPENAME;                        \
-        static constexpr auto newPlugin = Type##Plugin_new;                            \
-        static constexpr auto deletePlugin = Type##Plugin_delete;                      \
-        struct SeqOps {                                                                \
-            static constexpr auto getLength = Type##Seq_get_length;                    \
-            static constexpr auto getMaximum = Type##Seq_get_maximum;                  \
-            static constexpr auto setLength = Type##Seq_set_length;                    \
-            static constexpr auto hasOwnership = Type##Seq_has_ownership;              \
+#define VEXAR_TOPIC_TYPE_TRAITS(Type)                                                           \
+    struct Type##_SupportTraits {                                                               \
+        using Sample = Type;                                                                    \
+        using Seq = Type##Seq;                                                                  \
+        using Writer = Type##DataWriter;                                                        \
+        using Reader = Type##DataReader;                                                        \
+        static constexpr const char *typeName = Type##TYPENAME;                                 \
+        static constexpr auto newPlugin = Type##Plugin_new;                                     \
+        static constexpr auto deletePlugin = Type##Plugin_delete;                               \
+        struct SeqOps {                                                                         \
+            static constexpr auto getLength = Type##Seq_get_length;                             \
+            static constexpr auto getMaximum = Type##Seq_get_maximum;                           \
+            static constexpr auto setLength = Type##Seq_set_length;                             \
+            static constexpr auto hasOwnership = Type##Seq_has_ownership;                       \
             static constexpr auto getContiguousBuffer = Type##Seq_get_contiguous_bufferI;       \
             static constexpr auto getDiscontiguousBuffer = Type##Seq_get_discontiguous_bufferI; \
-            static constexpr auto loanDiscontiguous = Type##Seq_loan_discontiguous;    \
-            static constexpr auto unloan = Type##Seq_unloan;                           \
-        };                                                                             \
+            static constexpr auto loanDiscontiguous = Type##Seq_loan_discontiguous;             \
+            static constexpr auto unloan = Type##Seq_unloan;                                    \
+        };                                                                                      \
     }
 
 // The C functions of <Type>TypeSupport_*.
-#define VEXAR_DEFINE_TYPE_SUPPORT_FUNCTIONS(Type)                                                                 \
-    using Type##_TypeSupport = ::vexar::typed::TypeSupport<Type##_SupportTraits>;                                 \
-    extern "C" {                                                                                                  \
-    DDS_ReturnCode_t Type##TypeSupport_register_type(DDS_DomainParticipant *participant, const char *type_name) { \
-        return Type##_TypeSupport::registerType(participant, type_name);                                          \
-    }                                                                                                             \
+#define VEXAR_DEFINE_TYPE_SUPPORT_FUNCTIONS(Type)                                                                   \
+    using Type##_TypeSupport = ::vexar::typed::TypeSupport<Type##_SupportTraits>;                                   \
+    extern "C" {                                                                                                    \
+    DDS_ReturnCode_t Type##TypeSupport_register_type(DDS_DomainParticipant *participant, const char *type_name) {   \
+        return Type##_TypeSupport::registerType(participant, type_name);                                            \
+    }                                                                                                               \
     DDS_ReturnCode_t Type##TypeSupport_unregister_type(DDS_DomainParticipant *participant, const char *type_name) { \
-        return Type##_TypeSupport::unregisterType(participant, type_name);                                        \
-    }                                                                                                             \
-    const char *Type##TypeSupport_get_type_name(void) { return Type##TYPENAME; }                                  \
-    const DDS_TypeCode *Type##TypeSupport_get_typecode(void) { return Type##_get_typecode(); }                    \
-    Type *Type##TypeSupport_create_data(void) { return Type##PluginSupport_create_data(); }                       \
-    Type *Type##TypeSupport_create_data_ex(DDS_Boolean allocatePointers) {                                        \
-        return Type##PluginSupport_create_data_ex(allocatePointers);                                              \
-    }                                                                                                             \
-    Type *Type##TypeSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params) {                \
-        return Type##PluginSupport_create_data_w_params(alloc_params);                                            \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_delete_data(Type *a_data) {                                                \
-        Type##PluginSupport_destroy_data(a_data);                                                                 \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_delete_data_ex(Type *a_data, DDS_Boolean deletePointers) {                 \
-        Type##PluginSupport_destroy_data_ex(a_data, deletePointers);                                              \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_delete_data_w_params(Type *a_data,                                         \
-                                                            const DDS_TypeDeallocationParams_t *dealloc_params) { \
-        Type##PluginSupport_destroy_data_w_params(a_data, dealloc_params);                                        \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_initialize_data(Type *a_data) {                                            \
-        Type##_initialize(a_data);                                                                                \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_initialize_data_ex(Type *a_data, DDS_Boolean allocatePointers) {           \
-        Type##_initialize_ex(a_data, allocatePointers, DDS_BOOLEAN_TRUE);                                         \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_initialize_data_w_params(Type *a_data,                                     \
-                                                                const DDS_TypeAllocationParams_t *alloc_params) { \
-        Type##_initialize_w_params(a_data, alloc_params);                                                         \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_finalize_data(Type *a_data) {                                              \
-        Type##_finalize(a_data);                                                                                  \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_finalize_data_ex(Type *a_data, DDS_Boolean deletePointers) {               \
-        Type##_finalize_ex(a_data, deletePointers);                                                               \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_finalize_data_w_params(Type *a_data,                                       \
+        return Type##_TypeSupport::unregisterType(participant, type_name);                                          \
+    }                                                                                                               \
+    const char *Type##TypeSupport_get_type_name(void) { return Type##TYPENAME; }                                    \
+    const DDS_TypeCode *Type##TypeSupport_get_typecode(void) { return Type##_get_typecode(); }                      \
+    Type *Type##TypeSupport_create_data(void) { return Type##PluginSupport_create_data(); }                         \
+    Type *Type##TypeSupport_create_data_ex(DDS_Boolean allocatePointers) {                                          \
+        return Type##PluginSupport_create_data_ex(allocatePointers);                                                \
+    }                                                                                                               \
+    Type *Type##TypeSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params) {                  \
+        return Type##PluginSupport_create_data_w_params(alloc_params);                                              \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_delete_data(Type *a_data) {                                                  \
+        Type##PluginSupport_destroy_data(a_data);                                                                   \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_delete_data_ex(Type *a_data, DDS_Boolean deletePointers) {                   \
+        Type##PluginSupport_destroy_data_ex(a_data, deletePointers);                                                \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_delete_data_w_params(Type *a_data,                                           \
+                                                            const DDS_TypeDeallocationParams_t *dealloc_params) {   \
+        Type##PluginSupport_destroy_data_w_params(a_data, dealloc_params);                                          \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_initialize_data(Type *a_data) {                                              \
+        Type##_initialize(a_data);                                                                                  \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_initialize_data_ex(Type *a_data, DDS_Boolean allocatePointers) {             \
+        Type##_initialize_ex(a_data, allocatePointers, DDS_BOOLEAN_TRUE);                                           \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_initialize_data_w_params(Type *a_data,                                       \
+                                                                const DDS_TypeAllocationParams_t *alloc_params) {   \
+        Type##_initialize_w_params(a_data, alloc_params);                                                           \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_finalize_data(Type *a_data) {                                                \
+        Type##_finalize(a_data);                                                                                    \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_finalize_data_ex(Type *a_data, DDS_Boolean deletePointers) {                 \
+        Type##_finalize_ex(a_data, deletePointers);                                                                 \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_finalize_data_w_params(Type *a_data,                                         \
                                                               const DDS_TypeDeallocationParams_t *dealloc_params) { \
-        Type##_finalize_w_params(a_data, dealloc_params);                                                         \
-        return DDS_RETCODE_OK;                                                                                    \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_copy_data(Type *dst_data, const Type *src_data) {                          \
-        return ::vexar::typed::okOrError(Type##_copy(dst_data, src_data));                                        \
-    }                                                                                                             \
-    void Type##TypeSupport_print_data(const Type *a_data) { Type##PluginSupport_print_data(a_data, nullptr, 0); } \
-    DDS_ReturnCode_t Type##TypeSupport_serialize_data_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length,       \
-                                                                    const Type *a_data) {                         \
-        return ::vexar::typed::okOrError(Type##Plugin_serialize_to_cdr_buffer(buffer, length, a_data));           \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##TypeSupport_deserialize_data_from_cdr_buffer(Type *a_data, const char *buffer,         \
-                                                                        DDS_UnsignedLong length) {                \
-        return ::vexar::typed::okOrError(Type##Plugin_deserialize_from_cdr_buffer(a_data, buffer, length));       \
-    }                                                                                                             \
-    void Type##TypeSupport_finalize(void) {}                                                                      \
+        Type##_finalize_w_params(a_data, dealloc_params);                                                           \
+        return DDS_RETCODE_OK;                                                                                      \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_copy_data(Type *dst_data, const Type *src_data) {                            \
+        return ::vexar::typed::okOrError(Type##_copy(dst_data, src_data));                                          \
+    }                                                                                                               \
+    void Type##TypeSupport_print_data(const Type *a_data) { Type##PluginSupport_print_data(a_data, nullptr, 0); }   \
+    DDS_ReturnCode_t Type##TypeSupport_serialize_data_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length,         \
+                                                                    const Type *a_data) {                           \
+        return ::vexar::typed::okOrError(Type##Plugin_serialize_to_cdr_buffer(buffer, length, a_data));             \
+    }                                                                                                               \
+    DDS_ReturnCode_t Type##TypeSupport_deserialize_data_from_cdr_buffer(Type *a_data, const char *buffer,           \
+                                                                        DDS_UnsignedLong length) {                  \
+        return ::vexar::typed::okOrError(Type##Plugin_deserialize_from_cdr_buffer(a_data, buffer, length));         \
+    }                                                                                                               \
+    void Type##TypeSupport_finalize(void) {}                                                                        \
     }
 
 // The C functions of <Type>DataWriter_*.
-#define VEXAR_DEFINE_DATA_WRITER_FUNCTIONS(Type)                                                                  \
-    using Type##_TypedWriter = ::vexar::typed::TypedWriter<Type##_SupportTraits>;                                 \
-    extern "C" {                                                                                                  \
-    Type##DataWriter *Type##DataWriter_narrow(DDS_DataWriter *writer) { return Type##_TypedWriter::narrow(writer); } \
-    DDS_DataWriter *Type##DataWriter_as_datawriter(Type##DataWriter *writer) {                                    \
-        return Type##_TypedWriter::asDataWriter(writer);                                                          \
-    }                                                                                                             \
-    DDS_InstanceHandle_t Type##DataWriter_register_instance(Type##DataWriter *self, const Type *instance_data) {  \
-        return DDS_DataWriter_register_instance_untypedI(Type##_TypedWriter::untyped(self), instance_data);       \
-    }                                                                                                             \
-    DDS_InstanceHandle_t Type##DataWriter_register_instance_w_timestamp(                                          \
-        Type##DataWriter *self, const Type *instance_data, const DDS_Time_t *source_timestamp) {                  \
-        return DDS_DataWriter_register_instance_w_timestamp_untypedI(Type##_TypedWriter::untyped(self),           \
-                                                                     instance_data, source_timestamp);            \
-    }                                                                                                             \
-    DDS_InstanceHandle_t Type##DataWriter_register_instance_w_params(Type##DataWriter *self,                      \
-                                                                     const Type *instance_data,                   \
-                                                                     const DDS_WriteParams_t *params) {           \
-        return DDS_DataWriter_register_instance_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data, \
-                                                                  params);                                        \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_unregister_instance(Type##DataWriter *self, const Type *instance_data,      \
-                                                          DDS_InstanceHandle_t handle) {                          \
-        return DDS_DataWriter_unregister_instance_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle); \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_timestamp(                                            \
-        Type##DataWriter *self, const Type *instance_data, DDS_InstanceHandle_t handle,                           \
-        const DDS_Time_t *source_timestamp) {                                                                     \
-        return DDS_DataWriter_unregister_instance_w_timestamp_untypedI(Type##_TypedWriter::untyped(self),         \
-                                                                       instance_data, handle, source_timestamp);  \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_params(Type##DataWriter *self, const Type *instance_data, \
-                                                                   const DDS_WriteParams_t *params) {             \
-        return DDS_DataWriter_unregister_instance_w_params_untypedI(Type##_TypedWriter::untyped(self),            \
-                                                                    instance_data, params);                       \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_write(Type##DataWriter *self, const Type *instance_data,                    \
-                                            DDS_InstanceHandle_t handle) {                                        \
-        return DDS_DataWriter_write_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle);           \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_write_w_timestamp(Type##DataWriter *self, const Type *instance_data,        \
-                                                        DDS_InstanceHandle_t handle,                              \
-                                                        const DDS_Time_t *source_timestamp) {                     \
-        return DDS_DataWriter_write_w_timestamp_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle, \
-                                                         source_timestamp);                                       \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_write_w_params(Type##DataWriter *self, const Type *instance_data,           \
-                                                     const DDS_WriteParams_t *params) {                           \
-        return DDS_DataWriter_write_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data, params);  \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_dispose(Type##DataWriter *self, const Type *instance_data,                  \
-                                              DDS_InstanceHandle_t handle) {                                      \
-        return DDS_DataWriter_dispose_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle);         \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_dispose_w_timestamp(Type##DataWriter *self, const Type *instance_data,      \
-                                                          DDS_InstanceHandle_t handle,                            \
-                                                          const DDS_Time_t *source_timestamp) {                   \
-        return DDS_DataWriter_dispose_w_timestamp_untypedI(Type##_TypedWriter::untyped(self), instance_data,      \
-                                                           handle, source_timestamp);                             \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_dispose_w_params(Type##DataWriter *self, const Type *instance_data,         \
-                                                       const DDS_WriteParams_t *params) {                         \
-        return DDS_DataWriter_dispose_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data, params); \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataWriter_get_key_value(Type##DataWriter *self, Type *key_holder,                     \
-                                                    DDS_InstanceHandle_t handle) {                                \
-        return DDS_DataWriter_get_key_value_untypedI(Type##_TypedWriter::untyped(self), key_holder, handle);      \
-    }                                                                                                             \
-    DDS_InstanceHandle_t Type##DataWriter_lookup_instance(Type##DataWriter *self, const Type *key_holder) {       \
-        return DDS_DataWriter_lookup_instance_untypedI(Type##_TypedWriter::untyped(self), key_holder);            \
-    }                                                                                                             \
+#define VEXAR_DEFINE_DATA_WRITER_FUNCTIONS(Type)                                                                       \
+    using Type##_TypedWriter = ::vexar::typed::TypedWriter<Type##_SupportTraits>;                                      \
+    extern "C" {                                                                                                       \
+    Type##DataWriter *Type##DataWriter_narrow(DDS_DataWriter *writer) { return Type##_TypedWriter::narrow(writer); }   \
+    DDS_DataWriter *Type##DataWriter_as_datawriter(Type##DataWriter *writer) {                                         \
+        return Type##_TypedWriter::asDataWriter(writer);                                                               \
+    }                                                                                                                  \
+    DDS_InstanceHandle_t Type##DataWriter_register_instance(Type##DataWriter *self, const Type *instance_data) {       \
+        return DDS_DataWriter_register_instance_untypedI(Type##_TypedWriter::untyped(self), instance_data);            \
+    }                                                                                                                  \
+    DDS_InstanceHandle_t Type##DataWriter_register_instance_w_timestamp(Type##DataWriter *self,                        \
+                                                                        const Type *instance_data,                     \
+                                                                        const DDS_Time_t *source_timestamp) {          \
+        return DDS_DataWriter_register_instance_w_timestamp_untypedI(Type##_TypedWriter::untyped(self), instance_data, \
+                                                                     source_timestamp);                                \
+    }                                                                                                                  \
+    DDS_InstanceHandle_t Type##DataWriter_register_instance_w_params(Type##DataWriter *self,                           \
+                                                                     const Type *instance_data,                        \
+                                                                     const DDS_WriteParams_t *params) {                \
+        return DDS_DataWriter_register_instance_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data,    \
+                                                                  params);                                             \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_unregister_instance(Type##DataWriter *self, const Type *instance_data,           \
+                                                          DDS_InstanceHandle_t handle) {                               \
+        return DDS_DataWriter_unregister_instance_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle);  \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_timestamp(Type##DataWriter *self,                          \
+                                                                      const Type *instance_data,                       \
+                                                                      DDS_InstanceHandle_t handle,                     \
+                                                                      const DDS_Time_t *source_timestamp) {            \
+        return DDS_DataWriter_unregister_instance_w_timestamp_untypedI(Type##_TypedWriter::untyped(self),              \
+                                                                       instance_data, handle, source_timestamp);       \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_params(Type##DataWriter *self, const Type *instance_data,  \
+                                                                   const DDS_WriteParams_t *params) {                  \
+        return DDS_DataWriter_unregister_instance_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data,  \
+                                                                    params);                                           \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_write(Type##DataWriter *self, const Type *instance_data,                         \
+                                            DDS_InstanceHandle_t handle) {                                             \
+        return DDS_DataWriter_write_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle);                \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_write_w_timestamp(Type##DataWriter *self, const Type *instance_data,             \
+                                                        DDS_InstanceHandle_t handle,                                   \
+                                                        const DDS_Time_t *source_timestamp) {                          \
+        return DDS_DataWriter_write_w_timestamp_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle,     \
+                                                         source_timestamp);                                            \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_write_w_params(Type##DataWriter *self, const Type *instance_data,                \
+                                                     const DDS_WriteParams_t *params) {                                \
+        return DDS_DataWriter_write_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data, params);       \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_dispose(Type##DataWriter *self, const Type *instance_data,                       \
+                                              DDS_InstanceHandle_t handle) {                                           \
+        return DDS_DataWriter_dispose_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle);              \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_dispose_w_timestamp(Type##DataWriter *self, const Type *instance_data,           \
+                                                          DDS_InstanceHandle_t handle,                                 \
+                                                          const DDS_Time_t *source_timestamp) {                        \
+        return DDS_DataWriter_dispose_w_timestamp_untypedI(Type##_TypedWriter::untyped(self), instance_data, handle,   \
+                                                           source_timestamp);                                          \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_dispose_w_params(Type##DataWriter *self, const Type *instance_data,              \
+                                                       const DDS_WriteParams_t *params) {                              \
+        return DDS_DataWriter_dispose_w_params_untypedI(Type##_TypedWriter::untyped(self), instance_data, params);     \
+    }                                                                                                                  \
+    DDS_ReturnCode_t Type##DataWriter_get_key_value(Type##DataWriter *self, Type *key_holder,                          \
+                                                    DDS_InstanceHandle_t handle) {                                     \
+        return DDS_DataWriter_get_key_value_untypedI(Type##_TypedWriter::untyped(self), key_holder, handle);           \
+    }                                                                                                                  \
+    DDS_InstanceHandle_t Type##DataWriter_lookup_instance(Type##DataWriter *self, const Type *key_holder) {            \
+        return DDS_DataWriter_lookup_instance_untypedI(Type##_TypedWriter::untyped(self), key_holder);                 \
+    }                                                                                                                  \
     }
 
 // One read-or-take form: `name` (read_w_condition, ...), the untyped form it
 // goes through, its context name, the take flag, and its own parameters and
 // their names.
-#define VEXAR_DEFINE_READ_OR_TAKE(Type, name, untypedForm, context, take, parameters, arguments)                  \
-    DDS_ReturnCode_t Type##DataReader_##name(Type##DataReader *self, Type##Seq *received_data,                    \
-                                             DDS_SampleInfoSeq *info_seq,                                         \
-                                             DDS_Long max_samples VEXAR_UNPACK parameters) {                      \
-        return Type##_TypedReader::readOrTake<untypedForm>(context, self, received_data, info_seq, max_samples     \
-                                                           VEXAR_UNPACK arguments, take);                         \
+#define VEXAR_DEFINE_READ_OR_TAKE(Type, name, untypedForm, context, take, parameters, arguments)      \
+    DDS_ReturnCode_t Type##DataReader_##name(Type##DataReader *self, Type##Seq *received_data,        \
+                                             DDS_SampleInfoSeq *info_seq,                             \
+                                             DDS_Long max_samples VEXAR_UNPACK parameters) {          \
+        return Type##_TypedReader::readOrTake<untypedForm>(context, self, received_data, info_seq,    \
+                                                           max_samples VEXAR_UNPACK arguments, take); \
     }
 #define VEXAR_UNPACK(...) , __VA_ARGS__
 
@@ -350,73 +349,71 @@ private:
     VEXAR_DEFINE_READ_OR_TAKE(Type, read##suffix, untypedForm, context, DDS_BOOLEAN_FALSE, parameters, arguments) \
     VEXAR_DEFINE_READ_OR_TAKE(Type, take##suffix, untypedForm, context, DDS_BOOLEAN_TRUE, parameters, arguments)
 
-#define VEXAR_DEFINE_READ_OR_TAKE_FORMS(Type)                                                                     \
-    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, , DDS_DataReader_read_or_take_untypedI, "TDataReader_read_or_take",     \
-                                   VEXAR_STATE_PARAMETERS, VEXAR_STATE_ARGUMENTS)                                 \
-    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _w_condition, DDS_DataReader_read_or_take_w_condition_untypedI,          \
-                                   "TDataReader_read_or_take_w_conditionI", (DDS_ReadCondition * condition),      \
-                                   (condition))                                                                   \
-    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _instance, DDS_DataReader_read_or_take_instance_untypedI,                \
-                                   "TDataReader_read_or_take_instanceI",                                          \
-                                   (DDS_InstanceHandle_t a_handle, DDS_SampleStateMask sample_states,             \
-                                    DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states),        \
-                                   (a_handle, sample_states, view_states, instance_states))                       \
-    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _instance_w_condition,                                                   \
-                                   DDS_DataReader_read_or_take_instance_w_condition_untypedI,                     \
-                                   "TDataReader_read_or_take_instance_w_conditionI",                              \
-                                   (DDS_InstanceHandle_t a_handle, DDS_ReadCondition * condition),                \
-                                   (a_handle, condition))                                                         \
-    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _next_instance, DDS_DataReader_read_or_take_next_instance_untypedI,      \
-                                   "TDataReader_read_or_take_next_instanceI",                                     \
-                                   (DDS_InstanceHandle_t previous_handle, DDS_SampleStateMask sample_states,      \
-                                    DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states),        \
-                                   (previous_handle, sample_states, view_states, instance_states))                \
-    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _next_instance_w_condition,                                              \
-                                   DDS_DataReader_read_or_take_next_instance_w_condition_untypedI,                \
-                                   "TDataReader_read_or_take_next_instance_w_conditionI",                         \
-                                   (DDS_InstanceHandle_t previous_handle, DDS_ReadCondition * condition),         \
-                                   (previous_handle, condition))
+#define VEXAR_DEFINE_READ_OR_TAKE_FORMS(Type)                                                                \
+    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, , DDS_DataReader_read_or_take_untypedI, "TDataReader_read_or_take", \
+                                   VEXAR_STATE_PARAMETERS, VEXAR_STATE_ARGUMENTS)                            \
+    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _w_condition, DDS_DataReader_read_or_take_w_condition_untypedI,     \
+                                   "TDataReader_read_or_take_w_conditionI", (DDS_ReadCondition * condition), \
+                                   (condition))                                                              \
+    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _instance, DDS_DataReader_read_or_take_instance_untypedI,           \
+                                   "TDataReader_read_or_take_instanceI",                                     \
+                                   (DDS_InstanceHandle_t a_handle, DDS_SampleStateMask sample_states,        \
+                                    DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states),   \
+                                   (a_handle, sample_states, view_states, instance_states))                  \
+    VEXAR_DEFINE_READ_OR_TAKE_PAIR(                                                                          \
+        Type, _instance_w_condition, DDS_DataReader_read_or_take_instance_w_condition_untypedI,              \
+        "TDataReader_read_or_take_instance_w_conditionI",                                                    \
+        (DDS_InstanceHandle_t a_handle, DDS_ReadCondition * condition), (a_handle, condition))               \
+    VEXAR_DEFINE_READ_OR_TAKE_PAIR(Type, _next_instance, DDS_DataReader_read_or_take_next_instance_untypedI, \
+                                   "TDataReader_read_or_take_next_instanceI",                                \
+                                   (DDS_InstanceHandle_t previous_handle, DDS_SampleStateMask sample_states, \
+                                    DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states),   \
+                                   (previous_handle, sample_states, view_states, instance_states))           \
+    VEXAR_DEFINE_READ_OR_TAKE_PAIR(                                                                          \
+        Type, _next_instance_w_condition, DDS_DataReader_read_or_take_next_instance_w_condition_untypedI,    \
+        "TDataReader_read_or_take_next_instance_w_conditionI",                                               \
+        (DDS_InstanceHandle_t previous_handle, DDS_ReadCondition * condition), (previous_handle, condition))
 
 // The C functions of <Type>DataReader_*.
-#define VEXAR_DEFINE_DATA_READER_FUNCTIONS(Type)                                                                  \
-    using Type##_TypedReader = ::vexar::typed::TypedReader<Type##_SupportTraits>;                                 \
-    extern "C" {                                                                                                  \
+#define VEXAR_DEFINE_DATA_READER_FUNCTIONS(Type)                                                                     \
+    using Type##_TypedReader = ::vexar::typed::TypedReader<Type##_SupportTraits>;                                    \
+    extern "C" {                                                                                                     \
     Type##DataReader *Type##DataReader_narrow(DDS_DataReader *reader) { return Type##_TypedReader::narrow(reader); } \
-    DDS_DataReader *Type##DataReader_as_datareader(Type##DataReader *reader) {                                    \
-        return Type##_TypedReader::asDataReader(reader);                                                          \
-    }                                                                                                             \
-    VEXAR_DEFINE_READ_OR_TAKE_FORMS(Type)                                                                         \
-    DDS_ReturnCode_t Type##DataReader_read_next_sample(Type##DataReader *self, Type *received_data,               \
-                                                       DDS_SampleInfo *sample_info) {                             \
-        return DDS_DataReader_read_or_take_next_sample_untypedI(Type##_TypedReader::untyped(self), received_data,  \
-                                                                sample_info, DDS_BOOLEAN_FALSE);                  \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataReader_take_next_sample(Type##DataReader *self, Type *received_data,               \
-                                                       DDS_SampleInfo *sample_info) {                             \
-        return DDS_DataReader_read_or_take_next_sample_untypedI(Type##_TypedReader::untyped(self), received_data,  \
-                                                                sample_info, DDS_BOOLEAN_TRUE);                   \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataReader_return_loan(Type##DataReader *self, Type##Seq *received_data,               \
-                                                  DDS_SampleInfoSeq *info_seq) {                                  \
-        return Type##_TypedReader::returnLoan(self, received_data, info_seq);                                     \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataReader_get_key_value(Type##DataReader *self, Type *key_holder,                     \
-                                                    DDS_InstanceHandle_t handle) {                                \
-        return DDS_DataReader_get_key_value_untypedI(Type##_TypedReader::untyped(self), key_holder, handle);      \
-    }                                                                                                             \
-    DDS_InstanceHandle_t Type##DataReader_lookup_instance(Type##DataReader *self, const Type *key_holder) {       \
-        return DDS_DataReader_lookup_instance_untypedI(Type##_TypedReader::untyped(self), key_holder);            \
-    }                                                                                                             \
-    DDS_ReturnCode_t Type##DataReader_add_sample_to_remote_writer_queue(Type##DataReader *self, const Type *sample, \
-                                                                        const DDS_GUID_t *remote_writer_guid) {   \
-        return DDS_DataReader_add_sample_to_remote_writer_queue_untypedI(Type##_TypedReader::untyped(self), sample, \
-                                                                         remote_writer_guid);                     \
-    }                                                                                                             \
+    DDS_DataReader *Type##DataReader_as_datareader(Type##DataReader *reader) {                                       \
+        return Type##_TypedReader::asDataReader(reader);                                                             \
+    }                                                                                                                \
+    VEXAR_DEFINE_READ_OR_TAKE_FORMS(Type)                                                                            \
+    DDS_ReturnCode_t Type##DataReader_read_next_sample(Type##DataReader *self, Type *received_data,                  \
+                                                       DDS_SampleInfo *sample_info) {                                \
+        return DDS_DataReader_read_or_take_next_sample_untypedI(Type##_TypedReader::untyped(self), received_data,    \
+                                                                sample_info, DDS_BOOLEAN_FALSE);                     \
+    }                                                                                                                \
+    DDS_ReturnCode_t Type##DataReader_take_next_sample(Type##DataReader *self, Type *received_data,                  \
+                                                       DDS_SampleInfo *sample_info) {                                \
+        return DDS_DataReader_read_or_take_next_sample_untypedI(Type##_TypedReader::untyped(self), received_data,    \
+                                                                sample_info, DDS_BOOLEAN_TRUE);                      \
+    }                                                                                                                \
+    DDS_ReturnCode_t Type##DataReader_return_loan(Type##DataReader *self, Type##Seq *received_data,                  \
+                                                  DDS_SampleInfoSeq *info_seq) {                                     \
+        return Type##_TypedReader::returnLoan(self, received_data, info_seq);                                        \
+    }                                                                                                                \
+    DDS_ReturnCode_t Type##DataReader_get_key_value(Type##DataReader *self, Type *key_holder,                        \
+                                                    DDS_InstanceHandle_t handle) {                                   \
+        return DDS_DataReader_get_key_value_untypedI(Type##_TypedReader::untyped(self), key_holder, handle);         \
+    }                                                                                                                \
+    DDS_InstanceHandle_t Type##DataReader_lookup_instance(Type##DataReader *self, const Type *key_holder) {          \
+        return DDS_DataReader_lookup_instance_untypedI(Type##_TypedReader::untyped(self), key_holder);               \
+    }                                                                                                                \
+    DDS_ReturnCode_t Type##DataReader_add_sample_to_remote_writer_queue(Type##DataReader *self, const Type *sample,  \
+                                                                        const DDS_GUID_t *remote_writer_guid) {      \
+        return DDS_DataReader_add_sample_to_remote_writer_queue_untypedI(Type##_TypedReader::untyped(self), sample,  \
+                                                                         remote_writer_guid);                        \
+    }                                                                                                                \
     }
 
 // Everything of type/vexarSupport.h for one topic type.
-#define VEXAR_DEFINE_TOPIC_TYPE_SUPPORT(Type)     \
-    VEXAR_TOPIC_TYPE_TRAITS(Type);                \
-    VEXAR_DEFINE_TYPE_SUPPORT_FUNCTIONS(Type)     \
-    VEXAR_DEFINE_DATA_WRITER_FUNCTIONS(Type)      \
+#define VEXAR_DEFINE_TOPIC_TYPE_SUPPORT(Type) \
+    VEXAR_TOPIC_TYPE_TRAITS(Type);            \
+    VEXAR_DEFINE_TYPE_SUPPORT_FUNCTIONS(Type) \
+    VEXAR_DEFINE_DATA_WRITER_FUNCTIONS(Type)  \
     VEXAR_DEFINE_DATA_READER_FUNCTIONS(Type)

@@ -5,9 +5,9 @@
 #include "platform/types/sample_ops.hpp"
 #include "platform/types/sequence.hpp"
 
-#define VEXAR_DEFINE_TYPE(Type)                                                                     \
-    VEXAR_DEFINE_SAMPLE_OPERATIONS(Type)                                                            \
-    using Type##_ElementTraits = ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>;      \
+#define VEXAR_DEFINE_TYPE(Type)                                                                       \
+    VEXAR_DEFINE_SAMPLE_OPERATIONS(Type)                                                              \
+    using Type##_ElementTraits = ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>; \
     OBLX_SEQUENCE_DEFINE(Type##Seq, Type, Type##_ElementTraits)
 
 VEXAR_DEFINE_TYPE(QTV_VX_HostAndAppId);

@@ -139,8 +139,7 @@ typedef enum QTV_VX_ADMIN_CommandKind {
     QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT = 2
 } QTV_VX_ADMIN_CommandKind;
 
-OBLX_SEQUENCE_DECLARE_RECORD(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq,
-                             QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity);
+OBLX_SEQUENCE_DECLARE_RECORD(QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq, QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity);
 
 /* A remote command. The branches lie side by side rather than overlapping:
  * the sequence owns memory, and all three are initialized and finalized
@@ -189,18 +188,16 @@ VEXAR_API QTV_VX_ADMIN_CommandKind QTV_VX_ADMIN_Command_getDefaultDiscriminator(
 
 /* ---- The operations of every type (see the top of this file). ---- */
 
-#define QTV_VX_DECLARE_SAMPLE_OPERATIONS(Type)                                                      \
-    VEXAR_API const DDS_TypeCode *Type##_get_typecode(void);                                        \
-    VEXAR_API DDS_Boolean Type##_initialize(Type *sample);                                          \
-    VEXAR_API DDS_Boolean Type##_initialize_ex(Type *sample, DDS_Boolean allocatePointers,          \
-                                               DDS_Boolean allocateMemory);                         \
-    VEXAR_API DDS_Boolean Type##_initialize_w_params(Type *sample,                                  \
-                                                     const DDS_TypeAllocationParams_t *allocParams); \
-    VEXAR_API void Type##_finalize(Type *sample);                                                   \
-    VEXAR_API void Type##_finalize_ex(Type *sample, DDS_Boolean deletePointers);                    \
-    VEXAR_API void Type##_finalize_w_params(Type *sample,                                           \
-                                            const DDS_TypeDeallocationParams_t *deallocParams);     \
-    VEXAR_API void Type##_finalize_optional_members(Type *sample, DDS_Boolean deletePointers);      \
+#define QTV_VX_DECLARE_SAMPLE_OPERATIONS(Type)                                                                     \
+    VEXAR_API const DDS_TypeCode *Type##_get_typecode(void);                                                       \
+    VEXAR_API DDS_Boolean Type##_initialize(Type *sample);                                                         \
+    VEXAR_API DDS_Boolean Type##_initialize_ex(Type *sample, DDS_Boolean allocatePointers,                         \
+                                               DDS_Boolean allocateMemory);                                        \
+    VEXAR_API DDS_Boolean Type##_initialize_w_params(Type *sample, const DDS_TypeAllocationParams_t *allocParams); \
+    VEXAR_API void Type##_finalize(Type *sample);                                                                  \
+    VEXAR_API void Type##_finalize_ex(Type *sample, DDS_Boolean deletePointers);                                   \
+    VEXAR_API void Type##_finalize_w_params(Type *sample, const DDS_TypeDeallocationParams_t *deallocParams);      \
+    VEXAR_API void Type##_finalize_optional_members(Type *sample, DDS_Boolean deletePointers);                     \
     VEXAR_API DDS_Boolean Type##_copy(Type *dst, const Type *src)
 
 QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_HostAndAppId);

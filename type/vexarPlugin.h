@@ -51,67 +51,64 @@
 
 VEXAR_BEGIN_DECLS
 
-#define QTV_VX_DECLARE_PLUGIN_OPERATIONS(Type)                                                                   \
-    VEXAR_API DDS_Boolean Type##Plugin_serialize(OBLX_TypePluginEndpointData *endpoint_data, const Type *sample, \
-                                                 OBLX_CdrStream *stream, DDS_Boolean serialize_encapsulation,    \
-                                                 DDS_UnsignedShort encapsulation_id,                             \
-                                                 DDS_Boolean serialize_sample, void *endpoint_plugin_qos);       \
-    VEXAR_API DDS_Boolean Type##Plugin_deserialize_sample(                                                       \
-        OBLX_TypePluginEndpointData *endpoint_data, Type *sample, OBLX_CdrStream *stream,                        \
-        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_sample, void *endpoint_plugin_qos);       \
-    VEXAR_API DDS_Boolean Type##Plugin_deserialize(                                                              \
-        OBLX_TypePluginEndpointData *endpoint_data, Type **sample, DDS_Boolean *drop_sample,                     \
-        OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_sample,           \
-        void *endpoint_plugin_qos);                                                                              \
-    VEXAR_API DDS_Boolean Type##Plugin_skip(OBLX_TypePluginEndpointData *endpoint_data, OBLX_CdrStream *stream,  \
-                                            DDS_Boolean skip_encapsulation, DDS_Boolean skip_sample,             \
-                                            void *endpoint_plugin_qos);                                          \
-    VEXAR_API DDS_Boolean Type##Plugin_serialize_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length,           \
-                                                               const Type *sample);                              \
-    VEXAR_API DDS_Boolean Type##Plugin_deserialize_from_cdr_buffer(Type *sample, const char *buffer,             \
-                                                                   DDS_UnsignedLong length);                     \
-    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size_ex(                                   \
-        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean *overflow, DDS_Boolean include_encapsulation,    \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                 \
-    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size(                                      \
-        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                           \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                 \
-    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_min_size(                                      \
-        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                           \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                 \
-    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_size(                                          \
-        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                           \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment, const Type *sample);             \
-    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size_ex(                                      \
-        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean *overflow, DDS_Boolean include_encapsulation,    \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                 \
-    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size(                                         \
-        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                           \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                 \
-    VEXAR_API OBLX_TypePluginKeyKind Type##Plugin_get_key_kind(void);                                            \
-    VEXAR_API DDS_Boolean Type##Plugin_serialize_key(OBLX_TypePluginEndpointData *endpoint_data,                 \
-                                                     const Type *sample, OBLX_CdrStream *stream,                 \
-                                                     DDS_Boolean serialize_encapsulation,                        \
-                                                     DDS_UnsignedShort encapsulation_id,                         \
-                                                     DDS_Boolean serialize_key, void *endpoint_plugin_qos);      \
-    VEXAR_API DDS_Boolean Type##Plugin_deserialize_key_sample(                                                   \
-        OBLX_TypePluginEndpointData *endpoint_data, Type *sample, OBLX_CdrStream *stream,                        \
-        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key, void *endpoint_plugin_qos);          \
-    VEXAR_API DDS_Boolean Type##Plugin_deserialize_key(                                                          \
-        OBLX_TypePluginEndpointData *endpoint_data, Type **sample, DDS_Boolean *drop_sample,                     \
-        OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key,              \
-        void *endpoint_plugin_qos);                                                                              \
-    VEXAR_API DDS_Boolean Type##Plugin_serialized_sample_to_key(                                                 \
-        OBLX_TypePluginEndpointData *endpoint_data, Type *sample, OBLX_CdrStream *stream,                        \
-        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key, void *endpoint_plugin_qos);          \
-    VEXAR_API DDS_Boolean Type##Plugin_instance_to_key(OBLX_TypePluginEndpointData *endpoint_data, Type *key,    \
-                                                       const Type *instance);                                    \
-    VEXAR_API DDS_Boolean Type##Plugin_key_to_instance(OBLX_TypePluginEndpointData *endpoint_data,               \
-                                                       Type *instance, const Type *key);                         \
-    VEXAR_API DDS_Boolean Type##Plugin_instance_to_keyhash(OBLX_TypePluginEndpointData *endpoint_data,           \
-                                                           DDS_KeyHash_t *keyhash, const Type *instance);        \
-    VEXAR_API DDS_Boolean Type##Plugin_serialized_sample_to_keyhash(                                             \
-        OBLX_TypePluginEndpointData *endpoint_data, OBLX_CdrStream *stream, DDS_KeyHash_t *keyhash,              \
+#define QTV_VX_DECLARE_PLUGIN_OPERATIONS(Type)                                                                       \
+    VEXAR_API DDS_Boolean Type##Plugin_serialize(OBLX_TypePluginEndpointData *endpoint_data, const Type *sample,     \
+                                                 OBLX_CdrStream *stream, DDS_Boolean serialize_encapsulation,        \
+                                                 DDS_UnsignedShort encapsulation_id, DDS_Boolean serialize_sample,   \
+                                                 void *endpoint_plugin_qos);                                         \
+    VEXAR_API DDS_Boolean Type##Plugin_deserialize_sample(                                                           \
+        OBLX_TypePluginEndpointData *endpoint_data, Type *sample, OBLX_CdrStream *stream,                            \
+        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_sample, void *endpoint_plugin_qos);           \
+    VEXAR_API DDS_Boolean Type##Plugin_deserialize(                                                                  \
+        OBLX_TypePluginEndpointData *endpoint_data, Type **sample, DDS_Boolean *drop_sample, OBLX_CdrStream *stream, \
+        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_sample, void *endpoint_plugin_qos);           \
+    VEXAR_API DDS_Boolean Type##Plugin_skip(OBLX_TypePluginEndpointData *endpoint_data, OBLX_CdrStream *stream,      \
+                                            DDS_Boolean skip_encapsulation, DDS_Boolean skip_sample,                 \
+                                            void *endpoint_plugin_qos);                                              \
+    VEXAR_API DDS_Boolean Type##Plugin_serialize_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length,               \
+                                                               const Type *sample);                                  \
+    VEXAR_API DDS_Boolean Type##Plugin_deserialize_from_cdr_buffer(Type *sample, const char *buffer,                 \
+                                                                   DDS_UnsignedLong length);                         \
+    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size_ex(                                       \
+        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean *overflow, DDS_Boolean include_encapsulation,        \
+        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                     \
+    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size(                                          \
+        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                               \
+        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                     \
+    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_min_size(                                          \
+        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                               \
+        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                     \
+    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_sample_size(                                              \
+        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                               \
+        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment, const Type *sample);                 \
+    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size_ex(                                          \
+        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean *overflow, DDS_Boolean include_encapsulation,        \
+        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                     \
+    VEXAR_API DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size(                                             \
+        OBLX_TypePluginEndpointData *endpoint_data, DDS_Boolean include_encapsulation,                               \
+        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment);                                     \
+    VEXAR_API OBLX_TypePluginKeyKind Type##Plugin_get_key_kind(void);                                                \
+    VEXAR_API DDS_Boolean Type##Plugin_serialize_key(OBLX_TypePluginEndpointData *endpoint_data, const Type *sample, \
+                                                     OBLX_CdrStream *stream, DDS_Boolean serialize_encapsulation,    \
+                                                     DDS_UnsignedShort encapsulation_id, DDS_Boolean serialize_key,  \
+                                                     void *endpoint_plugin_qos);                                     \
+    VEXAR_API DDS_Boolean Type##Plugin_deserialize_key_sample(                                                       \
+        OBLX_TypePluginEndpointData *endpoint_data, Type *sample, OBLX_CdrStream *stream,                            \
+        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key, void *endpoint_plugin_qos);              \
+    VEXAR_API DDS_Boolean Type##Plugin_deserialize_key(                                                              \
+        OBLX_TypePluginEndpointData *endpoint_data, Type **sample, DDS_Boolean *drop_sample, OBLX_CdrStream *stream, \
+        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key, void *endpoint_plugin_qos);              \
+    VEXAR_API DDS_Boolean Type##Plugin_serialized_sample_to_key(                                                     \
+        OBLX_TypePluginEndpointData *endpoint_data, Type *sample, OBLX_CdrStream *stream,                            \
+        DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key, void *endpoint_plugin_qos);              \
+    VEXAR_API DDS_Boolean Type##Plugin_instance_to_key(OBLX_TypePluginEndpointData *endpoint_data, Type *key,        \
+                                                       const Type *instance);                                        \
+    VEXAR_API DDS_Boolean Type##Plugin_key_to_instance(OBLX_TypePluginEndpointData *endpoint_data, Type *instance,   \
+                                                       const Type *key);                                             \
+    VEXAR_API DDS_Boolean Type##Plugin_instance_to_keyhash(OBLX_TypePluginEndpointData *endpoint_data,               \
+                                                           DDS_KeyHash_t *keyhash, const Type *instance);            \
+    VEXAR_API DDS_Boolean Type##Plugin_serialized_sample_to_keyhash(                                                 \
+        OBLX_TypePluginEndpointData *endpoint_data, OBLX_CdrStream *stream, DDS_KeyHash_t *keyhash,                  \
         DDS_Boolean deserialize_encapsulation, void *endpoint_plugin_qos)
 
 QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_HostAndAppId);
@@ -162,30 +159,29 @@ QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_CommandResponse);
  *                                      when out of memory.
  *   <Type>Plugin_delete(plugin)        frees it; null is accepted. */
 
-#define QTV_VX_DECLARE_PLUGIN_RECORD(Type)                                                                        \
-    VEXAR_API Type *Type##PluginSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params);     \
-    VEXAR_API Type *Type##PluginSupport_create_data_ex(DDS_Boolean allocate_pointers);                            \
-    VEXAR_API Type *Type##PluginSupport_create_data(void);                                                        \
-    VEXAR_API void Type##PluginSupport_destroy_data_w_params(Type *sample,                                        \
-                                                             const DDS_TypeDeallocationParams_t *dealloc_params); \
-    VEXAR_API void Type##PluginSupport_destroy_data_ex(Type *sample, DDS_Boolean deallocate_pointers);            \
-    VEXAR_API void Type##PluginSupport_destroy_data(Type *sample);                                                \
-    VEXAR_API DDS_Boolean Type##PluginSupport_copy_data(Type *dst, const Type *src);                              \
-    VEXAR_API void Type##PluginSupport_print_data(const Type *sample, const char *description,                    \
-                                                  unsigned int indent);                                           \
-    VEXAR_API Type *Type##PluginSupport_create_key_ex(DDS_Boolean allocate_pointers);                             \
-    VEXAR_API Type *Type##PluginSupport_create_key(void);                                                         \
-    VEXAR_API void Type##PluginSupport_destroy_key_ex(Type *key, DDS_Boolean deallocate_pointers);                \
-    VEXAR_API void Type##PluginSupport_destroy_key(Type *key);                                                    \
-    VEXAR_API OBLX_TypePluginParticipantData *Type##Plugin_on_participant_attached(void *registration_data);      \
-    VEXAR_API void Type##Plugin_on_participant_detached(OBLX_TypePluginParticipantData *participant_data);        \
-    VEXAR_API OBLX_TypePluginEndpointData *Type##Plugin_on_endpoint_attached(                                     \
-        OBLX_TypePluginParticipantData *participant_data, OBLX_TypePluginEndpointKind kind);                      \
-    VEXAR_API void Type##Plugin_on_endpoint_detached(OBLX_TypePluginEndpointData *endpoint_data);                 \
-    VEXAR_API void Type##Plugin_return_sample(OBLX_TypePluginEndpointData *endpoint_data, Type *sample);          \
-    VEXAR_API DDS_Boolean Type##Plugin_copy_sample(OBLX_TypePluginEndpointData *endpoint_data, Type *dst,         \
-                                                   const Type *src);                                              \
-    VEXAR_API OBLX_TypePlugin *Type##Plugin_new(void);                                                            \
+#define QTV_VX_DECLARE_PLUGIN_RECORD(Type)                                                                           \
+    VEXAR_API Type *Type##PluginSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params);        \
+    VEXAR_API Type *Type##PluginSupport_create_data_ex(DDS_Boolean allocate_pointers);                               \
+    VEXAR_API Type *Type##PluginSupport_create_data(void);                                                           \
+    VEXAR_API void Type##PluginSupport_destroy_data_w_params(Type *sample,                                           \
+                                                             const DDS_TypeDeallocationParams_t *dealloc_params);    \
+    VEXAR_API void Type##PluginSupport_destroy_data_ex(Type *sample, DDS_Boolean deallocate_pointers);               \
+    VEXAR_API void Type##PluginSupport_destroy_data(Type *sample);                                                   \
+    VEXAR_API DDS_Boolean Type##PluginSupport_copy_data(Type *dst, const Type *src);                                 \
+    VEXAR_API void Type##PluginSupport_print_data(const Type *sample, const char *description, unsigned int indent); \
+    VEXAR_API Type *Type##PluginSupport_create_key_ex(DDS_Boolean allocate_pointers);                                \
+    VEXAR_API Type *Type##PluginSupport_create_key(void);                                                            \
+    VEXAR_API void Type##PluginSupport_destroy_key_ex(Type *key, DDS_Boolean deallocate_pointers);                   \
+    VEXAR_API void Type##PluginSupport_destroy_key(Type *key);                                                       \
+    VEXAR_API OBLX_TypePluginParticipantData *Type##Plugin_on_participant_attached(void *registration_data);         \
+    VEXAR_API void Type##Plugin_on_participant_detached(OBLX_TypePluginParticipantData *participant_data);           \
+    VEXAR_API OBLX_TypePluginEndpointData *Type##Plugin_on_endpoint_attached(                                        \
+        OBLX_TypePluginParticipantData *participant_data, OBLX_TypePluginEndpointKind kind);                         \
+    VEXAR_API void Type##Plugin_on_endpoint_detached(OBLX_TypePluginEndpointData *endpoint_data);                    \
+    VEXAR_API void Type##Plugin_return_sample(OBLX_TypePluginEndpointData *endpoint_data, Type *sample);             \
+    VEXAR_API DDS_Boolean Type##Plugin_copy_sample(OBLX_TypePluginEndpointData *endpoint_data, Type *dst,            \
+                                                   const Type *src);                                                 \
+    VEXAR_API OBLX_TypePlugin *Type##Plugin_new(void);                                                               \
     VEXAR_API void Type##Plugin_delete(OBLX_TypePlugin *plugin)
 
 QTV_VX_DECLARE_PLUGIN_RECORD(QTV_VX_LogMessage);

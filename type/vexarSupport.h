@@ -104,111 +104,107 @@
 
 VEXAR_BEGIN_DECLS
 
-#define QTV_VX_DECLARE_TYPE_SUPPORT(Type)                                                                         \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_register_type(DDS_DomainParticipant *participant,                \
-                                                               const char *type_name);                            \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_unregister_type(DDS_DomainParticipant *participant,              \
-                                                                 const char *type_name);                          \
-    VEXAR_API const char *Type##TypeSupport_get_type_name(void);                                                  \
-    VEXAR_API const DDS_TypeCode *Type##TypeSupport_get_typecode(void);                                           \
-    VEXAR_API Type *Type##TypeSupport_create_data(void);                                                          \
-    VEXAR_API Type *Type##TypeSupport_create_data_ex(DDS_Boolean allocatePointers);                               \
-    VEXAR_API Type *Type##TypeSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params);       \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_delete_data(Type *a_data);                                       \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_delete_data_ex(Type *a_data, DDS_Boolean deletePointers);        \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_delete_data_w_params(                                            \
-        Type *a_data, const DDS_TypeDeallocationParams_t *dealloc_params);                                        \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_initialize_data(Type *a_data);                                   \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_initialize_data_ex(Type *a_data, DDS_Boolean allocatePointers);  \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_initialize_data_w_params(                                        \
-        Type *a_data, const DDS_TypeAllocationParams_t *alloc_params);                                            \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_finalize_data(Type *a_data);                                     \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_finalize_data_ex(Type *a_data, DDS_Boolean deletePointers);      \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_finalize_data_w_params(                                          \
-        Type *a_data, const DDS_TypeDeallocationParams_t *dealloc_params);                                        \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_copy_data(Type *dst_data, const Type *src_data);                 \
-    VEXAR_API void Type##TypeSupport_print_data(const Type *a_data);                                              \
+#define QTV_VX_DECLARE_TYPE_SUPPORT(Type)                                                                             \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_register_type(DDS_DomainParticipant *participant,                    \
+                                                               const char *type_name);                                \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_unregister_type(DDS_DomainParticipant *participant,                  \
+                                                                 const char *type_name);                              \
+    VEXAR_API const char *Type##TypeSupport_get_type_name(void);                                                      \
+    VEXAR_API const DDS_TypeCode *Type##TypeSupport_get_typecode(void);                                               \
+    VEXAR_API Type *Type##TypeSupport_create_data(void);                                                              \
+    VEXAR_API Type *Type##TypeSupport_create_data_ex(DDS_Boolean allocatePointers);                                   \
+    VEXAR_API Type *Type##TypeSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params);           \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_delete_data(Type *a_data);                                           \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_delete_data_ex(Type *a_data, DDS_Boolean deletePointers);            \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_delete_data_w_params(                                                \
+        Type *a_data, const DDS_TypeDeallocationParams_t *dealloc_params);                                            \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_initialize_data(Type *a_data);                                       \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_initialize_data_ex(Type *a_data, DDS_Boolean allocatePointers);      \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_initialize_data_w_params(                                            \
+        Type *a_data, const DDS_TypeAllocationParams_t *alloc_params);                                                \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_finalize_data(Type *a_data);                                         \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_finalize_data_ex(Type *a_data, DDS_Boolean deletePointers);          \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_finalize_data_w_params(                                              \
+        Type *a_data, const DDS_TypeDeallocationParams_t *dealloc_params);                                            \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_copy_data(Type *dst_data, const Type *src_data);                     \
+    VEXAR_API void Type##TypeSupport_print_data(const Type *a_data);                                                  \
     VEXAR_API DDS_ReturnCode_t Type##TypeSupport_serialize_data_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length, \
-                                                                              const Type *a_data);                \
-    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_deserialize_data_from_cdr_buffer(Type *a_data, const char *buffer, \
-                                                                                  DDS_UnsignedLong length);       \
+                                                                              const Type *a_data);                    \
+    VEXAR_API DDS_ReturnCode_t Type##TypeSupport_deserialize_data_from_cdr_buffer(Type *a_data, const char *buffer,   \
+                                                                                  DDS_UnsignedLong length);           \
     VEXAR_API void Type##TypeSupport_finalize(void)
 
-#define QTV_VX_DECLARE_DATA_WRITER(Type)                                                                          \
-    typedef struct Type##DataWriter Type##DataWriter;                                                             \
-    VEXAR_API Type##DataWriter *Type##DataWriter_narrow(DDS_DataWriter *writer);                                  \
-    VEXAR_API DDS_DataWriter *Type##DataWriter_as_datawriter(Type##DataWriter *writer);                           \
-    VEXAR_API DDS_InstanceHandle_t Type##DataWriter_register_instance(Type##DataWriter *self,                     \
-                                                                      const Type *instance_data);                 \
-    VEXAR_API DDS_InstanceHandle_t Type##DataWriter_register_instance_w_timestamp(                                \
-        Type##DataWriter *self, const Type *instance_data, const DDS_Time_t *source_timestamp);                   \
-    VEXAR_API DDS_InstanceHandle_t Type##DataWriter_register_instance_w_params(                                   \
-        Type##DataWriter *self, const Type *instance_data, const DDS_WriteParams_t *params);                      \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_unregister_instance(Type##DataWriter *self,                       \
-                                                                    const Type *instance_data,                    \
-                                                                    DDS_InstanceHandle_t handle);                 \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_timestamp(                                  \
-        Type##DataWriter *self, const Type *instance_data, DDS_InstanceHandle_t handle,                           \
-        const DDS_Time_t *source_timestamp);                                                                      \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_params(                                     \
-        Type##DataWriter *self, const Type *instance_data, const DDS_WriteParams_t *params);                      \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_write(Type##DataWriter *self, const Type *instance_data,          \
-                                                      DDS_InstanceHandle_t handle);                               \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_write_w_timestamp(Type##DataWriter *self,                         \
-                                                                  const Type *instance_data,                      \
-                                                                  DDS_InstanceHandle_t handle,                    \
-                                                                  const DDS_Time_t *source_timestamp);            \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_write_w_params(Type##DataWriter *self, const Type *instance_data, \
-                                                               const DDS_WriteParams_t *params);                  \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_dispose(Type##DataWriter *self, const Type *instance_data,        \
-                                                        DDS_InstanceHandle_t handle);                             \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_dispose_w_timestamp(Type##DataWriter *self,                       \
-                                                                    const Type *instance_data,                    \
-                                                                    DDS_InstanceHandle_t handle,                  \
-                                                                    const DDS_Time_t *source_timestamp);          \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_dispose_w_params(Type##DataWriter *self, const Type *instance_data, \
-                                                                 const DDS_WriteParams_t *params);                \
-    VEXAR_API DDS_ReturnCode_t Type##DataWriter_get_key_value(Type##DataWriter *self, Type *key_holder,           \
-                                                              DDS_InstanceHandle_t handle);                       \
+#define QTV_VX_DECLARE_DATA_WRITER(Type)                                                                               \
+    typedef struct Type##DataWriter Type##DataWriter;                                                                  \
+    VEXAR_API Type##DataWriter *Type##DataWriter_narrow(DDS_DataWriter *writer);                                       \
+    VEXAR_API DDS_DataWriter *Type##DataWriter_as_datawriter(Type##DataWriter *writer);                                \
+    VEXAR_API DDS_InstanceHandle_t Type##DataWriter_register_instance(Type##DataWriter *self,                          \
+                                                                      const Type *instance_data);                      \
+    VEXAR_API DDS_InstanceHandle_t Type##DataWriter_register_instance_w_timestamp(                                     \
+        Type##DataWriter *self, const Type *instance_data, const DDS_Time_t *source_timestamp);                        \
+    VEXAR_API DDS_InstanceHandle_t Type##DataWriter_register_instance_w_params(                                        \
+        Type##DataWriter *self, const Type *instance_data, const DDS_WriteParams_t *params);                           \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_unregister_instance(Type##DataWriter *self, const Type *instance_data, \
+                                                                    DDS_InstanceHandle_t handle);                      \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_timestamp(                                       \
+        Type##DataWriter *self, const Type *instance_data, DDS_InstanceHandle_t handle,                                \
+        const DDS_Time_t *source_timestamp);                                                                           \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_unregister_instance_w_params(                                          \
+        Type##DataWriter *self, const Type *instance_data, const DDS_WriteParams_t *params);                           \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_write(Type##DataWriter *self, const Type *instance_data,               \
+                                                      DDS_InstanceHandle_t handle);                                    \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_write_w_timestamp(Type##DataWriter *self, const Type *instance_data,   \
+                                                                  DDS_InstanceHandle_t handle,                         \
+                                                                  const DDS_Time_t *source_timestamp);                 \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_write_w_params(Type##DataWriter *self, const Type *instance_data,      \
+                                                               const DDS_WriteParams_t *params);                       \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_dispose(Type##DataWriter *self, const Type *instance_data,             \
+                                                        DDS_InstanceHandle_t handle);                                  \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_dispose_w_timestamp(Type##DataWriter *self, const Type *instance_data, \
+                                                                    DDS_InstanceHandle_t handle,                       \
+                                                                    const DDS_Time_t *source_timestamp);               \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_dispose_w_params(Type##DataWriter *self, const Type *instance_data,    \
+                                                                 const DDS_WriteParams_t *params);                     \
+    VEXAR_API DDS_ReturnCode_t Type##DataWriter_get_key_value(Type##DataWriter *self, Type *key_holder,                \
+                                                              DDS_InstanceHandle_t handle);                            \
     VEXAR_API DDS_InstanceHandle_t Type##DataWriter_lookup_instance(Type##DataWriter *self, const Type *key_holder)
 
 /* read<suffix> and take<suffix>: the sequence forms share their first four
  * parameters; the variadic part is the form's own. */
-#define QTV_VX_DECLARE_READ_AND_TAKE(Type, suffix, ...)                                                           \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_read##suffix(Type##DataReader *self, Type##Seq *received_data,    \
-                                                             DDS_SampleInfoSeq *info_seq, DDS_Long max_samples,   \
-                                                             __VA_ARGS__);                                        \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_take##suffix(Type##DataReader *self, Type##Seq *received_data,    \
-                                                             DDS_SampleInfoSeq *info_seq, DDS_Long max_samples,   \
+#define QTV_VX_DECLARE_READ_AND_TAKE(Type, suffix, ...)                                                         \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_read##suffix(Type##DataReader *self, Type##Seq *received_data,  \
+                                                             DDS_SampleInfoSeq *info_seq, DDS_Long max_samples, \
+                                                             __VA_ARGS__);                                      \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_take##suffix(Type##DataReader *self, Type##Seq *received_data,  \
+                                                             DDS_SampleInfoSeq *info_seq, DDS_Long max_samples, \
                                                              __VA_ARGS__)
 
-#define QTV_VX_DECLARE_DATA_READER(Type)                                                                          \
-    typedef struct Type##DataReader Type##DataReader;                                                             \
-    VEXAR_API Type##DataReader *Type##DataReader_narrow(DDS_DataReader *reader);                                  \
-    VEXAR_API DDS_DataReader *Type##DataReader_as_datareader(Type##DataReader *reader);                           \
-    QTV_VX_DECLARE_READ_AND_TAKE(Type, , DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,        \
-                                 DDS_InstanceStateMask instance_states);                                          \
-    QTV_VX_DECLARE_READ_AND_TAKE(Type, _w_condition, DDS_ReadCondition *condition);                               \
-    QTV_VX_DECLARE_READ_AND_TAKE(Type, _instance, DDS_InstanceHandle_t a_handle, DDS_SampleStateMask sample_states, \
-                                 DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states);           \
-    QTV_VX_DECLARE_READ_AND_TAKE(Type, _instance_w_condition, DDS_InstanceHandle_t a_handle,                      \
-                                 DDS_ReadCondition *condition);                                                   \
-    QTV_VX_DECLARE_READ_AND_TAKE(Type, _next_instance, DDS_InstanceHandle_t previous_handle,                      \
-                                 DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,                \
-                                 DDS_InstanceStateMask instance_states);                                          \
-    QTV_VX_DECLARE_READ_AND_TAKE(Type, _next_instance_w_condition, DDS_InstanceHandle_t previous_handle,          \
-                                 DDS_ReadCondition *condition);                                                   \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_read_next_sample(Type##DataReader *self, Type *received_data,     \
-                                                                 DDS_SampleInfo *sample_info);                    \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_take_next_sample(Type##DataReader *self, Type *received_data,     \
-                                                                 DDS_SampleInfo *sample_info);                    \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_return_loan(Type##DataReader *self, Type##Seq *received_data,     \
-                                                            DDS_SampleInfoSeq *info_seq);                         \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_get_key_value(Type##DataReader *self, Type *key_holder,           \
-                                                              DDS_InstanceHandle_t handle);                       \
-    VEXAR_API DDS_InstanceHandle_t Type##DataReader_lookup_instance(Type##DataReader *self,                       \
-                                                                    const Type *key_holder);                      \
-    VEXAR_API DDS_ReturnCode_t Type##DataReader_add_sample_to_remote_writer_queue(                                \
+#define QTV_VX_DECLARE_DATA_READER(Type)                                                                             \
+    typedef struct Type##DataReader Type##DataReader;                                                                \
+    VEXAR_API Type##DataReader *Type##DataReader_narrow(DDS_DataReader *reader);                                     \
+    VEXAR_API DDS_DataReader *Type##DataReader_as_datareader(Type##DataReader *reader);                              \
+    QTV_VX_DECLARE_READ_AND_TAKE(Type, , DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,           \
+                                 DDS_InstanceStateMask instance_states);                                             \
+    QTV_VX_DECLARE_READ_AND_TAKE(Type, _w_condition, DDS_ReadCondition *condition);                                  \
+    QTV_VX_DECLARE_READ_AND_TAKE(Type, _instance, DDS_InstanceHandle_t a_handle, DDS_SampleStateMask sample_states,  \
+                                 DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states);              \
+    QTV_VX_DECLARE_READ_AND_TAKE(Type, _instance_w_condition, DDS_InstanceHandle_t a_handle,                         \
+                                 DDS_ReadCondition *condition);                                                      \
+    QTV_VX_DECLARE_READ_AND_TAKE(Type, _next_instance, DDS_InstanceHandle_t previous_handle,                         \
+                                 DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,                   \
+                                 DDS_InstanceStateMask instance_states);                                             \
+    QTV_VX_DECLARE_READ_AND_TAKE(Type, _next_instance_w_condition, DDS_InstanceHandle_t previous_handle,             \
+                                 DDS_ReadCondition *condition);                                                      \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_read_next_sample(Type##DataReader *self, Type *received_data,        \
+                                                                 DDS_SampleInfo *sample_info);                       \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_take_next_sample(Type##DataReader *self, Type *received_data,        \
+                                                                 DDS_SampleInfo *sample_info);                       \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_return_loan(Type##DataReader *self, Type##Seq *received_data,        \
+                                                            DDS_SampleInfoSeq *info_seq);                            \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_get_key_value(Type##DataReader *self, Type *key_holder,              \
+                                                              DDS_InstanceHandle_t handle);                          \
+    VEXAR_API DDS_InstanceHandle_t Type##DataReader_lookup_instance(Type##DataReader *self, const Type *key_holder); \
+    VEXAR_API DDS_ReturnCode_t Type##DataReader_add_sample_to_remote_writer_queue(                                   \
         Type##DataReader *self, const Type *sample, const DDS_GUID_t *remote_writer_guid)
 
 /* The three families of one topic type. */

@@ -58,8 +58,8 @@ constexpr MemberRow kPrintFormatEnumerators[] = {
     VEXAR_TC_ENUMERATOR(QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MINIMAL),
     VEXAR_TC_ENUMERATOR(QTV_VX_OBLX_CONFIG_LOG_PRINT_FORMAT_MAXIMAL),
 };
-constexpr TypeDescription kPrintFormat = enumType<QTV_VX_ADMIN_QTVLoggerPrintFormat>(
-    QTV_VX_ADMIN_QTVLoggerPrintFormatTYPENAME, kPrintFormatEnumerators);
+constexpr TypeDescription kPrintFormat =
+    enumType<QTV_VX_ADMIN_QTVLoggerPrintFormat>(QTV_VX_ADMIN_QTVLoggerPrintFormatTYPENAME, kPrintFormatEnumerators);
 
 // QTV::VX::ADMIN::QTVLoggerCategoryAndVerbosity
 constexpr MemberRow kCategoryAndVerbosityMembers[] = {
@@ -118,9 +118,8 @@ constexpr MemberRow kCommandBranches[] = {
     branch(QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT, VEXAR_TC_BRANCH(QTV_VX_ADMIN_Command, printFormat),
            QTV_VX_ADMIN_QTVLoggerPrintFormat_get_typecode),
 };
-constexpr TypeDescription kCommand =
-    unionType<QTV_VX_ADMIN_Command>(QTV_VX_ADMIN_CommandTYPENAME, Extensibility::mutable_,
-                                    QTV_VX_ADMIN_CommandKind_get_typecode, kCommandBranches);
+constexpr TypeDescription kCommand = unionType<QTV_VX_ADMIN_Command>(
+    QTV_VX_ADMIN_CommandTYPENAME, Extensibility::mutable_, QTV_VX_ADMIN_CommandKind_get_typecode, kCommandBranches);
 
 // QTV::VX::ADMIN::CommandRequest: unkeyed, addressed by a content filter.
 constexpr MemberRow kCommandRequestMembers[] = {
@@ -153,9 +152,9 @@ constexpr MemberRow kCommandResponseMembers[] = {
 constexpr TypeDescription kCommandResponse = structType<QTV_VX_ADMIN_CommandResponse>(
     QTV_VX_ADMIN_CommandResponseTYPENAME, Extensibility::mutable_, kCommandResponseMembers);
 
-} // namespace
+}  // namespace
 
-#define VEXAR_DEFINE_GET_TYPECODE(Type, description)                                                \
+#define VEXAR_DEFINE_GET_TYPECODE(Type, description) \
     extern "C" const DDS_TypeCode *Type##_get_typecode(void) { return StaticTypeCode<description>::get(); }
 
 VEXAR_DEFINE_GET_TYPECODE(QTV_VX_HostAndAppId, kHostAndAppId)

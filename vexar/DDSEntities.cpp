@@ -35,20 +35,14 @@ struct TopicPlan {
     const char *createFailure;
 };
 
-constexpr TopicPlan kLogTopic{QTV_VX_LOG_TOPIC_NAME,
-                              QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME,
-                              QTV_VX_LogMessageTypeSupport_register_type,
-                              QTV_VX_LOG_TOPIC_SLOT,
-                              "Unable to register type for LogMessage",
-                              "Unable to create QoS for LogMessage Topic",
-                              "Unable to create logTopic"};
-constexpr TopicPlan kStateTopic{QTV_VX_STATE_TOPIC_NAME,
-                                QTV_VX_STATE_REGISTERED_TYPE_NAME,
-                                QTV_VX_ADMIN_StateTypeSupport_register_type,
-                                QTV_VX_STATE_TOPIC_SLOT,
-                                "Unable to register State type",
-                                "Unable to get QoS of State's Topic",
-                                "Unable to create stateTopic"};
+constexpr TopicPlan kLogTopic{
+    QTV_VX_LOG_TOPIC_NAME,      QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME,  QTV_VX_LogMessageTypeSupport_register_type,
+    QTV_VX_LOG_TOPIC_SLOT,      "Unable to register type for LogMessage", "Unable to create QoS for LogMessage Topic",
+    "Unable to create logTopic"};
+constexpr TopicPlan kStateTopic{
+    QTV_VX_STATE_TOPIC_NAME,      QTV_VX_STATE_REGISTERED_TYPE_NAME, QTV_VX_ADMIN_StateTypeSupport_register_type,
+    QTV_VX_STATE_TOPIC_SLOT,      "Unable to register State type",   "Unable to get QoS of State's Topic",
+    "Unable to create stateTopic"};
 constexpr TopicPlan kCommandRequestTopic{QTV_VX_COMMAND_REQUEST_TOPIC_NAME,
                                          QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME,
                                          QTV_VX_ADMIN_CommandRequestTypeSupport_register_type,
@@ -149,9 +143,8 @@ DDS_Topic *findOrCreateTopic(QTV_VX_DDSEntities &self, const TopicPlan &plan) no
         fail(plan.qosFailure);
         return nullptr;
     }
-    DDS_Topic *topic = DDS_DomainParticipant_create_topic(self.domainParticipant, plan.topicName,
-                                                          plan.registeredTypeName, &qos.value, nullptr,
-                                                          DDS_STATUS_MASK_NONE);
+    DDS_Topic *topic = DDS_DomainParticipant_create_topic(
+        self.domainParticipant, plan.topicName, plan.registeredTypeName, &qos.value, nullptr, DDS_STATUS_MASK_NONE);
     if (topic == nullptr) fail(plan.createFailure);
     self.locallyCreatedTopics[plan.slot] = topic;
     return topic;

@@ -113,24 +113,23 @@ VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_deleteContainedEntities(QTV_VX_DDS
 
 /* 1 when both names are non-empty and the library lists the profile
  * (compared exactly), else 0. */
-VEXAR_API DDS_Long QTV_VX_DDSEntities_doesQosLibraryAndProfileExist(QTV_VX_DDSEntities *self,
-                                                                    const char *libraryName,
+VEXAR_API DDS_Long QTV_VX_DDSEntities_doesQosLibraryAndProfileExist(QTV_VX_DDSEntities *self, const char *libraryName,
                                                                     const char *profileName);
 
 /* Each fills `qos` (initialized here; the caller finalizes it) with the QoS
  * that the logger uses for that entity. DDS_RETCODE_OK, or the code of the
  * step that failed. Topic names are compared case-insensitively. */
 VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_getDomainParticipantQos(QTV_VX_DDSEntities *self,
-                                                                     DDS_DomainParticipantQos *qos,
-                                                                     const QTV_VX_Options *options);
+                                                                      DDS_DomainParticipantQos *qos,
+                                                                      const QTV_VX_Options *options);
 VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_getPublisherQos(QTV_VX_DDSEntities *self, DDS_PublisherQos *qos);
 VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_getSubscriberQos(QTV_VX_DDSEntities *self, DDS_SubscriberQos *qos);
 VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_getTopicQos(QTV_VX_DDSEntities *self, DDS_TopicQos *qos,
-                                                         const char *topicName);
+                                                          const char *topicName);
 VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_getDataWriterQos(QTV_VX_DDSEntities *self, DDS_DataWriterQos *qos,
-                                                              const char *topicName);
+                                                               const char *topicName);
 VEXAR_API DDS_ReturnCode_t QTV_VX_DDSEntities_getDataReaderQos(QTV_VX_DDSEntities *self, DDS_DataReaderQos *qos,
-                                                              const char *topicName);
+                                                               const char *topicName);
 
 /* ---- getters: borrowed; 0 or null for a null record or an entity that
  * was not created. -------------------------------------------------------- */
@@ -140,10 +139,10 @@ VEXAR_API DDS_Long QTV_VX_DDSEntities_getRtpsAppId(const QTV_VX_DDSEntities *sel
 VEXAR_API DDS_DomainParticipant *QTV_VX_DDSEntities_getDomainParticipant(const QTV_VX_DDSEntities *self);
 VEXAR_API struct QTV_VX_LogMessageDataWriter *QTV_VX_DDSEntities_getLogMessageWriter(const QTV_VX_DDSEntities *self);
 VEXAR_API struct QTV_VX_ADMIN_StateDataWriter *QTV_VX_DDSEntities_getStateWriter(const QTV_VX_DDSEntities *self);
-VEXAR_API struct QTV_VX_ADMIN_CommandRequestDataReader *QTV_VX_DDSEntities_getCommandRequestReader(
-    const QTV_VX_DDSEntities *self);
-VEXAR_API struct QTV_VX_ADMIN_CommandResponseDataWriter *QTV_VX_DDSEntities_getCommandResponseWriter(
-    const QTV_VX_DDSEntities *self);
+VEXAR_API struct QTV_VX_ADMIN_CommandRequestDataReader *
+QTV_VX_DDSEntities_getCommandRequestReader(const QTV_VX_DDSEntities *self);
+VEXAR_API struct QTV_VX_ADMIN_CommandResponseDataWriter *
+QTV_VX_DDSEntities_getCommandResponseWriter(const QTV_VX_DDSEntities *self);
 
 VEXAR_END_DECLS
 

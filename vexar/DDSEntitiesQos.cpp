@@ -78,16 +78,14 @@ struct GroupQosSource {
 };
 
 template <>
-struct QosSource<DDS_PublisherQos>
-    : GroupQosSource<DDS_PublisherQos, DDS_PublisherQos_initialize,
-                     DDS_DomainParticipantFactory_get_publisher_qos_from_profile,
-                     DDS_DomainParticipant_get_default_publisher_qos> {};
+struct QosSource<DDS_PublisherQos> : GroupQosSource<DDS_PublisherQos, DDS_PublisherQos_initialize,
+                                                    DDS_DomainParticipantFactory_get_publisher_qos_from_profile,
+                                                    DDS_DomainParticipant_get_default_publisher_qos> {};
 
 template <>
-struct QosSource<DDS_SubscriberQos>
-    : GroupQosSource<DDS_SubscriberQos, DDS_SubscriberQos_initialize,
-                     DDS_DomainParticipantFactory_get_subscriber_qos_from_profile,
-                     DDS_DomainParticipant_get_default_subscriber_qos> {};
+struct QosSource<DDS_SubscriberQos> : GroupQosSource<DDS_SubscriberQos, DDS_SubscriberQos_initialize,
+                                                     DDS_DomainParticipantFactory_get_subscriber_qos_from_profile,
+                                                     DDS_DomainParticipant_get_default_subscriber_qos> {};
 
 template <>
 struct QosSource<DDS_TopicQos> {
@@ -209,7 +207,7 @@ DDS_Long QTV_VX_DDSEntities_doesQosLibraryAndProfileExist(QTV_VX_DDSEntities *se
 }
 
 DDS_ReturnCode_t QTV_VX_DDSEntities_getDomainParticipantQos(QTV_VX_DDSEntities *self, DDS_DomainParticipantQos *qos,
-                                                           const QTV_VX_Options *options) {
+                                                            const QTV_VX_Options *options) {
     constexpr const char *kSource = "QTV_VX_DDSEntities_getDomainParticipantQos";
     if (!argumentsPresent(self, qos, kSource)) return DDS_RETCODE_BAD_PARAMETER;
     DDS_ReturnCode_t result = DDS_DomainParticipantQos_initialize(qos);
@@ -246,15 +244,17 @@ DDS_ReturnCode_t QTV_VX_DDSEntities_getTopicQos(QTV_VX_DDSEntities *self, DDS_To
 }
 
 DDS_ReturnCode_t QTV_VX_DDSEntities_getDataWriterQos(QTV_VX_DDSEntities *self, DDS_DataWriterQos *qos,
-                                                    const char *topicName) {
+                                                     const char *topicName) {
     return getEndpointQos(
         self, qos, topicName, &TopicRule::writerHistoryDepth,
-        [](DDS_DataWriterQos &writerQos) { writerQos.latency_budget.duration = DDS_Duration_t{0, 0}; },
+        [](DDS_DataWriterQos &writerQos) {
+            writerQos.latency_budget.duration = DDS_Duration_t{0, 0};
+        },
         "QTV_VX_DDSEntities_getDataWriterQos");
 }
 
 DDS_ReturnCode_t QTV_VX_DDSEntities_getDataReaderQos(QTV_VX_DDSEntities *self, DDS_DataReaderQos *qos,
-                                                    const char *topicName) {
+                                                     const char *topicName) {
     return getEndpointQos(
         self, qos, topicName, &TopicRule::readerHistoryDepth,
         [](DDS_DataReaderQos &readerQos) {

@@ -33,15 +33,15 @@ struct Table {
     }
 };
 
-constexpr Table<6> kVerbosities{{{QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_SILENT, OBLX_CONFIG_LOG_VERBOSITY_SILENT},
-                                 {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR, OBLX_CONFIG_LOG_VERBOSITY_ERROR},
-                                 {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING, OBLX_CONFIG_LOG_VERBOSITY_WARNING},
-                                 {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_LOCAL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_LOCAL},
-                                 {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE,
-                                  OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE},
-                                 {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL}},
-                                QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING,
-                                OBLX_CONFIG_LOG_VERBOSITY_WARNING};
+constexpr Table<6> kVerbosities{
+    {{QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_SILENT, OBLX_CONFIG_LOG_VERBOSITY_SILENT},
+     {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_ERROR, OBLX_CONFIG_LOG_VERBOSITY_ERROR},
+     {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING, OBLX_CONFIG_LOG_VERBOSITY_WARNING},
+     {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_LOCAL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_LOCAL},
+     {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE, OBLX_CONFIG_LOG_VERBOSITY_STATUS_REMOTE},
+     {QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL, OBLX_CONFIG_LOG_VERBOSITY_STATUS_ALL}},
+    QTV_VX_OBLX_CONFIG_LOG_VERBOSITY_WARNING,
+    OBLX_CONFIG_LOG_VERBOSITY_WARNING};
 
 constexpr Table<5> kCategories{{{QTV_VX_OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_CATEGORY_PLATFORM},
                                 {QTV_VX_OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION},
@@ -81,9 +81,7 @@ DDS_Long QTV_VX_translateFromQTVLoggerVerbosityToVXVerbosity(DDS_Long verbosity)
 DDS_Long QTV_VX_translateFromVXVerbosityToQTVLoggerVerbosity(DDS_Long verbosity) {
     return kVerbosities.toMiddleware(verbosity);
 }
-DDS_Long QTV_VX_translateFromQTVLoggerCategoryToVXCategory(DDS_Long category) {
-    return kCategories.toVexar(category);
-}
+DDS_Long QTV_VX_translateFromQTVLoggerCategoryToVXCategory(DDS_Long category) { return kCategories.toVexar(category); }
 DDS_Long QTV_VX_translateFromVXCategoryToQTVLoggerCategory(DDS_Long category) {
     return kCategories.toMiddleware(category);
 }

@@ -90,8 +90,8 @@ bool prepare(LogMessageWriteThread &self, DDS_Long queueSize) noexcept {
         vexar::reportError("Unable to access to QTV Logger", source);
         return false;
     }
-    recordVerbosity(self, OBLX_Config_Logger_get_verbosity_by_category(self.qtvLogger,
-                                                                       OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION));
+    recordVerbosity(
+        self, OBLX_Config_Logger_get_verbosity_by_category(self.qtvLogger, OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION));
     QTV_VX_MessageQueueProperty property{queueSize};
     self.q = QTV_VX_MessageQueue_new(&property);
     if (self.q == nullptr) {

@@ -19,14 +19,14 @@ struct QTV_VX_LogMessageDataWriter;
 /* Fields in their fixed order. `shouldRun` and `exitRun` cross threads
  * without a lock; the library reads and writes them atomically. */
 typedef struct LogMessageWriteThread {
-    OBLX_Thread *thread;            /* owned; null when none was started */
-    QTV_VX_MessageQueue *q;         /* owned; the queue that the thread drains */
-    OBLX_Config_Logger *qtvLogger;  /* borrowed: the middleware logger */
-    OBLX_Config_LogVerbosity logVerbosity; /* COMMUNICATION verbosity last applied through this object */
-    volatile DDS_Long shouldRun;    /* 1 while the loop is to go on; cleared by the owner */
-    volatile DDS_Long exitRun;      /* set to 1 by the thread once it has left its loop */
+    OBLX_Thread *thread;                                  /* owned; null when none was started */
+    QTV_VX_MessageQueue *q;                               /* owned; the queue that the thread drains */
+    OBLX_Config_Logger *qtvLogger;                        /* borrowed: the middleware logger */
+    OBLX_Config_LogVerbosity logVerbosity;                /* COMMUNICATION verbosity last applied through this object */
+    volatile DDS_Long shouldRun;                          /* 1 while the loop is to go on; cleared by the owner */
+    volatile DDS_Long exitRun;                            /* set to 1 by the thread once it has left its loop */
     struct QTV_VX_LogMessageDataWriter *logMessageWriter; /* borrowed from the DDS entities */
-    volatile DDS_UnsignedLong threadId; /* the thread's id while it runs, else 0 */
+    volatile DDS_UnsignedLong threadId;                   /* the thread's id while it runs, else 0 */
 } LogMessageWriteThread;
 
 /* Creates the queue (`queueSize` elements) and starts the thread named

@@ -57,8 +57,7 @@ void echo(const QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) no
 }
 
 bool passesFilter(QTV_VX_Vexar &self, DDS_Long level) noexcept {
-    return vexar::stateKind(self) == QTV_VX_STATE_OPERATIONAL &&
-           level <= vexar::shared(self.filterLevel).load();
+    return vexar::stateKind(self) == QTV_VX_STATE_OPERATIONAL && level <= vexar::shared(self.filterLevel).load();
 }
 
 // The queue copies the texts, so the caller's may be borrowed here.
@@ -93,8 +92,7 @@ void logLevelCall(QTV_VX_Vexar *self, DDS_Long level, const char *message) noexc
 
 // The lock comes before the clock: a logger that is no longer the singleton
 // (its clock already gone) must not be touched.
-CallOutcome logUnderGlobalLock(QTV_VX_Vexar *self, DDS_Long level, const char *message,
-                               const char *category) noexcept {
+CallOutcome logUnderGlobalLock(QTV_VX_Vexar *self, DDS_Long level, const char *message, const char *category) noexcept {
     if (!takeGlobalLock()) return CallOutcome::refused;
     CallOutcome outcome = CallOutcome::refused;
     if (isSingleton(self)) outcome = vexar::logNow(*self, level, message, category);

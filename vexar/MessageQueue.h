@@ -72,7 +72,7 @@ VEXAR_API DDS_Long QTV_VX_MessageQueue_push(QTV_VX_MessageQueue *self, const QTV
  * Each successful call consumes one push: a head left in place is returned
  * again only after a later push. One consumer thread only. */
 VEXAR_API const QTV_VX_LogMessagePlusTime *QTV_VX_MessageQueue_front(QTV_VX_MessageQueue *self,
-                                                                      const OBLX_Time_t *timeout);
+                                                                     const OBLX_Time_t *timeout);
 
 /* Removes and frees the head, if any. */
 VEXAR_API void QTV_VX_MessageQueue_pop(QTV_VX_MessageQueue *self);

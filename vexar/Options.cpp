@@ -48,8 +48,8 @@ bool replaceText(char *&field, const char *text) noexcept {
     return duplicate != nullptr;
 }
 
-DDS_ReturnCode_t storeText(QTV_VX_Options *self, const char *source, char *QTV_VX_Options::*field,
-                           const char *text, const char *nullRefusal, const char *allocationFailure) noexcept {
+DDS_ReturnCode_t storeText(QTV_VX_Options *self, const char *source, char *QTV_VX_Options::*field, const char *text,
+                           const char *nullRefusal, const char *allocationFailure) noexcept {
     if (!present(self, source)) {
         return DDS_RETCODE_NO_DATA;
     }
@@ -169,8 +169,7 @@ DDS_Long QTV_VX_Options_getDomainId(const QTV_VX_Options *self) {
 }
 
 DDS_ReturnCode_t QTV_VX_Options_setDomainId(QTV_VX_Options *self, DDS_Long domainId) {
-    return store(self, "QTV_VX_Options_setDomainId", &QTV_VX_Options::domainId,
-                 static_cast<DDS_UnsignedLong>(domainId),
+    return store(self, "QTV_VX_Options_setDomainId", &QTV_VX_Options::domainId, static_cast<DDS_UnsignedLong>(domainId),
                  domainId < 0 ? "Domain Id must be positive or zero" : nullptr);
 }
 

@@ -64,7 +64,7 @@ VEXAR_API QTV_VX_Options *QTV_VX_Options_delete(QTV_VX_Options *self);
 VEXAR_API DDS_DomainParticipant *QTV_VX_Options_getDomainParticipant(const QTV_VX_Options *self);
 /* The participant must not be null. */
 VEXAR_API DDS_ReturnCode_t QTV_VX_Options_setDomainParticipant(QTV_VX_Options *self,
-                                                              DDS_DomainParticipant *participant);
+                                                               DDS_DomainParticipant *participant);
 
 /* 0 for a null record. */
 VEXAR_API DDS_Long QTV_VX_Options_isRemoteAdministrationEnabled(const QTV_VX_Options *self);
@@ -101,8 +101,7 @@ VEXAR_API DDS_ReturnCode_t QTV_VX_Options_setQueueSize(QTV_VX_Options *self, DDS
 /* The record's own settings (borrowed); null for a null record. */
 VEXAR_API const DDS_ThreadSettings_t *QTV_VX_Options_getThreadSettings(const QTV_VX_Options *self);
 /* Deep-copies `settings`; DDS_RETCODE_ERROR when the copy fails. */
-VEXAR_API DDS_ReturnCode_t QTV_VX_Options_setThreadSettings(QTV_VX_Options *self,
-                                                           const DDS_ThreadSettings_t *settings);
+VEXAR_API DDS_ReturnCode_t QTV_VX_Options_setThreadSettings(QTV_VX_Options *self, const DDS_ThreadSettings_t *settings);
 
 /* 0 for a null record. */
 VEXAR_API DDS_Long QTV_VX_Options_getEchoToStdout(const QTV_VX_Options *self);

@@ -65,16 +65,16 @@ void setPrintFormat(QTV_VX_Vexar &self, const QTV_VX_ADMIN_QTVLoggerPrintFormat 
 QTV_VX_ADMIN_CommandResult apply(QTV_VX_Vexar &self, const QTV_VX_ADMIN_Command &command,
                                  QTV_VX_ADMIN_CommandResponse &response) noexcept {
     switch (storedValue(command._d)) {
-        case QTV_VX_SET_LOG_LEVEL:
-            return setFilterLevel(self, command._u.filterLevel, response);
-        case QTV_VX_SET_QTV_LOGGER_LEVEL:
-            setVerbosities(self, command._u.categoryAndVerbosity);
-            return QTV_VX_COMMAND_RESULT_OK;
-        case QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT:
-            setPrintFormat(self, command._u.printFormat);
-            return QTV_VX_COMMAND_RESULT_OK;
-        default:
-            return QTV_VX_COMMAND_RESULT_NOT_SUPPORTED;
+    case QTV_VX_SET_LOG_LEVEL:
+        return setFilterLevel(self, command._u.filterLevel, response);
+    case QTV_VX_SET_QTV_LOGGER_LEVEL:
+        setVerbosities(self, command._u.categoryAndVerbosity);
+        return QTV_VX_COMMAND_RESULT_OK;
+    case QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT:
+        setPrintFormat(self, command._u.printFormat);
+        return QTV_VX_COMMAND_RESULT_OK;
+    default:
+        return QTV_VX_COMMAND_RESULT_NOT_SUPPORTED;
     }
 }
 
@@ -109,9 +109,9 @@ void QTV_VX_Vexar_CommandRequestListener_on_data_available(void *listener_data, 
     }
     QTV_VX_ADMIN_CommandRequestSeq requests = DDS_SEQUENCE_INITIALIZER;
     DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
-    DDS_ReturnCode_t result = QTV_VX_ADMIN_CommandRequestDataReader_take(
-        requestReader, &requests, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
-        DDS_ANY_INSTANCE_STATE);
+    DDS_ReturnCode_t result =
+        QTV_VX_ADMIN_CommandRequestDataReader_take(requestReader, &requests, &infos, DDS_LENGTH_UNLIMITED,
+                                                   DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
     if (result == DDS_RETCODE_NO_DATA) return;
     if (result != DDS_RETCODE_OK) {
         reportError("Unable to take ComandRequest from DataReader", kOnDataAvailable);

@@ -122,9 +122,9 @@ QTV_VX_Vexar *build(QTV_VX_Vexar *self) noexcept {
     self->_ddsEntities = QTV_VX_DDSEntities_create(self);
     if (self->_ddsEntities == nullptr) return failCreation(self, "Unable to create DDSEntities");
     if (!listenForCommands(*self)) return failCreation(self, "Unable to set listener for CommandRequests");
-    self->logMessageWriteThread = LogMessageWriteThread_create(
-        QTV_VX_DDSEntities_getLogMessageWriter(self->_ddsEntities), static_cast<DDS_Long>(self->options->queueSize),
-        &self->options->threadSettings);
+    self->logMessageWriteThread =
+        LogMessageWriteThread_create(QTV_VX_DDSEntities_getLogMessageWriter(self->_ddsEntities),
+                                     static_cast<DDS_Long>(self->options->queueSize), &self->options->threadSettings);
     if (self->logMessageWriteThread == nullptr) return failCreation(self, "Unable to create LogMessage Thread");
     self->q = self->logMessageWriteThread->q;
     self->filterLevel = self->options->filterLevel;

@@ -27,17 +27,17 @@ struct QTV_VX_DDSEntities;
 
 /* The logger record, fields in their fixed order. */
 typedef struct QTV_VX_Vexar {
-    QTV_VX_Options *options;  /* borrowed when registered with setOptions, owned when made by default */
-    DDS_Long filterLevel;     /* messages above this level are not published; read and written atomically;
+    QTV_VX_Options *options; /* borrowed when registered with setOptions, owned when made by default */
+    DDS_Long filterLevel;    /* messages above this level are not published; read and written atomically;
                                  change it only with QTV_VX_Vexar_setFilterLevel, which also updates the
                                  level check made before the global lock */
     struct QTV_VX_DDSEntities *_ddsEntities; /* owned */
-    QTV_VX_ADMIN_State *state; /* the administration sample, owned; guarded by the State's own mutex */
+    QTV_VX_ADMIN_State *state;               /* the administration sample, owned; guarded by the State's own mutex */
     DDS_InstanceHandle_t loggerStateInstanceHandle; /* used when writing `state`; DDS_HANDLE_NIL at first */
-    LogMessageWriteThread *logMessageWriteThread;    /* owned */
-    QTV_VX_MessageQueue *q;   /* the write thread's queue, borrowed from it */
-    OBLX_Config_LoggerDevice *ddsLoggerDevice; /* &QTV_VX_Vexar_localDevice while installed, else null */
-    OBLX_Clock *clock;        /* the system clock that stamps messages, owned */
+    LogMessageWriteThread *logMessageWriteThread;   /* owned */
+    QTV_VX_MessageQueue *q;                         /* the write thread's queue, borrowed from it */
+    OBLX_Config_LoggerDevice *ddsLoggerDevice;      /* &QTV_VX_Vexar_localDevice while installed, else null */
+    OBLX_Clock *clock;                              /* the system clock that stamps messages, owned */
 } QTV_VX_Vexar;
 
 /* The argument record of QTV_VX_Vexar_logMessageWithParams. */
@@ -125,8 +125,7 @@ VEXAR_API void QTV_VX_Vexar_writeDevice(OBLX_Config_LoggerDevice *device, const 
 /* Saves the five category verbosities into `saved` and silences them all. */
 VEXAR_API void QTV_VX_Vexar_maskSystemVerbosity(OBLX_Config_LogVerbosity saved[OBLX_CONFIG_LOG_CATEGORY_COUNT]);
 /* Restores the five verbosities saved by maskSystemVerbosity. */
-VEXAR_API void QTV_VX_Vexar_unmaskSystemVerbosity(
-    const OBLX_Config_LogVerbosity saved[OBLX_CONFIG_LOG_CATEGORY_COUNT]);
+VEXAR_API void QTV_VX_Vexar_unmaskSystemVerbosity(const OBLX_Config_LogVerbosity saved[OBLX_CONFIG_LOG_CATEGORY_COUNT]);
 /* Sets one category's verbosity (middleware values) and publishes the
  * State; COMMUNICATION also updates the write thread's copy. */
 VEXAR_API void QTV_VX_Vexar_setQTVLoggerVerbosityByCategory(QTV_VX_Vexar *self, OBLX_Config_LogCategory category,

@@ -18,10 +18,10 @@ struct NamedLevel {
 };
 
 constexpr NamedLevel kNamedLevels[] = {
-    {QTV_VX_LOG_LEVEL_FATAL, "VX Fatal"},     {QTV_VX_LOG_LEVEL_SEVERE, "VX Severe"},
-    {QTV_VX_LOG_LEVEL_ERROR, "VX Error"},     {QTV_VX_LOG_LEVEL_WARNING, "VX Warning"},
-    {QTV_VX_LOG_LEVEL_NOTICE, "VX Notice"},   {QTV_VX_LOG_LEVEL_INFO, "VX Info"},
-    {QTV_VX_LOG_LEVEL_DEBUG, "VX Debug"},     {QTV_VX_LOG_LEVEL_TRACE, "VX Trace"},
+    {QTV_VX_LOG_LEVEL_FATAL, "VX Fatal"},   {QTV_VX_LOG_LEVEL_SEVERE, "VX Severe"},
+    {QTV_VX_LOG_LEVEL_ERROR, "VX Error"},   {QTV_VX_LOG_LEVEL_WARNING, "VX Warning"},
+    {QTV_VX_LOG_LEVEL_NOTICE, "VX Notice"}, {QTV_VX_LOG_LEVEL_INFO, "VX Info"},
+    {QTV_VX_LOG_LEVEL_DEBUG, "VX Debug"},   {QTV_VX_LOG_LEVEL_TRACE, "VX Trace"},
 };
 constexpr const char *kUnnamedLevel = "VX Silent";
 

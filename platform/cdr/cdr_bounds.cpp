@@ -79,8 +79,7 @@ private:
         const DDS_TypeCode &discriminator = *type.discriminator_type;
         position = end(discriminator, list ? header(discriminator, position) : position);
         if (type.member_count > 0) {
-            std::uint64_t branchStart =
-                list ? align(position, 4) + OBLX_CDR_EXTENDED_PARAMETER_HEADER_SIZE : position;
+            std::uint64_t branchStart = list ? align(position, 4) + OBLX_CDR_EXTENDED_PARAMETER_HEADER_SIZE : position;
             std::uint64_t extreme = end(*type.members[0].type, branchStart);
             for (DDS_UnsignedLong i = 1; i < type.member_count; ++i) {
                 std::uint64_t branchEnd = end(*type.members[i].type, branchStart);

@@ -72,10 +72,8 @@ private:
     void store(const Step &step, unsigned char *at, DDS_Long value) noexcept {
         bool valid = step.kind != StepKind::enumeration ||
                      holdsEnumerator(step.low, step.high, step.dense ? nullptr : step.type, value);
-        if (!valid)
-            stream_.unassignable = DDS_BOOLEAN_TRUE;
-        else if (at != nullptr)
-            std::memcpy(at, &value, sizeof value);
+        if (!valid) stream_.unassignable = DDS_BOOLEAN_TRUE;
+        else if (at != nullptr) std::memcpy(at, &value, sizeof value);
     }
 
     bool string(const Step &step, unsigned char *base) noexcept {
@@ -190,7 +188,7 @@ private:
     }
 
     OBLX_CdrStream &stream_;
-    const Step *steps_; // a plan's steps and checks are fixed once compiled
+    const Step *steps_;  // a plan's steps and checks are fixed once compiled
     const EnumCheck *checks_;
     bool checking_;
 };

@@ -179,8 +179,8 @@ public:
 
 private:
     struct Open {
-        OBLX_CdrParameterHeader header; // an open member's
-        bool skipEnd;                   // an open list's
+        OBLX_CdrParameterHeader header;  // an open member's
+        bool skipEnd;                    // an open list's
     };
 
     bool sequence(std::uint32_t index, const unsigned char *record) noexcept {
@@ -215,7 +215,7 @@ private:
     }
 
     Sink &sink_;
-    const WriteOp *ops_; // a plan's ops are fixed once compiled
+    const WriteOp *ops_;  // a plan's ops are fixed once compiled
 };
 
 template <typename Sink>

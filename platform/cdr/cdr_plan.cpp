@@ -59,8 +59,7 @@ private:
     // on the wire too: one `words` step moves them all, its children say
     // what each one is.
     bool pushWord(Step step, std::size_t offset, bool kept) {
-        bool extendsRun = wordRun_ != kNoRun && steps_[wordRun_].kept == kept &&
-                          steps_.back().offset + 4 == offset;
+        bool extendsRun = wordRun_ != kNoRun && steps_[wordRun_].kept == kept && steps_.back().offset + 4 == offset;
         if (!extendsRun) {
             Step words{StepKind::words};
             push(words, offset, kept);
@@ -154,7 +153,7 @@ private:
 
     std::vector<Step> &steps_;
     const PlanOptions &options_;
-    std::size_t wordRun_ = kNoRun; // the open `words` step, if any
+    std::size_t wordRun_ = kNoRun;  // the open `words` step, if any
 };
 
 // The initial value of every value the steps hold: numbers 0, enumerations
@@ -205,15 +204,12 @@ private:
         ResetStep *last = resets_.empty() ? nullptr : &resets_.back();
         if (last != nullptr && last->kind == ResetStep::Kind::zeros && last->offset + last->size == offset)
             last->size += size;
-        else
-            resets_.push_back({ResetStep::Kind::zeros, offset, size});
+        else resets_.push_back({ResetStep::Kind::zeros, offset, size});
     }
 
     void word(std::size_t offset, DDS_Long value) {
-        if (value == 0)
-            zeros(offset, sizeof value);
-        else
-            resets_.push_back({ResetStep::Kind::word, offset, 0, value});
+        if (value == 0) zeros(offset, sizeof value);
+        else resets_.push_back({ResetStep::Kind::word, offset, 0, value});
     }
 
     std::vector<ResetStep> &resets_;

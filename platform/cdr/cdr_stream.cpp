@@ -42,15 +42,11 @@ DDS_Boolean OBLX_CdrStream_isBigEndian(const OBLX_CdrStream *self) {
 
 DDS_Boolean OBLX_CdrStream_isNativeBigEndian(void) { return toBoolean(cdr::kNativeBigEndian); }
 
-unsigned char *OBLX_CdrStream_getBuffer(const OBLX_CdrStream *self) {
-    return self != nullptr ? self->buffer : nullptr;
-}
+unsigned char *OBLX_CdrStream_getBuffer(const OBLX_CdrStream *self) { return self != nullptr ? self->buffer : nullptr; }
 
 DDS_UnsignedLong OBLX_CdrStream_getLength(const OBLX_CdrStream *self) { return self != nullptr ? self->length : 0; }
 
-DDS_UnsignedLong OBLX_CdrStream_getPosition(const OBLX_CdrStream *self) {
-    return self != nullptr ? self->position : 0;
-}
+DDS_UnsignedLong OBLX_CdrStream_getPosition(const OBLX_CdrStream *self) { return self != nullptr ? self->position : 0; }
 
 DDS_Boolean OBLX_CdrStream_setPosition(OBLX_CdrStream *self, DDS_UnsignedLong position) {
     return toBoolean(self != nullptr && cdr::setPosition(*self, position));
@@ -137,8 +133,7 @@ DDS_Boolean OBLX_CdrStream_skipString(OBLX_CdrStream *self, DDS_UnsignedLong max
 }
 
 DDS_Boolean OBLX_CdrStream_serializeComplexArray(OBLX_CdrStream *self, const void *elements, DDS_UnsignedLong count,
-                                                 size_t elementSize, OBLX_CdrElementFunction function,
-                                                 void *context) {
+                                                 size_t elementSize, OBLX_CdrElementFunction function, void *context) {
     return toBoolean(self != nullptr &&
                      forEachElement(self, const_cast<void *>(elements), count, elementSize, function, context));
 }
@@ -149,18 +144,16 @@ DDS_Boolean OBLX_CdrStream_deserializeComplexArray(OBLX_CdrStream *self, void *e
     return toBoolean(self != nullptr && forEachElement(self, elements, count, elementSize, function, context));
 }
 
-DDS_Boolean OBLX_CdrStream_serializeComplexSequence(OBLX_CdrStream *self, const void *elements,
-                                                    DDS_UnsignedLong length, DDS_UnsignedLong maximum,
-                                                    size_t elementSize, OBLX_CdrElementFunction function,
-                                                    void *context) {
+DDS_Boolean OBLX_CdrStream_serializeComplexSequence(OBLX_CdrStream *self, const void *elements, DDS_UnsignedLong length,
+                                                    DDS_UnsignedLong maximum, size_t elementSize,
+                                                    OBLX_CdrElementFunction function, void *context) {
     return toBoolean(self != nullptr && length <= maximum && cdr::write<std::uint32_t>(*self, length) &&
                      forEachElement(self, const_cast<void *>(elements), length, elementSize, function, context));
 }
 
-DDS_Boolean OBLX_CdrStream_deserializeComplexSequence(OBLX_CdrStream *self, void *elements,
-                                                      DDS_UnsignedLong *length, DDS_UnsignedLong maximum,
-                                                      size_t elementSize, OBLX_CdrElementFunction function,
-                                                      void *context) {
+DDS_Boolean OBLX_CdrStream_deserializeComplexSequence(OBLX_CdrStream *self, void *elements, DDS_UnsignedLong *length,
+                                                      DDS_UnsignedLong maximum, size_t elementSize,
+                                                      OBLX_CdrElementFunction function, void *context) {
     DDS_UnsignedLong count;
     if (self == nullptr || length == nullptr || !cdr::read(*self, count) || count > maximum ||
         !forEachElement(self, elements, count, elementSize, function, context))

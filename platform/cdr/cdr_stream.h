@@ -166,14 +166,12 @@ VEXAR_API DDS_Boolean OBLX_CdrStream_serializeParameterHeader(OBLX_CdrStream *se
                                                               DDS_Boolean mustUnderstand);
 /* Writes the member's length (bytes since valueStart) into its header; a
  * short header fails when the member is longer than 65535 bytes. */
-VEXAR_API DDS_Boolean OBLX_CdrStream_finishParameterHeader(OBLX_CdrStream *self,
-                                                           const OBLX_CdrParameterHeader *header);
+VEXAR_API DDS_Boolean OBLX_CdrStream_finishParameterHeader(OBLX_CdrStream *self, const OBLX_CdrParameterHeader *header);
 /* The list's end: identifier LIST_END with must-understand, length 0. */
 VEXAR_API DDS_Boolean OBLX_CdrStream_serializeListEnd(OBLX_CdrStream *self);
 /* Aligns to 4 and reads a header in either form. Fails when the length
  * claims more bytes than remain. */
-VEXAR_API DDS_Boolean OBLX_CdrStream_deserializeParameterHeader(OBLX_CdrStream *self,
-                                                                OBLX_CdrParameterHeader *header);
+VEXAR_API DDS_Boolean OBLX_CdrStream_deserializeParameterHeader(OBLX_CdrStream *self, OBLX_CdrParameterHeader *header);
 /* True for the short-form LIST_END header that ends a list. */
 VEXAR_API DDS_Boolean OBLX_CdrParameterHeader_isListEnd(const OBLX_CdrParameterHeader *header);
 /* Moves to the byte after the member, whatever its reader consumed. */

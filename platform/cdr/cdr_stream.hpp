@@ -95,9 +95,9 @@ inline DDS_UnsignedLong resetAlignment(OBLX_CdrStream &s) noexcept {
 // Sizes are known per case, so every copy compiles to plain moves.
 template <std::size_t Size>
 inline void copyOrdered(unsigned char *to, const unsigned char *from, bool swap) noexcept {
-    std::conditional_t<Size == 1, std::uint8_t,
-                       std::conditional_t<Size == 2, std::uint16_t,
-                                          std::conditional_t<Size == 4, std::uint32_t, std::uint64_t>>>
+    std::conditional_t<
+        Size == 1, std::uint8_t,
+        std::conditional_t<Size == 2, std::uint16_t, std::conditional_t<Size == 4, std::uint32_t, std::uint64_t>>>
         value;
     std::memcpy(&value, from, Size);
     if constexpr (Size == 2) {
@@ -113,10 +113,18 @@ inline void copyOrdered(unsigned char *to, const unsigned char *from, bool swap)
 inline void copyOrdered(unsigned char *to, const void *from, DDS_UnsignedLong size, bool swap) noexcept {
     const auto *bytes = static_cast<const unsigned char *>(from);
     switch (size) {
-    case 1: copyOrdered<1>(to, bytes, swap); break;
-    case 2: copyOrdered<2>(to, bytes, swap); break;
-    case 4: copyOrdered<4>(to, bytes, swap); break;
-    default: copyOrdered<8>(to, bytes, swap); break;
+    case 1:
+        copyOrdered<1>(to, bytes, swap);
+        break;
+    case 2:
+        copyOrdered<2>(to, bytes, swap);
+        break;
+    case 4:
+        copyOrdered<4>(to, bytes, swap);
+        break;
+    default:
+        copyOrdered<8>(to, bytes, swap);
+        break;
     }
 }
 

@@ -23,9 +23,7 @@ inline DDS_TCKind kindOf(const DDS_TypeCode &type) noexcept {
     return static_cast<DDS_TCKind>(type.kind & DDS_TK_KIND_MASK);
 }
 
-inline bool isMutable(const DDS_TypeCode &type) noexcept {
-    return (type.kind & DDS_TK_MUTABLE_EXTENSIBILITY) != 0;
-}
+inline bool isMutable(const DDS_TypeCode &type) noexcept { return (type.kind & DDS_TK_MUTABLE_EXTENSIBILITY) != 0; }
 
 // Bytes of a primitive or enumeration on the wire; 0 for anything else.
 inline DDS_UnsignedLong primitiveSize(const DDS_TypeCode &type) noexcept {
@@ -64,31 +62,31 @@ bool isKeyFormMember(const DDS_TypeCode &type, DDS_UnsignedLong index) noexcept;
 // --- plans ---------------------------------------------------------------
 
 enum class StepKind : std::uint8_t {
-    words,       // `bound` consecutive 4-byte values from `offset`, one step each following up to `end`
-    primitive,   // `size` bytes at `offset`
-    enumeration, // 4 bytes at `offset`: one of `low`..`high` when `dense`, else of `type`'s values
-    string,      // a char * at `offset`; `bound` is the longest length with the NUL
-    sequence,    // the record at `offset` (`type`); the element's steps follow up to `end`
-    list,        // a parameter list (a union's when `isUnion`) at `offset`; member steps follow up to `end`
-    member,      // one member of a list: `id`, header form, union `label`; its steps follow up to `end`;
-                 // `bound` is its length when that is fixed (one `words` step), else 0
+    words,        // `bound` consecutive 4-byte values from `offset`, one step each following up to `end`
+    primitive,    // `size` bytes at `offset`
+    enumeration,  // 4 bytes at `offset`: one of `low`..`high` when `dense`, else of `type`'s values
+    string,       // a char * at `offset`; `bound` is the longest length with the NUL
+    sequence,     // the record at `offset` (`type`); the element's steps follow up to `end`
+    list,         // a parameter list (a union's when `isUnion`) at `offset`; member steps follow up to `end`
+    member,       // one member of a list: `id`, header form, union `label`; its steps follow up to `end`;
+                  // `bound` is its length when that is fixed (one `words` step), else 0
 };
 
 struct Step {
     StepKind kind;
     std::uint8_t size = 0;
     bool extendedHeader = false;
-    bool kept = true;       // false: read and dropped (a non-key member when only keys are read)
+    bool kept = true;  // false: read and dropped (a non-key member when only keys are read)
     bool isUnion = false;
-    bool isDefault = false; // the union member chosen when no label matches
-    bool dense = false;     // an enumeration whose values are exactly `low`..`high`
+    bool isDefault = false;  // the union member chosen when no label matches
+    bool dense = false;      // an enumeration whose values are exactly `low`..`high`
     DDS_UnsignedLong id = 0;
     DDS_UnsignedLong bound = 0;
     DDS_Long label = 0;
     DDS_Long low = 0, high = 0;
     std::uint32_t end = 0;
-    std::uint32_t checks = 0, checksEnd = 0; // words: its enumerations' EnumChecks
-    std::size_t offset = 0; // in the sample; a sequence's element steps: in the element
+    std::uint32_t checks = 0, checksEnd = 0;  // words: its enumerations' EnumChecks
+    std::size_t offset = 0;                   // in the sample; a sequence's element steps: in the element
     const DDS_TypeCode *type = nullptr;
 };
 
@@ -106,9 +104,9 @@ struct EnumCheck {
 struct ResetStep {
     enum class Kind : std::uint8_t { zeros, word, string, sequence } kind;
     std::size_t offset;
-    std::size_t size = 0;              // zeros
-    DDS_Long value = 0;                // word: an enumeration's first value, a union's default discriminator
-    const DDS_TypeCode *type = nullptr; // sequence
+    std::size_t size = 0;                // zeros
+    DDS_Long value = 0;                  // word: an enumeration's first value, a union's default discriminator
+    const DDS_TypeCode *type = nullptr;  // sequence
 };
 
 // What the encoder runs: the steps flattened for writing. Struct members
@@ -117,18 +115,18 @@ struct ResetStep {
 // sub-ranges. `slot` is the nesting depth of a list or member within its
 // range, where its header or sentinel mark waits to be completed.
 enum class WriteKind : std::uint8_t {
-    words,        // `count` 4-byte values from `offset`
-    primitive,    // `size` bytes at `offset`
-    string,       // a char * at `offset`; `count` is the longest length with the NUL
-    fixedMember,  // a short header for `id` with length 4 * `count`, then `count` words from `offset`
-    stringMember, // a short header for `id`, then the string at `offset` (`count` as for string)
-    openMember,   // a header for `id` (`extendedHeader`), its length completed by closeMember
+    words,         // `count` 4-byte values from `offset`
+    primitive,     // `size` bytes at `offset`
+    string,        // a char * at `offset`; `count` is the longest length with the NUL
+    fixedMember,   // a short header for `id` with length 4 * `count`, then `count` words from `offset`
+    stringMember,  // a short header for `id`, then the string at `offset` (`count` as for string)
+    openMember,    // a header for `id` (`extendedHeader`), its length completed by closeMember
     closeMember,
-    openList,     // a parameter list: closeList writes its sentinel unless the caller skips it
+    openList,  // a parameter list: closeList writes its sentinel unless the caller skips it
     closeList,
-    sequence,     // the record at `offset` (`type`): a count <= `count`, then each element by ops up to `end`
-    select,       // a union's branch: the `branch` op after it whose label matches the discriminator at `offset`
-    branch,       // `label` (`isDefault`); its ops follow up to `end`
+    sequence,  // the record at `offset` (`type`): a count <= `count`, then each element by ops up to `end`
+    select,    // a union's branch: the `branch` op after it whose label matches the discriminator at `offset`
+    branch,    // `label` (`isDefault`); its ops follow up to `end`
 };
 
 struct WriteOp {
@@ -149,9 +147,9 @@ struct WriteOp {
 inline constexpr std::size_t kMaxWriteNesting = 32;
 
 struct PlanOptions {
-    bool extendedHeaders = false; // composite and string members behind extended headers
-    bool keyForm = false;         // only the key members are on the wire
-    bool keysOnly = false;        // reading keeps only the key members
+    bool extendedHeaders = false;  // composite and string members behind extended headers
+    bool keyForm = false;          // only the key members are on the wire
+    bool keysOnly = false;         // reading keeps only the key members
 };
 
 class Plan {

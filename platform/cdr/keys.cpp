@@ -93,7 +93,7 @@ public:
 private:
     struct Entry {
         std::uint64_t fingerprint = 0;
-        DDS_UnsignedLong length = kLongestKey + 1; // no key is this long: an empty entry
+        DDS_UnsignedLong length = kLongestKey + 1;  // no key is this long: an empty entry
         unsigned char key[kLongestKey] = {};
         DDS_Octet digest[16] = {};
     };

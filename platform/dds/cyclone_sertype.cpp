@@ -91,10 +91,10 @@ struct Sertype {
     DDS_UnsignedLong keyMaxSize;  // key form, without header
     DDS_UnsignedLong keyWireMaxSize;
     DDS_UnsignedLong wireMaxSize;  // a whole sample with header; OBLX_TYPEPLUGIN_MAX_SIZE_OVERFLOW when unbounded
-    ScratchPool *scratch;  // owned; outside the struct to keep its layout standard
+    ScratchPool *scratch;          // owned; outside the struct to keep its layout standard
     types::EnumerationCheck *enumerations;  // owned, likewise
-    plugin::TypePlan *plan;             // owned, likewise: the plugin's encoding, compiled from its type code
-    bool keyHoldsBuffers;            // a key member is (or holds) a string or a sequence
+    plugin::TypePlan *plan;                 // owned, likewise: the plugin's encoding, compiled from its type code
+    bool keyHoldsBuffers;                   // a key member is (or holds) a string or a sequence
 };
 static_assert(std::is_standard_layout_v<Sertype>);
 static_assert(std::has_unique_object_representations_v<OBLX_TypePlugin>, "plugins are compared bytewise");
@@ -176,7 +176,7 @@ bool isDecodable(const Sertype &type, const void *sample) noexcept {
     char what[160];
     std::snprintf(what, sizeof what, "sample (%d is not a value of %s)", static_cast<int>(fault.value),
                   fault.enumeration != nullptr && fault.enumeration->name != nullptr ? fault.enumeration->name
-                                                                                      : "its enumeration");
+                                                                                     : "its enumeration");
     OBLX_Report_badParameter(type.base.type_name, what);
     return false;
 }
@@ -390,8 +390,7 @@ bool toSample(const ddsi_serdata *dBase, void *sample, void **, void *) noexcept
     OBLX_CdrStream stream = streamOver(d.wire(), d.wireSize, false);
     if (d.base.kind == SDK_DATA) {
         void *target = sample;
-        return type.plugin.deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE,
-                                       nullptr);
+        return type.plugin.deserialize(nullptr, &target, nullptr, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
     }
     resetSample(type, sample);
     return type.plugin.deserialize_key_sample(nullptr, sample, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
@@ -451,7 +450,8 @@ size_t print(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, char *buff
     bool decoded = scratch && (d.wireSize == 0 ? untypedToSample(typeBase, dBase, scratch.get(), nullptr, nullptr)
                                                : toSample(dBase, scratch.get(), nullptr, nullptr));
     std::string text;
-    if (decoded) text = types::sample::print(*type.plugin.type_code, scratch.get(), types::sample::PrintLayout::oneLine);
+    if (decoded)
+        text = types::sample::print(*type.plugin.type_code, scratch.get(), types::sample::PrintLayout::oneLine);
     int needed = std::snprintf(buffer, size, "%s", decoded ? text.c_str() : "(undecodable)");
     return needed < 0 ? 0 : static_cast<size_t>(needed);
 }

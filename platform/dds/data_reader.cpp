@@ -127,7 +127,7 @@ DDS_ReturnCode_t DDS_DataReader_delete_readcondition(DDS_DataReader *self, DDS_R
 }
 
 DDS_ReturnCode_t DDS_DataReader_read_or_take_next_sample_untypedI(DDS_DataReader *self, void *received_data,
-                                                                 DDS_SampleInfo *sample_info, DDS_Boolean take) {
+                                                                  DDS_SampleInfo *sample_info, DDS_Boolean take) {
     const char *context = "DDS_DataReader_read_or_take_next_sample_untypedI";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
     if (received_data == nullptr || sample_info == nullptr) {
@@ -151,7 +151,7 @@ DDS_InstanceHandle_t DDS_DataReader_lookup_instance_untypedI(DDS_DataReader *sel
 }
 
 DDS_ReturnCode_t DDS_DataReader_add_sample_to_remote_writer_queue_untypedI(DDS_DataReader *, const void *,
-                                                                          const DDS_GUID_t *) {
+                                                                           const DDS_GUID_t *) {
     OBLX_Report_unsupported("DDS_DataReader_add_sample_to_remote_writer_queue_untypedI",
                             "injecting a sample as if a remote writer had sent it");
     return DDS_RETCODE_UNSUPPORTED;

@@ -78,11 +78,10 @@ VEXAR_API DDS_ReturnCode_t DDS_DataReader_delete_readcondition(DDS_DataReader *s
  * then the form's own selection, then `take` (true: remove the samples from
  * the reader; false: read, leaving them marked DDS_READ_SAMPLE_STATE). */
 
-#define OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS                                                   \
-    DDS_DataReader *self, DDS_Boolean *is_loan, void ***received_data, DDS_Long *data_count,       \
-        DDS_SampleInfoSeq *info_seq, DDS_Long data_seq_len, DDS_Long data_seq_max_len,              \
-        DDS_Boolean data_seq_has_ownership, void *data_seq_contiguous_buffer, DDS_Long data_size,   \
-        DDS_Long max_samples
+#define OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS                                             \
+    DDS_DataReader *self, DDS_Boolean *is_loan, void ***received_data, DDS_Long *data_count, \
+        DDS_SampleInfoSeq *info_seq, DDS_Long data_seq_len, DDS_Long data_seq_max_len,       \
+        DDS_Boolean data_seq_has_ownership, void *data_seq_contiguous_buffer, DDS_Long data_size, DDS_Long max_samples
 
 /* Samples in the given states. */
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
@@ -91,8 +90,9 @@ VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_untypedI(OBLX_DATAREADER_
                                                                 DDS_InstanceStateMask instance_states,
                                                                 DDS_Boolean take);
 /* Samples that `condition` (of this reader) selects. */
-VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_w_condition_untypedI(
-    OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_ReadCondition *condition, DDS_Boolean take);
+VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                                            DDS_ReadCondition *condition,
+                                                                            DDS_Boolean take);
 /* Samples of one instance; `handle` must not be DDS_HANDLE_NIL. */
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_untypedI(
     OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t handle, DDS_SampleStateMask sample_states,
@@ -105,19 +105,17 @@ VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_w_condition_unty
  * so the next instance cannot be found: always DDS_RETCODE_UNSUPPORTED,
  * reported. Iterate with the plain forms and read_or_take_instance. */
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_untypedI(
-    OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t previous_handle,
-    DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states,
-    DDS_Boolean take);
+    OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t previous_handle, DDS_SampleStateMask sample_states,
+    DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states, DDS_Boolean take);
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_w_condition_untypedI(
     OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t previous_handle, DDS_ReadCondition *condition,
     DDS_Boolean take);
 
 /* The next sample not yet read, decoded into `received_data` (an initialized
  * sample of the type), with its info. DDS_RETCODE_NO_DATA when there is none. */
-VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_next_sample_untypedI(DDS_DataReader *self,
-                                                                           void *received_data,
-                                                                           DDS_SampleInfo *sample_info,
-                                                                           DDS_Boolean take);
+VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_next_sample_untypedI(DDS_DataReader *self, void *received_data,
+                                                                            DDS_SampleInfo *sample_info,
+                                                                            DDS_Boolean take);
 
 /* Gives back a loan: `received_data` is the pointer array that read or take
  * returned, `data_count` its count (ignored: the reader knows it) and
@@ -131,8 +129,7 @@ VEXAR_API DDS_ReturnCode_t DDS_DataReader_return_loan_untypedI(DDS_DataReader *s
  * the instances this reader knows. */
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_get_key_value_untypedI(DDS_DataReader *self, void *key_holder,
                                                                  DDS_InstanceHandle_t handle);
-VEXAR_API DDS_InstanceHandle_t DDS_DataReader_lookup_instance_untypedI(DDS_DataReader *self,
-                                                                       const void *key_holder);
+VEXAR_API DDS_InstanceHandle_t DDS_DataReader_lookup_instance_untypedI(DDS_DataReader *self, const void *key_holder);
 
 /* Cyclone cannot inject a sample into a reader as if the remote writer
  * `remote_writer_guid` had sent it: always DDS_RETCODE_UNSUPPORTED, reported. */

@@ -29,8 +29,8 @@ const DDS_Time_t *timestampIn(const DDS_WriteParams_t &params) noexcept {
 
 // A writer, and a sample or a handle that names its instance. A given
 // handle must be the sample's own when both are there.
-bool checkInstance(DDS_DataWriterImpl *writer, const void *sample, DDS_InstanceHandle_t handle,
-                   const char *context, bool sampleRequired = false) noexcept {
+bool checkInstance(DDS_DataWriterImpl *writer, const void *sample, DDS_InstanceHandle_t handle, const char *context,
+                   bool sampleRequired = false) noexcept {
     if (checked(writer, context) == nullptr) return false;
     if (sample == nullptr && (sampleRequired || handle == DDS_HANDLE_NIL)) {
         OBLX_Report_badParameter(context, "instance_data");
@@ -187,8 +187,7 @@ DDS_InstanceHandle_t DDS_DataWriter_register_instance_w_timestamp_untypedI(DDS_D
     return registerInstance(self, instance_data, source_timestamp, context);
 }
 
-DDS_InstanceHandle_t DDS_DataWriter_register_instance_w_params_untypedI(DDS_DataWriter *self,
-                                                                        const void *instance_data,
+DDS_InstanceHandle_t DDS_DataWriter_register_instance_w_params_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                                         const DDS_WriteParams_t *params) {
     const char *context = "DDS_DataWriter_register_instance_w_params_untypedI";
     if (!isGiven(params, context, "params")) return DDS_HANDLE_NIL;
@@ -209,8 +208,7 @@ DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_timestamp_untypedI(DDS_Dat
     return unregisterInstance(self, instance_data, handle, source_timestamp, context);
 }
 
-DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_params_untypedI(DDS_DataWriter *self,
-                                                                      const void *instance_data,
+DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_params_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                                       const DDS_WriteParams_t *params) {
     const char *context = "DDS_DataWriter_unregister_instance_w_params_untypedI";
     if (!isGiven(params, context, "params")) return DDS_RETCODE_BAD_PARAMETER;

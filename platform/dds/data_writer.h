@@ -27,7 +27,10 @@ typedef struct DDS_WriteParams_t {
     DDS_Time_t source_timestamp;
 } DDS_WriteParams_t;
 
-#define DDS_WRITEPARAMS_DEFAULT {DDS_HANDLE_NIL, {DDS_TIME_INVALID_SEC, DDS_TIME_INVALID_NSEC}}
+#define DDS_WRITEPARAMS_DEFAULT                                         \
+    {                                                                   \
+        DDS_HANDLE_NIL, { DDS_TIME_INVALID_SEC, DDS_TIME_INVALID_NSEC } \
+    }
 
 VEXAR_API DDS_Entity *DDS_DataWriter_as_entity(DDS_DataWriter *self);
 VEXAR_API DDS_Topic *DDS_DataWriter_get_topic(DDS_DataWriter *self);
@@ -59,8 +62,7 @@ VEXAR_API DDS_Boolean DDS_DataWriter_compare_typeI(DDS_DataWriter *self, const c
 
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_write_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                          DDS_InstanceHandle_t handle);
-VEXAR_API DDS_ReturnCode_t DDS_DataWriter_write_w_timestamp_untypedI(DDS_DataWriter *self,
-                                                                     const void *instance_data,
+VEXAR_API DDS_ReturnCode_t DDS_DataWriter_write_w_timestamp_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                                      DDS_InstanceHandle_t handle,
                                                                      const DDS_Time_t *source_timestamp);
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_write_w_params_untypedI(DDS_DataWriter *self, const void *instance_data,
@@ -76,12 +78,12 @@ VEXAR_API DDS_InstanceHandle_t DDS_DataWriter_register_instance_w_params_untyped
                                                                                   const DDS_WriteParams_t *params);
 
 /* `instance_data` may be null when `handle` is given. */
-VEXAR_API DDS_ReturnCode_t DDS_DataWriter_unregister_instance_untypedI(DDS_DataWriter *self,
-                                                                       const void *instance_data,
+VEXAR_API DDS_ReturnCode_t DDS_DataWriter_unregister_instance_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                                        DDS_InstanceHandle_t handle);
-VEXAR_API DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_timestamp_untypedI(
-    DDS_DataWriter *self, const void *instance_data, DDS_InstanceHandle_t handle,
-    const DDS_Time_t *source_timestamp);
+VEXAR_API DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_timestamp_untypedI(DDS_DataWriter *self,
+                                                                                   const void *instance_data,
+                                                                                   DDS_InstanceHandle_t handle,
+                                                                                   const DDS_Time_t *source_timestamp);
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_params_untypedI(DDS_DataWriter *self,
                                                                                 const void *instance_data,
                                                                                 const DDS_WriteParams_t *params);
@@ -89,8 +91,7 @@ VEXAR_API DDS_ReturnCode_t DDS_DataWriter_unregister_instance_w_params_untypedI(
 /* `instance_data` may be null when `handle` is given. */
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_dispose_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                            DDS_InstanceHandle_t handle);
-VEXAR_API DDS_ReturnCode_t DDS_DataWriter_dispose_w_timestamp_untypedI(DDS_DataWriter *self,
-                                                                       const void *instance_data,
+VEXAR_API DDS_ReturnCode_t DDS_DataWriter_dispose_w_timestamp_untypedI(DDS_DataWriter *self, const void *instance_data,
                                                                        DDS_InstanceHandle_t handle,
                                                                        const DDS_Time_t *source_timestamp);
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_dispose_w_params_untypedI(DDS_DataWriter *self, const void *instance_data,
@@ -102,8 +103,7 @@ VEXAR_API DDS_ReturnCode_t DDS_DataWriter_get_key_value_untypedI(DDS_DataWriter 
                                                                  DDS_InstanceHandle_t handle);
 /* The handle of the instance with `key_holder`'s key, DDS_HANDLE_NIL when the
  * writer does not know it. */
-VEXAR_API DDS_InstanceHandle_t DDS_DataWriter_lookup_instance_untypedI(DDS_DataWriter *self,
-                                                                       const void *key_holder);
+VEXAR_API DDS_InstanceHandle_t DDS_DataWriter_lookup_instance_untypedI(DDS_DataWriter *self, const void *key_holder);
 
 VEXAR_END_DECLS
 

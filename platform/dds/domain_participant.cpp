@@ -283,8 +283,7 @@ DDS_ReturnCode_t DDS_DomainParticipant_get_default_publisher_qos(DDS_DomainParti
                                                                  "DDS_DomainParticipant_get_default_publisher_qos");
 }
 
-DDS_ReturnCode_t DDS_DomainParticipant_get_default_subscriber_qos(DDS_DomainParticipant *self,
-                                                                  DDS_SubscriberQos *qos) {
+DDS_ReturnCode_t DDS_DomainParticipant_get_default_subscriber_qos(DDS_DomainParticipant *self, DDS_SubscriberQos *qos) {
     return copyDefaults<DDS_SubscriberQos, DDS_SubscriberQos_copy>(self, qos, kDefaultSubscriberQos,
                                                                    "DDS_DomainParticipant_get_default_subscriber_qos");
 }
@@ -300,8 +299,7 @@ DDS_ReturnCode_t DDS_DomainParticipant_get_default_topic_qos_w_topic_name(DDS_Do
                                                          "DDS_DomainParticipant_get_default_topic_qos_w_topic_name");
 }
 
-DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos(DDS_DomainParticipant *self,
-                                                                  DDS_DataWriterQos *qos) {
+DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos(DDS_DomainParticipant *self, DDS_DataWriterQos *qos) {
     return copyDefaults<DDS_DataWriterQos, DDS_DataWriterQos_copy>(self, qos, kDefaultDataWriterQos,
                                                                    "DDS_DomainParticipant_get_default_datawriter_qos");
 }
@@ -312,8 +310,7 @@ DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name(D
         self, qos, kDefaultDataWriterQos, "DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name");
 }
 
-DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos(DDS_DomainParticipant *self,
-                                                                  DDS_DataReaderQos *qos) {
+DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos(DDS_DomainParticipant *self, DDS_DataReaderQos *qos) {
     return copyDefaults<DDS_DataReaderQos, DDS_DataReaderQos_copy>(self, qos, kDefaultDataReaderQos,
                                                                    "DDS_DomainParticipant_get_default_datareader_qos");
 }

@@ -56,8 +56,7 @@ VEXAR_API DDS_DomainParticipantFactory *DDS_DomainParticipant_get_participant_fa
  * another plugin under a name in use is DDS_RETCODE_PRECONDITION_NOT_MET.
  * `registration_data` is handed to the plugin's on_participant_attached. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_register_type(DDS_DomainParticipant *self, const char *type_name,
-                                                               const OBLX_TypePlugin *plugin,
-                                                               void *registration_data);
+                                                               const OBLX_TypePlugin *plugin, void *registration_data);
 
 /* Forgets the registration; DDS_RETCODE_PRECONDITION_NOT_MET while a topic
  * of the type exists, DDS_RETCODE_BAD_PARAMETER for an unknown name. */
@@ -68,7 +67,7 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_unregister_type(DDS_DomainParti
 /* The topic or content-filtered topic of that name created through this
  * participant, or null (not reported). */
 VEXAR_API DDS_TopicDescription *DDS_DomainParticipant_lookup_topicdescription(DDS_DomainParticipant *self,
-                                                                            const char *topic_name);
+                                                                              const char *topic_name);
 
 /* A topic of a registered type; `qos` null means the default topic QoS.
  * Null, reported, when the type is not registered or the name is taken by
@@ -88,13 +87,14 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_delete_topic(DDS_DomainParticip
  * type when the topic is created: a bad expression is reported with its
  * column and gives null. The filter runs on each incoming sample in the
  * reader's receive path; disposes and unregistrations pass unfiltered. */
-VEXAR_API DDS_ContentFilteredTopic *DDS_DomainParticipant_create_contentfilteredtopic(
-    DDS_DomainParticipant *self, const char *name, DDS_Topic *related_topic, const char *filter_expression,
-    const DDS_StringSeq *expression_parameters);
+VEXAR_API DDS_ContentFilteredTopic *
+DDS_DomainParticipant_create_contentfilteredtopic(DDS_DomainParticipant *self, const char *name,
+                                                  DDS_Topic *related_topic, const char *filter_expression,
+                                                  const DDS_StringSeq *expression_parameters);
 
 /* DDS_RETCODE_PRECONDITION_NOT_MET while a reader uses it. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_delete_contentfilteredtopic(DDS_DomainParticipant *self,
-                                                                            DDS_ContentFilteredTopic *topic);
+                                                                             DDS_ContentFilteredTopic *topic);
 
 /* ---- Publishers and subscribers ------------------------------------------- */
 
@@ -129,19 +129,20 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_publisher_qos(DDS_D
                                                                            DDS_PublisherQos *qos);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_subscriber_qos(DDS_DomainParticipant *self,
                                                                             DDS_SubscriberQos *qos);
-VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_topic_qos(DDS_DomainParticipant *self,
-                                                                       DDS_TopicQos *qos);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_topic_qos(DDS_DomainParticipant *self, DDS_TopicQos *qos);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_topic_qos_w_topic_name(DDS_DomainParticipant *self,
                                                                                     DDS_TopicQos *qos,
                                                                                     const char *topic_name);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos(DDS_DomainParticipant *self,
                                                                             DDS_DataWriterQos *qos);
-VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name(
-    DDS_DomainParticipant *self, DDS_DataWriterQos *qos, const char *topic_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name(DDS_DomainParticipant *self,
+                                                                                         DDS_DataWriterQos *qos,
+                                                                                         const char *topic_name);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos(DDS_DomainParticipant *self,
                                                                             DDS_DataReaderQos *qos);
-VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos_w_topic_name(
-    DDS_DomainParticipant *self, DDS_DataReaderQos *qos, const char *topic_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos_w_topic_name(DDS_DomainParticipant *self,
+                                                                                         DDS_DataReaderQos *qos,
+                                                                                         const char *topic_name);
 
 VEXAR_END_DECLS
 

@@ -66,10 +66,10 @@ DDS_DomainParticipantFactory *DDS_DomainParticipantFactory_get_instance(void) {
 }
 
 DDS_DomainParticipant *DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory *self,
-                                                                      DDS_DomainId_t domain_id,
-                                                                      const DDS_DomainParticipantQos *qos,
-                                                                      const DDS_DomainParticipantListener *listener,
-                                                                      DDS_StatusMask mask) {
+                                                                       DDS_DomainId_t domain_id,
+                                                                       const DDS_DomainParticipantQos *qos,
+                                                                       const DDS_DomainParticipantListener *listener,
+                                                                       DDS_StatusMask mask) {
     const char *context = "DDS_DomainParticipantFactory_create_participant";
     if (!isFactory(self, context) || !acceptsNoCallbacks(listener, mask, context)) return nullptr;
     if (domain_id < 0) {

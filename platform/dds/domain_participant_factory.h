@@ -23,9 +23,10 @@ VEXAR_API DDS_DomainParticipantFactory *DDS_DomainParticipantFactory_get_instanc
  * factory's default participant QoS when `qos` is null. The listener must
  * be null or the mask 0 (participants take no callbacks). Null on failure,
  * reported. */
-VEXAR_API DDS_DomainParticipant *DDS_DomainParticipantFactory_create_participant(
-    DDS_DomainParticipantFactory *self, DDS_DomainId_t domain_id, const DDS_DomainParticipantQos *qos,
-    const DDS_DomainParticipantListener *listener, DDS_StatusMask mask);
+VEXAR_API DDS_DomainParticipant *
+DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory *self, DDS_DomainId_t domain_id,
+                                                const DDS_DomainParticipantQos *qos,
+                                                const DDS_DomainParticipantListener *listener, DDS_StatusMask mask);
 
 /* Deletes a participant that contains no topics, content-filtered topics,
  * publishers or subscribers (DDS_RETCODE_PRECONDITION_NOT_MET otherwise:
@@ -36,8 +37,8 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_delete_participant(DDS_D
                                                                            DDS_DomainParticipant *participant);
 
 /* The default participant QoS into `qos`, an initialized record. */
-VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_default_participant_qos(
-    DDS_DomainParticipantFactory *self, DDS_DomainParticipantQos *qos);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_default_participant_qos(DDS_DomainParticipantFactory *self,
+                                                                                    DDS_DomainParticipantQos *qos);
 /* Replaces it for participants created later with a null QoS. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_set_default_participant_qos(
     DDS_DomainParticipantFactory *self, const DDS_DomainParticipantQos *qos);
@@ -59,8 +60,10 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_publisher_qos_from_p
     DDS_DomainParticipantFactory *self, DDS_PublisherQos *qos, const char *library_name, const char *profile_name);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_subscriber_qos_from_profile(
     DDS_DomainParticipantFactory *self, DDS_SubscriberQos *qos, const char *library_name, const char *profile_name);
-VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile(
-    DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *library_name, const char *profile_name);
+VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile(DDS_DomainParticipantFactory *self,
+                                                                                   DDS_TopicQos *qos,
+                                                                                   const char *library_name,
+                                                                                   const char *profile_name);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(
     DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *library_name, const char *profile_name,
     const char *topic_name);

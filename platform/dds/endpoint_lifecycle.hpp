@@ -20,12 +20,12 @@ inline std::vector<std::unique_ptr<DDS_DataWriterImpl>> &endpointsOf(DDS_Publish
 inline std::vector<std::unique_ptr<DDS_DataReaderImpl>> &endpointsOf(DDS_SubscriberImpl &subscriber) noexcept {
     return subscriber.readers;
 }
-inline const std::vector<std::unique_ptr<DDS_DataWriterImpl>> &endpointsOf(
-    const DDS_PublisherImpl &publisher) noexcept {
+inline const std::vector<std::unique_ptr<DDS_DataWriterImpl>> &
+endpointsOf(const DDS_PublisherImpl &publisher) noexcept {
     return publisher.writers;
 }
-inline const std::vector<std::unique_ptr<DDS_DataReaderImpl>> &endpointsOf(
-    const DDS_SubscriberImpl &subscriber) noexcept {
+inline const std::vector<std::unique_ptr<DDS_DataReaderImpl>> &
+endpointsOf(const DDS_SubscriberImpl &subscriber) noexcept {
     return subscriber.readers;
 }
 inline std::vector<std::unique_ptr<DDS_PublisherImpl>> &groupsOf(DDS_DomainParticipantImpl &participant,
@@ -102,8 +102,9 @@ Endpoint *createEndpoint(Group &group, Description &topic, const Qos &qos, const
     }
     endpoint->handle = createCycloneEndpoint(*endpoint, cycloneQos.get());
     if (endpoint->handle < 0) {
-        reportCycloneFailure(context, endpointKind(*endpoint) == OBLX_TYPEPLUGIN_ENDPOINT_WRITER ? "dds_create_writer"
-                                                                                             : "dds_create_reader",
+        reportCycloneFailure(context,
+                             endpointKind(*endpoint) == OBLX_TYPEPLUGIN_ENDPOINT_WRITER ? "dds_create_writer"
+                                                                                        : "dds_create_reader",
                              endpoint->handle);
         std::lock_guard lock(participant.mutex);
         --usersOf(*endpoint);

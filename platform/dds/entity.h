@@ -110,7 +110,7 @@ typedef DDS_UnsignedLong DDS_InstanceStateMask;
 #define DDS_NOT_READ_SAMPLE_STATE ((DDS_SampleStateKind)0x0002u) /* never read */
 #define DDS_ANY_SAMPLE_STATE ((DDS_SampleStateMask)0xffffu)
 
-#define DDS_NEW_VIEW_STATE ((DDS_ViewStateKind)0x0001u)     /* first sample of a new instance */
+#define DDS_NEW_VIEW_STATE ((DDS_ViewStateKind)0x0001u) /* first sample of a new instance */
 #define DDS_NOT_NEW_VIEW_STATE ((DDS_ViewStateKind)0x0002u)
 #define DDS_ANY_VIEW_STATE ((DDS_ViewStateMask)0xffffu)
 

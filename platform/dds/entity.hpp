@@ -190,8 +190,8 @@ struct ReaderLoan {
     std::uint32_t capacity() const noexcept { return static_cast<std::uint32_t>(samples.size()); }
 
     const DDS_TypeCode &type;
-    void *base = nullptr;                         // the array of capacity() samples
-    std::vector<void *> samples;                  // their addresses, the sequence's buffer while lent
+    void *base = nullptr;         // the array of capacity() samples
+    std::vector<void *> samples;  // their addresses, the sequence's buffer while lent
     std::vector<DDS_SampleInfo> infos;
     std::vector<dds_sample_info_t> cycloneInfos;  // what a read fills, converted into infos
     std::int32_t count = 0;
@@ -225,8 +225,8 @@ struct DDS_DataReaderImpl : DDS_EntityImpl {
     // creation and deletion of its conditions (lock order, see
     // reader_read.cpp).
     mutable std::mutex loanMutex;
-    std::vector<std::unique_ptr<ReaderLoan>> loans;      // under loanMutex
-    std::vector<std::unique_ptr<ReaderLoan>> idleLoans;  // under loanMutex: returned, for reuse
+    std::vector<std::unique_ptr<ReaderLoan>> loans;                  // under loanMutex
+    std::vector<std::unique_ptr<ReaderLoan>> idleLoans;              // under loanMutex: returned, for reuse
     std::vector<std::unique_ptr<DDS_ReadConditionImpl>> conditions;  // under the participant's mutex
 };
 
@@ -256,16 +256,38 @@ namespace vexar::dds {
 // The kind tag of each record type.
 template <typename Record>
 constexpr EntityKind kindOf() noexcept;
-template <> constexpr EntityKind kindOf<DDS_DomainParticipantImpl>() noexcept { return EntityKind::participant; }
-template <> constexpr EntityKind kindOf<DDS_TopicImpl>() noexcept { return EntityKind::topic; }
-template <> constexpr EntityKind kindOf<DDS_ContentFilteredTopicImpl>() noexcept {
+template <>
+constexpr EntityKind kindOf<DDS_DomainParticipantImpl>() noexcept {
+    return EntityKind::participant;
+}
+template <>
+constexpr EntityKind kindOf<DDS_TopicImpl>() noexcept {
+    return EntityKind::topic;
+}
+template <>
+constexpr EntityKind kindOf<DDS_ContentFilteredTopicImpl>() noexcept {
     return EntityKind::contentFilteredTopic;
 }
-template <> constexpr EntityKind kindOf<DDS_PublisherImpl>() noexcept { return EntityKind::publisher; }
-template <> constexpr EntityKind kindOf<DDS_SubscriberImpl>() noexcept { return EntityKind::subscriber; }
-template <> constexpr EntityKind kindOf<DDS_DataWriterImpl>() noexcept { return EntityKind::writer; }
-template <> constexpr EntityKind kindOf<DDS_DataReaderImpl>() noexcept { return EntityKind::reader; }
-template <> constexpr EntityKind kindOf<DDS_ReadConditionImpl>() noexcept { return EntityKind::readCondition; }
+template <>
+constexpr EntityKind kindOf<DDS_PublisherImpl>() noexcept {
+    return EntityKind::publisher;
+}
+template <>
+constexpr EntityKind kindOf<DDS_SubscriberImpl>() noexcept {
+    return EntityKind::subscriber;
+}
+template <>
+constexpr EntityKind kindOf<DDS_DataWriterImpl>() noexcept {
+    return EntityKind::writer;
+}
+template <>
+constexpr EntityKind kindOf<DDS_DataReaderImpl>() noexcept {
+    return EntityKind::reader;
+}
+template <>
+constexpr EntityKind kindOf<DDS_ReadConditionImpl>() noexcept {
+    return EntityKind::readCondition;
+}
 
 void reportBadEntity(const char *context, const char *argument) noexcept;
 

@@ -50,14 +50,16 @@ typedef struct DDS_SubscriptionMatchedStatus {
     DDS_InstanceHandle_t last_publication_handle;
 } DDS_SubscriptionMatchedStatus;
 
-#define DDS_PublicationMatchedStatus_INITIALIZER {0, 0, 0, 0, DDS_HANDLE_NIL}
-#define DDS_SubscriptionMatchedStatus_INITIALIZER {0, 0, 0, 0, DDS_HANDLE_NIL}
+#define DDS_PublicationMatchedStatus_INITIALIZER \
+    { 0, 0, 0, 0, DDS_HANDLE_NIL }
+#define DDS_SubscriptionMatchedStatus_INITIALIZER \
+    { 0, 0, 0, 0, DDS_HANDLE_NIL }
 
 typedef void (*DDS_DataWriterListener_PublicationMatchedCallback)(void *listener_data, DDS_DataWriter *writer,
-                                                                   const DDS_PublicationMatchedStatus *status);
+                                                                  const DDS_PublicationMatchedStatus *status);
 typedef void (*DDS_DataReaderListener_DataAvailableCallback)(void *listener_data, DDS_DataReader *reader);
 typedef void (*DDS_DataReaderListener_SubscriptionMatchedCallback)(void *listener_data, DDS_DataReader *reader,
-                                                                    const DDS_SubscriptionMatchedStatus *status);
+                                                                   const DDS_SubscriptionMatchedStatus *status);
 
 /* The entity keeps a copy of the record, so it may live on the stack. */
 typedef struct DDS_DataWriterListener {
@@ -85,8 +87,10 @@ typedef struct DDS_SubscriberListener {
     void *listener_data;
 } DDS_SubscriberListener;
 
-#define DDS_DataWriterListener_INITIALIZER {NULL, NULL}
-#define DDS_DataReaderListener_INITIALIZER {NULL, NULL, NULL}
+#define DDS_DataWriterListener_INITIALIZER \
+    { NULL, NULL }
+#define DDS_DataReaderListener_INITIALIZER \
+    { NULL, NULL, NULL }
 
 VEXAR_END_DECLS
 

@@ -20,8 +20,7 @@ VEXAR_API DDS_ReturnCode_t DDS_Publisher_get_qos(DDS_Publisher *self, DDS_Publis
  * is enabled, so no event is missed. Null on failure, reported. */
 VEXAR_API DDS_DataWriter *DDS_Publisher_create_datawriter(DDS_Publisher *self, DDS_Topic *topic,
                                                           const DDS_DataWriterQos *qos,
-                                                          const DDS_DataWriterListener *listener,
-                                                          DDS_StatusMask mask);
+                                                          const DDS_DataWriterListener *listener, DDS_StatusMask mask);
 
 /* Deletes a writer of this publisher; waits for its listener callback in
  * progress, so never call it from that callback. */

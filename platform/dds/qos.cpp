@@ -22,14 +22,13 @@ namespace {
 // and writers add batching.
 template <typename Qos>
 constexpr auto kEndpointPolicies =
-    std::tuple{&Qos::reliability,    &Qos::durability, &Qos::history,
-               &Qos::ownership,      &Qos::deadline,   &Qos::latency_budget,
-               &Qos::liveliness,     &Qos::destination_order, &Qos::protocol};
+    std::tuple{&Qos::reliability,    &Qos::durability, &Qos::history,           &Qos::ownership, &Qos::deadline,
+               &Qos::latency_budget, &Qos::liveliness, &Qos::destination_order, &Qos::protocol};
 template <typename Qos>
 constexpr auto kPolicies = kEndpointPolicies<Qos>;
 template <>
-constexpr auto kPolicies<DDS_DataWriterQos> =
-    std::tuple_cat(kEndpointPolicies<DDS_DataWriterQos>, std::tuple{&DDS_DataWriterQos::batch});
+constexpr auto kPolicies<DDS_DataWriterQos> = std::tuple_cat(kEndpointPolicies<DDS_DataWriterQos>,
+                                                             std::tuple{&DDS_DataWriterQos::batch});
 template <>
 constexpr auto kPolicies<DDS_PublisherQos> = std::tuple{&DDS_PublisherQos::presentation, &DDS_PublisherQos::protocol};
 template <>
@@ -226,8 +225,8 @@ bool put(dds_qos_t &cyclone, const DDS_PresentationQosPolicy &policy, const char
     if (coherent) OBLX_Report_unsupported(context, "presentation.coherent_access (Cyclone has no coherent sets)");
     if (ordered && policy.access_scope != DDS_INSTANCE_PRESENTATION_QOS)
         OBLX_Report_unsupported(context, "presentation.ordered_access beyond INSTANCE access_scope");
-    dds_qset_presentation(&cyclone, toCycloneKind<dds_presentation_access_scope_kind_t>(policy.access_scope),
-                          coherent, ordered);
+    dds_qset_presentation(&cyclone, toCycloneKind<dds_presentation_access_scope_kind_t>(policy.access_scope), coherent,
+                          ordered);
     return true;
 }
 
@@ -523,7 +522,7 @@ using vexar::dds::finalizeRecord;
 using vexar::dds::initializeRecord;
 
 // The C names, thin wrappers over the templates above.
-#define VEXAR_QOS_RECORD_OPERATIONS(Qos)                                                          \
+#define VEXAR_QOS_RECORD_OPERATIONS(Qos)                                                                \
     DDS_ReturnCode_t Qos##_initialize(Qos *self) { return initializeRecord(self, #Qos "_initialize"); } \
     DDS_ReturnCode_t Qos##_finalize(Qos *self) { return finalizeRecord(self, #Qos "_finalize"); }       \
     DDS_ReturnCode_t Qos##_copy(Qos *dst, const Qos *src) { return copyRecord(dst, src, #Qos "_copy"); }

@@ -142,9 +142,7 @@ DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> lo
 constexpr std::uint32_t kFirstRoom = 8;
 constexpr dds_return_t kNoMemory = -DDS_RETCODE_OUT_OF_RESOURCES;  // as Cyclone reports it
 
-std::uint32_t doubled(std::uint32_t room, std::uint32_t limit) noexcept {
-    return room > limit / 2 ? limit : 2 * room;
-}
+std::uint32_t doubled(std::uint32_t room, std::uint32_t limit) noexcept { return room > limit / 2 ? limit : 2 * room; }
 
 // Takes round after round into the loan; the count taken, or a failure when
 // nothing could be taken.
@@ -157,8 +155,7 @@ dds_return_t takeInRounds(ReaderLoan &loan, const Selection &selection, std::uin
             room = loan.capacity();
         }
         const std::uint32_t wanted = room - taken;
-        dds_return_t result =
-            readOrTake(selection, &loan.samples[taken], &loan.cycloneInfos[taken], wanted, wanted);
+        dds_return_t result = readOrTake(selection, &loan.samples[taken], &loan.cycloneInfos[taken], wanted, wanted);
         if (result < 0) return taken > 0 ? static_cast<dds_return_t>(taken) : result;
         taken += static_cast<std::uint32_t>(result);
         if (taken < room || taken == limit) return static_cast<dds_return_t>(taken);
@@ -183,9 +180,10 @@ DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selecti
     std::lock_guard lock(reader.loanMutex);
     reader.loans.reserve(reader.loans.size() + 1);  // lend() must not fail once samples are out
     std::unique_ptr<ReaderLoan> loan = prepareLoan(reader);
-    const std::uint32_t limit = maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
-    dds_return_t result = selection.take ? takeInRounds(*loan, selection, limit)
-                                          : readCounted(*loan, reader.handle, selection, limit);
+    const std::uint32_t limit =
+        maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
+    dds_return_t result =
+        selection.take ? takeInRounds(*loan, selection, limit) : readCounted(*loan, reader.handle, selection, limit);
     if (result <= 0) return idle(reader, std::move(loan), result < 0 ? failed(result, context) : noData(out));
     loan->count = result;
     convertInfos(*loan);
@@ -195,7 +193,7 @@ DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selecti
 DDS_ReturnCode_t readCopies(const Selection &selection, DDS_Long maxSamples, const Destination &out,
                             const char *context) {
     auto count = static_cast<std::uint32_t>(maxSamples == DDS_LENGTH_UNLIMITED ? out.maximum
-                                                                                : std::min(maxSamples, out.maximum));
+                                                                               : std::min(maxSamples, out.maximum));
     std::vector<void *> samples(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         samples[i] = static_cast<char *>(out.buffer) + static_cast<size_t>(i) * static_cast<size_t>(out.elementSize);
@@ -218,8 +216,8 @@ DDS_ReturnCode_t readCopies(const Selection &selection, DDS_Long maxSamples, con
 
 // The checks that every form shares; on success `lend` says whether the
 // samples go on loan.
-DDS_ReturnCode_t checkDestination(DDS_DataReaderImpl *reader, const Destination &out, DDS_Long maxSamples,
-                                  bool &lend, const char *context) noexcept {
+DDS_ReturnCode_t checkDestination(DDS_DataReaderImpl *reader, const Destination &out, DDS_Long maxSamples, bool &lend,
+                                  const char *context) noexcept {
     if (checked(reader, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
     const char *missing = out.isLoan == nullptr     ? "is_loan"
                           : out.received == nullptr ? "received_data"
@@ -302,8 +300,7 @@ bool hasInstance(dds_instance_handle_t handle, const char *context) noexcept {
     return handle != DDS_HANDLE_NIL;
 }
 
-DDS_ReturnCode_t returnLoan(DDS_DataReaderImpl &reader, void **samples, DDS_SampleInfoSeq *infos,
-                            const char *context) {
+DDS_ReturnCode_t returnLoan(DDS_DataReaderImpl &reader, void **samples, DDS_SampleInfoSeq *infos, const char *context) {
     std::unique_ptr<ReaderLoan> loan;
     {
         std::lock_guard lock(reader.loanMutex);
@@ -328,10 +325,10 @@ DDS_ReturnCode_t returnLoan(DDS_DataReaderImpl &reader, void **samples, DDS_Samp
 
 using namespace vexar::dds;
 
-#define VEXAR_DESTINATION                                                                                         \
-    Destination {                                                                                                 \
+#define VEXAR_DESTINATION                                                                                            \
+    Destination {                                                                                                    \
         is_loan, received_data, data_count, info_seq, data_seq_max_len, data_seq_has_ownership != DDS_BOOLEAN_FALSE, \
-            data_seq_contiguous_buffer, data_size                                                                 \
+            data_seq_contiguous_buffer, data_size                                                                    \
     }
 
 extern "C" {
@@ -351,17 +348,15 @@ DDS_ReturnCode_t DDS_DataReader_read_or_take_w_condition_untypedI(OBLX_DATAREADE
                            "DDS_DataReader_read_or_take_w_condition_untypedI");
 }
 
-DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
-                                                               DDS_InstanceHandle_t handle,
-                                                               DDS_SampleStateMask sample_states,
-                                                               DDS_ViewStateMask view_states,
-                                                               DDS_InstanceStateMask instance_states,
-                                                               DDS_Boolean take) {
+DDS_ReturnCode_t
+DDS_DataReader_read_or_take_instance_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t handle,
+                                              DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
+                                              DDS_InstanceStateMask instance_states, DDS_Boolean take) {
     const char *context = "DDS_DataReader_read_or_take_instance_untypedI";
     (void)data_seq_len;
     if (!hasInstance(handle, context)) return DDS_RETCODE_BAD_PARAMETER;
-    return readByStates(self, VEXAR_DESTINATION, max_samples, handle, sample_states, view_states, instance_states,
-                        take, context);
+    return readByStates(self, VEXAR_DESTINATION, max_samples, handle, sample_states, view_states, instance_states, take,
+                        context);
 }
 
 DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
@@ -385,8 +380,9 @@ DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_untypedI(OBLX_DATAREA
     return DDS_RETCODE_UNSUPPORTED;
 }
 
-DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_w_condition_untypedI(
-    OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t, DDS_ReadCondition *, DDS_Boolean) {
+DDS_ReturnCode_t
+DDS_DataReader_read_or_take_next_instance_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
+                                                               DDS_InstanceHandle_t, DDS_ReadCondition *, DDS_Boolean) {
     (void)self, (void)is_loan, (void)received_data, (void)data_count, (void)info_seq, (void)data_seq_len;
     (void)data_seq_max_len, (void)data_seq_has_ownership, (void)data_seq_contiguous_buffer, (void)data_size;
     (void)max_samples;

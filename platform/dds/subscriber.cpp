@@ -42,8 +42,8 @@ DDS_DataReader *DDS_Subscriber_create_datareader(DDS_Subscriber *self, DDS_Topic
     if (description == nullptr) return nullptr;
     const DDS_DataReaderQos defaults = DDS_DataReaderQos_INITIALIZER;
     return guarded(context, static_cast<DDS_DataReader *>(nullptr), [&] {
-        return createEndpoint<DDS_DataReaderImpl>(*self, *description, qos != nullptr ? *qos : defaults, listener,
-                                                  mask, context);
+        return createEndpoint<DDS_DataReaderImpl>(*self, *description, qos != nullptr ? *qos : defaults, listener, mask,
+                                                  context);
     });
 }
 

@@ -19,8 +19,7 @@ VEXAR_API DDS_ReturnCode_t DDS_Subscriber_get_qos(DDS_Subscriber *self, DDS_Subs
  * enabled. Null on failure, reported. */
 VEXAR_API DDS_DataReader *DDS_Subscriber_create_datareader(DDS_Subscriber *self, DDS_TopicDescription *topic,
                                                            const DDS_DataReaderQos *qos,
-                                                           const DDS_DataReaderListener *listener,
-                                                           DDS_StatusMask mask);
+                                                           const DDS_DataReaderListener *listener, DDS_StatusMask mask);
 
 /* Deletes a reader of this subscriber with its read conditions.
  * DDS_RETCODE_PRECONDITION_NOT_MET while it has samples on loan. Waits for

@@ -23,9 +23,11 @@ typedef struct DDS_ThreadSettings_t {
 } DDS_ThreadSettings_t;
 
 /* Static initializer: the same values as DDS_ThreadSettings_t_initialize. */
-#define DDS_THREAD_SETTINGS_DEFAULT                                                    \
-    {DDS_THREAD_SETTINGS_KIND_MASK_DEFAULT, OBLX_THREAD_PRIORITY_DEFAULT,              \
-     OBLX_THREAD_STACK_SIZE_DEFAULT, DDS_SEQUENCE_INITIALIZER, DDS_THREAD_SETTINGS_CPU_NO_ROTATION}
+#define DDS_THREAD_SETTINGS_DEFAULT                                                                          \
+    {                                                                                                        \
+        DDS_THREAD_SETTINGS_KIND_MASK_DEFAULT, OBLX_THREAD_PRIORITY_DEFAULT, OBLX_THREAD_STACK_SIZE_DEFAULT, \
+            DDS_SEQUENCE_INITIALIZER, DDS_THREAD_SETTINGS_CPU_NO_ROTATION                                    \
+    }
 
 /* The platform's defaults: no options, default priority and stack size, no
  * CPU binding. The record's previous contents are not freed. */

@@ -86,7 +86,7 @@ std::vector<std::string> parametersOf(const DDS_StringSeq *sequence) {
 }
 
 std::optional<filter::ContentFilter> compileFilter(const char *expression, const DDS_StringSeq *parameters,
-                                           const TypeRegistration &type, const char *context) {
+                                                   const TypeRegistration &type, const char *context) {
     filter::ContentFilter::Compiled compiled =
         filter::ContentFilter::compile(expression, parametersOf(parameters), type.plugin.type_code);
     if (auto *error = std::get_if<filter::FilterError>(&compiled)) {
@@ -193,9 +193,10 @@ DDS_ReturnCode_t DDS_DomainParticipant_delete_topic(DDS_DomainParticipant *self,
     return guarded(context, DDS_RETCODE_ERROR, [&] { return deleteTopic(*self, topic, context); });
 }
 
-DDS_ContentFilteredTopic *DDS_DomainParticipant_create_contentfilteredtopic(
-    DDS_DomainParticipant *self, const char *name, DDS_Topic *related_topic, const char *filter_expression,
-    const DDS_StringSeq *expression_parameters) {
+DDS_ContentFilteredTopic *
+DDS_DomainParticipant_create_contentfilteredtopic(DDS_DomainParticipant *self, const char *name,
+                                                  DDS_Topic *related_topic, const char *filter_expression,
+                                                  const DDS_StringSeq *expression_parameters) {
     const char *context = "DDS_DomainParticipant_create_contentfilteredtopic";
     if (checked(self, context) == nullptr || checked(related_topic, context, "related_topic") == nullptr ||
         !isGiven(name, context, "name") || !isGiven(filter_expression, context, "filter_expression")) {
@@ -211,7 +212,7 @@ DDS_ContentFilteredTopic *DDS_DomainParticipant_create_contentfilteredtopic(
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_delete_contentfilteredtopic(DDS_DomainParticipant *self,
-                                                                  DDS_ContentFilteredTopic *topic) {
+                                                                   DDS_ContentFilteredTopic *topic) {
     const char *context = "DDS_DomainParticipant_delete_contentfilteredtopic";
     if (checked(self, context) == nullptr || checked(topic, context, "topic") == nullptr) {
         return DDS_RETCODE_BAD_PARAMETER;

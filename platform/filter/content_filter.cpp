@@ -315,7 +315,7 @@ bool holds(const Comparison &comparison, const std::byte *sample) noexcept {
 
 FilterError outOfMemory() { return FilterError{0, "out of memory"}; }
 
-} // namespace
+}  // namespace
 
 ContentFilter::ContentFilter(std::string expression, std::shared_ptr<const filter::Syntax> syntax)
     : expression_(std::move(expression)), syntax_(std::move(syntax)) {}
@@ -364,4 +364,4 @@ bool ContentFilter::matches(const void *sample) const noexcept {
     return next == filter::kAccept;
 }
 
-} // namespace vexar::filter
+}  // namespace vexar::filter

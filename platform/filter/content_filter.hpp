@@ -41,15 +41,14 @@ namespace vexar::filter {
 
 // Why an expression or its parameters were refused.
 struct FilterError {
-    std::size_t position = 0; // offset in the expression of the offending part
-    std::string message;      // e.g. "unknown member 'targetHostAndAppId.rtps_hostid'"
+    std::size_t position = 0;  // offset in the expression of the offending part
+    std::string message;       // e.g. "unknown member 'targetHostAndAppId.rtps_hostid'"
 
     // "column 14: unknown member ..." (columns count from 1).
     std::string describe() const;
 };
 
-
-struct Syntax; // the parsed expression (content_filter_syntax.hpp)
+struct Syntax;  // the parsed expression (content_filter_syntax.hpp)
 
 // --- the compiled form ---------------------------------------------------
 
@@ -61,9 +60,9 @@ enum class Source : std::uint8_t { constant, octet, int16, uint16, int32, uint32
 
 struct Operand {
     Source source = Source::constant;
-    std::size_t offset = 0;   // of the member in the sample
-    std::int64_t integer = 0; // constant of an integer comparison
-    std::string text;         // constant of a string comparison
+    std::size_t offset = 0;    // of the member in the sample
+    std::int64_t integer = 0;  // constant of an integer comparison
+    std::string text;          // constant of a string comparison
 };
 
 enum class Domain : std::uint8_t { integer, text };
@@ -86,7 +85,6 @@ struct Step {
     std::int32_t onTrue = kAccept;
     std::int32_t onFalse = kReject;
 };
-
 
 class ContentFilter {
 public:
@@ -118,4 +116,4 @@ private:
     std::vector<filter::Step> steps_;
 };
 
-} // namespace vexar::filter
+}  // namespace vexar::filter

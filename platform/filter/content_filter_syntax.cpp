@@ -28,9 +28,9 @@ struct Token {
     TokenKind kind = TokenKind::end;
     std::size_t position = 0;
     std::string_view spelling;
-    std::int64_t integer = 0; // integer
-    std::string text;         // text
-    unsigned parameter = 0;   // parameter
+    std::int64_t integer = 0;  // integer
+    std::string text;          // text
+    unsigned parameter = 0;    // parameter
     Relation relation = Relation::equal;
 };
 
@@ -291,7 +291,7 @@ std::optional<Member> resolveMember(const DDS_TypeCode &root, std::string_view p
 struct Node {
     enum class Kind { comparison, all, any, negation };
     Kind kind = Kind::comparison;
-    std::int32_t first = 0; // index of its first comparison
+    std::int32_t first = 0;  // index of its first comparison
     std::vector<Node> children;
 };
 
@@ -530,7 +530,7 @@ private:
     Syntax syntax_;
 };
 
-} // namespace
+}  // namespace
 
 Syntax parse(std::string_view expression, const DDS_TypeCode &type) { return Parser(expression, type).parse(); }
 
@@ -573,4 +573,4 @@ std::optional<QuotedText> readQuoted(std::string_view text) {
     return std::nullopt;
 }
 
-} // namespace vexar::filter
+}  // namespace vexar::filter

@@ -18,32 +18,32 @@ namespace vexar::filter {
 
 // A member of the sample that the expression names.
 struct Member {
-    std::string path;                          // as written: "targetHostAndAppId.rtps_app_id"
-    std::size_t offset = 0;                    // from the start of the sample
-    Source source = Source::int32;             // how the member is stored
-    const DDS_TypeCode *enumeration = nullptr; // its enumeration, when it is one
+    std::string path;                           // as written: "targetHostAndAppId.rtps_app_id"
+    std::size_t offset = 0;                     // from the start of the sample
+    Source source = Source::int32;              // how the member is stored
+    const DDS_TypeCode *enumeration = nullptr;  // its enumeration, when it is one
 };
 
 // One side of a comparison, as written.
 struct Value {
     enum class Form : std::uint8_t {
-        member,    // a resolved member path
-        integer,   // an integer literal
-        text,      // a string literal
-        parameter, // %n
-        name,      // a bare name that is no member: perhaps an enumerator
+        member,     // a resolved member path
+        integer,    // an integer literal
+        text,       // a string literal
+        parameter,  // %n
+        name,       // a bare name that is no member: perhaps an enumerator
     };
     Form form = Form::integer;
-    std::size_t position = 0; // in the expression
-    Member member;            // member
-    std::int64_t integer = 0; // integer
-    std::string text;         // text: the string; name: the name
-    unsigned parameter = 0;   // parameter: n
+    std::size_t position = 0;  // in the expression
+    Member member;             // member
+    std::int64_t integer = 0;  // integer
+    std::string text;          // text: the string; name: the name
+    unsigned parameter = 0;    // parameter: n
 };
 
 struct ComparisonSyntax {
     Relation relation = Relation::equal;
-    std::size_t position = 0; // of the operator
+    std::size_t position = 0;  // of the operator
     Value left;
     Value right;
     std::int32_t onTrue = kAccept;
@@ -82,4 +82,4 @@ struct QuotedText {
 };
 std::optional<QuotedText> readQuoted(std::string_view text);
 
-} // namespace vexar::filter
+}  // namespace vexar::filter

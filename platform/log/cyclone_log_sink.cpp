@@ -105,8 +105,13 @@ void cycloneSink(void *logger, const dds_log_data_t *data) noexcept {
     const CycloneLineOrigin origin = classifyCycloneLine(data->priority, data->file);
     if (!logPasses(target, origin.category, origin.level)) return;
     const std::string_view header(data->message - data->hdrsize, data->hdrsize);
-    logRecord(target, LogRecord{origin.category, origin.level, origin.source, data->function, data->file,
-                                static_cast<int>(data->line), domainFromCycloneHeader(header),
+    logRecord(target, LogRecord{origin.category,
+                                origin.level,
+                                origin.source,
+                                data->function,
+                                data->file,
+                                static_cast<int>(data->line),
+                                domainFromCycloneHeader(header),
                                 {data->message, data->size}});
 }
 

@@ -23,8 +23,8 @@ constexpr std::array<LevelText, 5> kLevelTexts{{
     {"STATUS_REMOTE", "R"},
     {"DEBUG", "D"},
 }};
-constexpr std::array<std::string_view, OBLX_CONFIG_LOG_CATEGORY_COUNT> kCategoryNames{
-    "PLATFORM", "COMMUNICATION", "DATABASE", "ENTITIES", "API"};
+constexpr std::array<std::string_view, OBLX_CONFIG_LOG_CATEGORY_COUNT> kCategoryNames{"PLATFORM", "COMMUNICATION",
+                                                                                      "DATABASE", "ENTITIES", "API"};
 
 const LevelText &levelText(OBLX_Config_LogLevel level) noexcept {
     static constexpr LevelText kUnknown{"LEVEL?", "?"};
@@ -104,15 +104,12 @@ std::string formatLogLine(const LogRecord &record, uint32_t printFormat, const L
     if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_THREAD)) fields.add(std::string("[thread ") + stamp.thread + "]");
     if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_DOMAIN) && record.domain != kNoDomain)
         fields.add("[domain " + std::to_string(record.domain) + "]");
-    if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_LEVEL))
-        fields.add(levelText(record.level).name);
-    else if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_LEVEL_CODE))
-        fields.add(levelText(record.level).code);
+    if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_LEVEL)) fields.add(levelText(record.level).name);
+    else if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_LEVEL_CODE)) fields.add(levelText(record.level).code);
     if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_CATEGORY)) fields.add(categoryName(record.category));
     if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_SOURCE) && known(record.source))
         fields.add(std::string("(") + record.source + ")");
-    if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_FUNCTION) && known(record.function))
-        fields.add(record.function);
+    if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_FUNCTION) && known(record.function)) fields.add(record.function);
     if (has(printFormat, OBLX_CONFIG_LOG_PRINT_BIT_LOCATION) && known(record.file))
         fields.add(std::string(baseName(record.file)) + ":" + std::to_string(record.line));
     if (!line.empty()) line += ": ";

@@ -103,12 +103,12 @@ typedef struct OBLX_Config_Logger OBLX_Config_Logger;
 VEXAR_API OBLX_Config_Logger *OBLX_Config_Logger_get_instance(void);
 
 /* SILENT for a null logger or a category outside 0..4. */
-VEXAR_API OBLX_Config_LogVerbosity OBLX_Config_Logger_get_verbosity_by_category(
-    OBLX_Config_Logger *self, OBLX_Config_LogCategory category);
+VEXAR_API OBLX_Config_LogVerbosity OBLX_Config_Logger_get_verbosity_by_category(OBLX_Config_Logger *self,
+                                                                                OBLX_Config_LogCategory category);
 /* Category ALL sets all five; any other value outside 0..4 is reported and ignored.
  * Bits above STATUS_ALL are dropped. */
-VEXAR_API void OBLX_Config_Logger_set_verbosity_by_category(
-    OBLX_Config_Logger *self, OBLX_Config_LogCategory category, OBLX_Config_LogVerbosity verbosity);
+VEXAR_API void OBLX_Config_Logger_set_verbosity_by_category(OBLX_Config_Logger *self, OBLX_Config_LogCategory category,
+                                                            OBLX_Config_LogVerbosity verbosity);
 VEXAR_API void OBLX_Config_Logger_set_verbosity(OBLX_Config_Logger *self, OBLX_Config_LogVerbosity verbosity);
 
 VEXAR_API OBLX_Config_LogPrintFormat OBLX_Config_Logger_get_print_format(OBLX_Config_Logger *self);

@@ -21,8 +21,8 @@ struct LogRecord {
     const char *function;  // null when unknown
     const char *file;      // null when unknown
     int line;
-    uint32_t domain;       // kNoDomain when the line belongs to no domain
-    std::string_view text; // a final newline is optional
+    uint32_t domain;        // kNoDomain when the line belongs to no domain
+    std::string_view text;  // a final newline is optional
 };
 
 // Whether `level` passes the verbosity of `category`: an atomic load.

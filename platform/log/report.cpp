@@ -20,7 +20,7 @@ const char *orNull(const char *text) noexcept { return text != nullptr ? text : 
     va_list args;
     va_start(args, format);
     vexar::log::vlog(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_STATUS_LOCAL, context, nullptr, 0, format,
-                          args);
+                     args);
     va_end(args);
 }
 
@@ -56,9 +56,7 @@ void OBLX_Report_getFailure(const char *context, const char *what) {
     raiseError(context, "get failure: %s", orNull(what));
 }
 
-void OBLX_Report_failure(const char *context, const char *what) {
-    raiseError(context, "failure: %s", orNull(what));
-}
+void OBLX_Report_failure(const char *context, const char *what) { raiseError(context, "failure: %s", orNull(what)); }
 
 void OBLX_Report_unsupported(const char *context, const char *what) {
     raiseError(context, "not supported by this middleware: %s", orNull(what));

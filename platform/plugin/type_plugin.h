@@ -63,19 +63,18 @@ typedef void *(*OBLX_TypePluginGetSampleFunction)(OBLX_TypePluginEndpointData *e
 typedef void (*OBLX_TypePluginReturnSampleFunction)(OBLX_TypePluginEndpointData *endpoint_data, void *sample);
 typedef DDS_Boolean (*OBLX_TypePluginInstanceToKeyHashFunction)(OBLX_TypePluginEndpointData *endpoint_data,
                                                                 DDS_KeyHash_t *keyhash, const void *instance);
-typedef DDS_Boolean (*OBLX_TypePluginSerializedSampleToKeyHashFunction)(
-    OBLX_TypePluginEndpointData *endpoint_data, OBLX_CdrStream *stream, DDS_KeyHash_t *keyhash,
-    DDS_Boolean deserialize_encapsulation, void *endpoint_plugin_qos);
+typedef DDS_Boolean (*OBLX_TypePluginSerializedSampleToKeyHashFunction)(OBLX_TypePluginEndpointData *endpoint_data,
+                                                                        OBLX_CdrStream *stream, DDS_KeyHash_t *keyhash,
+                                                                        DDS_Boolean deserialize_encapsulation,
+                                                                        void *endpoint_plugin_qos);
 /* serialize, serialize_key. */
-typedef DDS_Boolean (*OBLX_TypePluginSerializeFunction)(OBLX_TypePluginEndpointData *endpoint_data,
-                                                        const void *sample, OBLX_CdrStream *stream,
-                                                        DDS_Boolean serialize_encapsulation,
+typedef DDS_Boolean (*OBLX_TypePluginSerializeFunction)(OBLX_TypePluginEndpointData *endpoint_data, const void *sample,
+                                                        OBLX_CdrStream *stream, DDS_Boolean serialize_encapsulation,
                                                         DDS_UnsignedShort encapsulation_id,
                                                         DDS_Boolean serialize_sample, void *endpoint_plugin_qos);
 /* deserialize, deserialize_key: read into *sample. */
-typedef DDS_Boolean (*OBLX_TypePluginDeserializeFunction)(OBLX_TypePluginEndpointData *endpoint_data,
-                                                          void **sample, DDS_Boolean *drop_sample,
-                                                          OBLX_CdrStream *stream,
+typedef DDS_Boolean (*OBLX_TypePluginDeserializeFunction)(OBLX_TypePluginEndpointData *endpoint_data, void **sample,
+                                                          DDS_Boolean *drop_sample, OBLX_CdrStream *stream,
                                                           DDS_Boolean deserialize_encapsulation,
                                                           DDS_Boolean deserialize_sample, void *endpoint_plugin_qos);
 typedef DDS_Boolean (*OBLX_TypePluginDeserializeSampleFunction)(OBLX_TypePluginEndpointData *endpoint_data,
@@ -128,8 +127,8 @@ typedef struct OBLX_TypePlugin {
     const DDS_TypeCode *type_code;
     OBLX_TypePluginGetBufferFunction get_buffer;       /* OBLX_TypePlugin_getBuffer */
     OBLX_TypePluginReturnBufferFunction return_buffer; /* OBLX_TypePlugin_returnBuffer */
-    const char *type_name; /* the type's own name, whatever name it is registered under */
-    size_t sample_size;    /* sizeof the C sample */
+    const char *type_name;                             /* the type's own name, whatever name it is registered under */
+    size_t sample_size;                                /* sizeof the C sample */
 } OBLX_TypePlugin;
 
 /* ---- Default participant and endpoint data -------------------------------
@@ -152,9 +151,10 @@ VEXAR_API OBLX_TypePluginParticipantData *OBLX_TypePluginDefaultParticipantData_
 VEXAR_API void OBLX_TypePluginDefaultParticipantData_delete(OBLX_TypePluginParticipantData *participant_data);
 
 /* Null when out of memory or a factory lacks a function. */
-VEXAR_API OBLX_TypePluginEndpointData *OBLX_TypePluginDefaultEndpointData_new(
-    OBLX_TypePluginParticipantData *participant_data, OBLX_TypePluginEndpointKind kind,
-    OBLX_TypePluginSampleFactory samples, OBLX_TypePluginSampleFactory keys);
+VEXAR_API OBLX_TypePluginEndpointData *
+OBLX_TypePluginDefaultEndpointData_new(OBLX_TypePluginParticipantData *participant_data,
+                                       OBLX_TypePluginEndpointKind kind, OBLX_TypePluginSampleFactory samples,
+                                       OBLX_TypePluginSampleFactory keys);
 /* Destroys the pooled samples and keys, and the key-hash stream. */
 VEXAR_API void OBLX_TypePluginDefaultEndpointData_delete(OBLX_TypePluginEndpointData *endpoint_data);
 /* READER for null. */
@@ -162,17 +162,17 @@ VEXAR_API OBLX_TypePluginEndpointKind
 OBLX_TypePluginDefaultEndpointData_getKind(const OBLX_TypePluginEndpointData *endpoint_data);
 
 /* A stream over a zeroed buffer of `size` bytes, replacing any earlier one. */
-VEXAR_API DDS_Boolean OBLX_TypePluginDefaultEndpointData_createKeyHashStream(
-    OBLX_TypePluginEndpointData *endpoint_data, DDS_UnsignedLong size);
+VEXAR_API DDS_Boolean OBLX_TypePluginDefaultEndpointData_createKeyHashStream(OBLX_TypePluginEndpointData *endpoint_data,
+                                                                             DDS_UnsignedLong size);
 /* Null when none was created. */
-VEXAR_API OBLX_CdrStream *OBLX_TypePluginDefaultEndpointData_getKeyHashStream(
-    OBLX_TypePluginEndpointData *endpoint_data);
+VEXAR_API OBLX_CdrStream *
+OBLX_TypePluginDefaultEndpointData_getKeyHashStream(OBLX_TypePluginEndpointData *endpoint_data);
 
-VEXAR_API void OBLX_TypePluginDefaultEndpointData_setMaxSerializedSampleSize(
-    OBLX_TypePluginEndpointData *endpoint_data, DDS_UnsignedLong size);
+VEXAR_API void OBLX_TypePluginDefaultEndpointData_setMaxSerializedSampleSize(OBLX_TypePluginEndpointData *endpoint_data,
+                                                                             DDS_UnsignedLong size);
 /* 0 for a reader. */
-VEXAR_API DDS_UnsignedLong OBLX_TypePluginDefaultEndpointData_getMaxSerializedSampleSize(
-    const OBLX_TypePluginEndpointData *endpoint_data);
+VEXAR_API DDS_UnsignedLong
+OBLX_TypePluginDefaultEndpointData_getMaxSerializedSampleSize(const OBLX_TypePluginEndpointData *endpoint_data);
 
 /* A new sample from the factory, and its destruction. */
 VEXAR_API void *OBLX_TypePluginDefaultEndpointData_createSample(OBLX_TypePluginEndpointData *endpoint_data);

@@ -23,13 +23,13 @@ inline constexpr DDS_UnsignedShort kLastEncapsulationId = OBLX_CDR_ENCAPSULATION
 // sizes and the compiled plans of its sample and key forms.
 struct TypePlan {
     const DDS_TypeCode *type;
-    std::uint64_t maxSize;    // without encapsulation, from position 0
-    std::uint64_t keyMaxSize; // likewise, of the key form
-    bool isMutableStruct;     // read into a sample put back to its initial values
+    std::uint64_t maxSize;     // without encapsulation, from position 0
+    std::uint64_t keyMaxSize;  // likewise, of the key form
+    bool isMutableStruct;      // read into a sample put back to its initial values
     bool keyed;
-    cdr::Plan sample;              // the whole sample
-    cdr::Plan key;                 // the key form
-    cdr::Plan keyOfSample;         // the whole sample read for its key members
+    cdr::Plan sample;       // the whole sample
+    cdr::Plan key;          // the key form
+    cdr::Plan keyOfSample;  // the whole sample read for its key members
 };
 
 TypePlan makeTypePlan(const DDS_TypeCode &type) noexcept;
@@ -222,8 +222,8 @@ private:
 
     // A whole mutable struct is put back to its initial values first
     // (`whole`), so that members missing from the bytes keep them.
-    static DDS_Boolean read(Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation,
-                            DDS_Boolean withBody, const cdr::Plan &form, bool whole) noexcept {
+    static DDS_Boolean read(Sample *sample, OBLX_CdrStream *stream, DDS_Boolean withEncapsulation, DDS_Boolean withBody,
+                            const cdr::Plan &form, bool whole) noexcept {
         if (stream == nullptr || (withBody && sample == nullptr)) return DDS_BOOLEAN_FALSE;
         DDS_UnsignedLong origin = stream->alignmentOrigin;
         if (withEncapsulation && !readEncapsulationHeader(*stream)) return DDS_BOOLEAN_FALSE;
@@ -249,119 +249,121 @@ private:
 }  // namespace vexar::plugin
 
 // The C plugin functions of Type.
-#define VEXAR_DEFINE_PLUGIN_OPERATIONS(Type)                                                                       \
-    extern "C" {                                                                                                   \
-    DDS_Boolean Type##Plugin_serialize(OBLX_TypePluginEndpointData *, const Type *sample, OBLX_CdrStream *stream,  \
-                                       DDS_Boolean serialize_encapsulation, DDS_UnsignedShort encapsulation_id,    \
-                                       DDS_Boolean serialize_sample, void *) {                                     \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serialize(                                     \
-            sample, stream, serialize_encapsulation, encapsulation_id, serialize_sample);                          \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_deserialize_sample(OBLX_TypePluginEndpointData *, Type *sample, OBLX_CdrStream *stream, \
-                                                DDS_Boolean deserialize_encapsulation,                             \
-                                                DDS_Boolean deserialize_sample, void *) {                          \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeSample(                             \
-            sample, stream, deserialize_encapsulation, deserialize_sample);                                        \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_deserialize(OBLX_TypePluginEndpointData *, Type **sample, DDS_Boolean *drop_sample,   \
-                                         OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation,            \
-                                         DDS_Boolean deserialize_sample, void *) {                                 \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserialize(                                   \
-            sample, drop_sample, stream, deserialize_encapsulation, deserialize_sample);                           \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_skip(OBLX_TypePluginEndpointData *, OBLX_CdrStream *stream,                           \
-                                  DDS_Boolean skip_encapsulation, DDS_Boolean skip_sample, void *) {               \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::skip(stream, skip_encapsulation, skip_sample); \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_serialize_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length, const Type *sample) { \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializeToCdrBuffer(buffer, length, sample);  \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_deserialize_from_cdr_buffer(Type *sample, const char *buffer,                         \
-                                                         DDS_UnsignedLong length) {                                \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeFromCdrBuffer(sample, buffer,       \
-                                                                                              length);             \
-    }                                                                                                              \
-    DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size_ex(                                               \
-        OBLX_TypePluginEndpointData *, DDS_Boolean *overflow, DDS_Boolean include_encapsulation,                   \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment) {                                  \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSizeEx(                                     \
-            overflow, include_encapsulation, encapsulation_id, current_alignment, false);                          \
-    }                                                                                                              \
-    DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size(                                                  \
-        OBLX_TypePluginEndpointData *, DDS_Boolean include_encapsulation, DDS_UnsignedShort encapsulation_id,      \
-        DDS_UnsignedLong current_alignment) {                                                                      \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSize(include_encapsulation,                 \
-                                                                            encapsulation_id, current_alignment,   \
-                                                                            false);                                \
-    }                                                                                                              \
-    DDS_UnsignedLong Type##Plugin_get_serialized_sample_min_size(                                                  \
-        OBLX_TypePluginEndpointData *, DDS_Boolean include_encapsulation, DDS_UnsignedShort encapsulation_id,      \
-        DDS_UnsignedLong current_alignment) {                                                                      \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::minSize(include_encapsulation,                 \
-                                                                            encapsulation_id, current_alignment);  \
-    }                                                                                                              \
-    DDS_UnsignedLong Type##Plugin_get_serialized_sample_size(                                                      \
-        OBLX_TypePluginEndpointData *, DDS_Boolean include_encapsulation, DDS_UnsignedShort encapsulation_id,      \
-        DDS_UnsignedLong current_alignment, const Type *sample) {                                                  \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::sampleSize(                                    \
-            include_encapsulation, encapsulation_id, current_alignment, sample);                                   \
-    }                                                                                                              \
-    DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size_ex(                                                  \
-        OBLX_TypePluginEndpointData *, DDS_Boolean *overflow, DDS_Boolean include_encapsulation,                   \
-        DDS_UnsignedShort encapsulation_id, DDS_UnsignedLong current_alignment) {                                  \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSizeEx(                                     \
-            overflow, include_encapsulation, encapsulation_id, current_alignment, true);                           \
-    }                                                                                                              \
-    DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size(                                                     \
-        OBLX_TypePluginEndpointData *, DDS_Boolean include_encapsulation, DDS_UnsignedShort encapsulation_id,      \
-        DDS_UnsignedLong current_alignment) {                                                                      \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSize(include_encapsulation,                 \
-                                                                            encapsulation_id, current_alignment,   \
-                                                                            true);                                 \
-    }                                                                                                              \
-    OBLX_TypePluginKeyKind Type##Plugin_get_key_kind(void) {                                                       \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::keyKind();                                     \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_serialize_key(OBLX_TypePluginEndpointData *, const Type *sample,                      \
-                                           OBLX_CdrStream *stream, DDS_Boolean serialize_encapsulation,            \
-                                           DDS_UnsignedShort encapsulation_id, DDS_Boolean serialize_key, void *) { \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializeKey(                                  \
-            sample, stream, serialize_encapsulation, encapsulation_id, serialize_key);                             \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_deserialize_key_sample(OBLX_TypePluginEndpointData *, Type *sample,                   \
-                                                    OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation, \
-                                                    DDS_Boolean deserialize_key, void *) {                         \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeKeySample(                          \
-            sample, stream, deserialize_encapsulation, deserialize_key);                                           \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_deserialize_key(OBLX_TypePluginEndpointData *, Type **sample,                         \
-                                             DDS_Boolean *drop_sample, OBLX_CdrStream *stream,                     \
-                                             DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_key,   \
-                                             void *) {                                                             \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeKey(                                \
-            sample, drop_sample, stream, deserialize_encapsulation, deserialize_key);                              \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_serialized_sample_to_key(OBLX_TypePluginEndpointData *, Type *sample,                 \
-                                                      OBLX_CdrStream *stream,                                      \
-                                                      DDS_Boolean deserialize_encapsulation,                       \
-                                                      DDS_Boolean deserialize_key, void *) {                       \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializedSampleToKey(                         \
-            sample, stream, deserialize_encapsulation, deserialize_key);                                           \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_instance_to_key(OBLX_TypePluginEndpointData *, Type *key, const Type *instance) {     \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::copyKey(key, instance);                        \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_key_to_instance(OBLX_TypePluginEndpointData *, Type *instance, const Type *key) {     \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::copyKey(instance, key);                        \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_instance_to_keyhash(OBLX_TypePluginEndpointData *, DDS_KeyHash_t *keyhash,            \
-                                                 const Type *instance) {                                           \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::instanceToKeyhash(keyhash, instance);          \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_serialized_sample_to_keyhash(OBLX_TypePluginEndpointData *, OBLX_CdrStream *stream,   \
-                                                          DDS_KeyHash_t *keyhash,                                  \
-                                                          DDS_Boolean deserialize_encapsulation, void *) {         \
-        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializedSampleToKeyhash(                     \
-            stream, keyhash, deserialize_encapsulation);                                                           \
-    }                                                                                                              \
+#define VEXAR_DEFINE_PLUGIN_OPERATIONS(Type)                                                                           \
+    extern "C" {                                                                                                       \
+    DDS_Boolean Type##Plugin_serialize(OBLX_TypePluginEndpointData *, const Type *sample, OBLX_CdrStream *stream,      \
+                                       DDS_Boolean serialize_encapsulation, DDS_UnsignedShort encapsulation_id,        \
+                                       DDS_Boolean serialize_sample, void *) {                                         \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serialize(                                      \
+            sample, stream, serialize_encapsulation, encapsulation_id, serialize_sample);                              \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_deserialize_sample(OBLX_TypePluginEndpointData *, Type *sample, OBLX_CdrStream *stream,   \
+                                                DDS_Boolean deserialize_encapsulation, DDS_Boolean deserialize_sample, \
+                                                void *) {                                                              \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeSample(                              \
+            sample, stream, deserialize_encapsulation, deserialize_sample);                                            \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_deserialize(OBLX_TypePluginEndpointData *, Type **sample, DDS_Boolean *drop_sample,       \
+                                         OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation,                \
+                                         DDS_Boolean deserialize_sample, void *) {                                     \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserialize(                                    \
+            sample, drop_sample, stream, deserialize_encapsulation, deserialize_sample);                               \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_skip(OBLX_TypePluginEndpointData *, OBLX_CdrStream *stream,                               \
+                                  DDS_Boolean skip_encapsulation, DDS_Boolean skip_sample, void *) {                   \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::skip(stream, skip_encapsulation, skip_sample);  \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_serialize_to_cdr_buffer(char *buffer, DDS_UnsignedLong *length, const Type *sample) {     \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializeToCdrBuffer(buffer, length, sample);   \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_deserialize_from_cdr_buffer(Type *sample, const char *buffer, DDS_UnsignedLong length) {  \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeFromCdrBuffer(sample, buffer,        \
+                                                                                                length);               \
+    }                                                                                                                  \
+    DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size_ex(OBLX_TypePluginEndpointData *,                     \
+                                                                    DDS_Boolean *overflow,                             \
+                                                                    DDS_Boolean include_encapsulation,                 \
+                                                                    DDS_UnsignedShort encapsulation_id,                \
+                                                                    DDS_UnsignedLong current_alignment) {              \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSizeEx(                                      \
+            overflow, include_encapsulation, encapsulation_id, current_alignment, false);                              \
+    }                                                                                                                  \
+    DDS_UnsignedLong Type##Plugin_get_serialized_sample_max_size(OBLX_TypePluginEndpointData *,                        \
+                                                                 DDS_Boolean include_encapsulation,                    \
+                                                                 DDS_UnsignedShort encapsulation_id,                   \
+                                                                 DDS_UnsignedLong current_alignment) {                 \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSize(                                        \
+            include_encapsulation, encapsulation_id, current_alignment, false);                                        \
+    }                                                                                                                  \
+    DDS_UnsignedLong Type##Plugin_get_serialized_sample_min_size(OBLX_TypePluginEndpointData *,                        \
+                                                                 DDS_Boolean include_encapsulation,                    \
+                                                                 DDS_UnsignedShort encapsulation_id,                   \
+                                                                 DDS_UnsignedLong current_alignment) {                 \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::minSize(include_encapsulation,                  \
+                                                                               encapsulation_id, current_alignment);   \
+    }                                                                                                                  \
+    DDS_UnsignedLong Type##Plugin_get_serialized_sample_size(OBLX_TypePluginEndpointData *,                            \
+                                                             DDS_Boolean include_encapsulation,                        \
+                                                             DDS_UnsignedShort encapsulation_id,                       \
+                                                             DDS_UnsignedLong current_alignment, const Type *sample) { \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::sampleSize(                                     \
+            include_encapsulation, encapsulation_id, current_alignment, sample);                                       \
+    }                                                                                                                  \
+    DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size_ex(OBLX_TypePluginEndpointData *, DDS_Boolean *overflow, \
+                                                                 DDS_Boolean include_encapsulation,                    \
+                                                                 DDS_UnsignedShort encapsulation_id,                   \
+                                                                 DDS_UnsignedLong current_alignment) {                 \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSizeEx(                                      \
+            overflow, include_encapsulation, encapsulation_id, current_alignment, true);                               \
+    }                                                                                                                  \
+    DDS_UnsignedLong Type##Plugin_get_serialized_key_max_size(OBLX_TypePluginEndpointData *,                           \
+                                                              DDS_Boolean include_encapsulation,                       \
+                                                              DDS_UnsignedShort encapsulation_id,                      \
+                                                              DDS_UnsignedLong current_alignment) {                    \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::maxSize(                                        \
+            include_encapsulation, encapsulation_id, current_alignment, true);                                         \
+    }                                                                                                                  \
+    OBLX_TypePluginKeyKind Type##Plugin_get_key_kind(void) {                                                           \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::keyKind();                                      \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_serialize_key(OBLX_TypePluginEndpointData *, const Type *sample, OBLX_CdrStream *stream,  \
+                                           DDS_Boolean serialize_encapsulation, DDS_UnsignedShort encapsulation_id,    \
+                                           DDS_Boolean serialize_key, void *) {                                        \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializeKey(                                   \
+            sample, stream, serialize_encapsulation, encapsulation_id, serialize_key);                                 \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_deserialize_key_sample(OBLX_TypePluginEndpointData *, Type *sample,                       \
+                                                    OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation,     \
+                                                    DDS_Boolean deserialize_key, void *) {                             \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeKeySample(                           \
+            sample, stream, deserialize_encapsulation, deserialize_key);                                               \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_deserialize_key(OBLX_TypePluginEndpointData *, Type **sample, DDS_Boolean *drop_sample,   \
+                                             OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation,            \
+                                             DDS_Boolean deserialize_key, void *) {                                    \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::deserializeKey(                                 \
+            sample, drop_sample, stream, deserialize_encapsulation, deserialize_key);                                  \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_serialized_sample_to_key(OBLX_TypePluginEndpointData *, Type *sample,                     \
+                                                      OBLX_CdrStream *stream, DDS_Boolean deserialize_encapsulation,   \
+                                                      DDS_Boolean deserialize_key, void *) {                           \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializedSampleToKey(                          \
+            sample, stream, deserialize_encapsulation, deserialize_key);                                               \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_instance_to_key(OBLX_TypePluginEndpointData *, Type *key, const Type *instance) {         \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::copyKey(key, instance);                         \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_key_to_instance(OBLX_TypePluginEndpointData *, Type *instance, const Type *key) {         \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::copyKey(instance, key);                         \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_instance_to_keyhash(OBLX_TypePluginEndpointData *, DDS_KeyHash_t *keyhash,                \
+                                                 const Type *instance) {                                               \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::instanceToKeyhash(keyhash, instance);           \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_serialized_sample_to_keyhash(OBLX_TypePluginEndpointData *, OBLX_CdrStream *stream,       \
+                                                          DDS_KeyHash_t *keyhash,                                      \
+                                                          DDS_Boolean deserialize_encapsulation, void *) {             \
+        return ::vexar::plugin::TypePlugin<Type, Type##_get_typecode>::serializedSampleToKeyhash(                      \
+            stream, keyhash, deserialize_encapsulation);                                                               \
+    }                                                                                                                  \
     }

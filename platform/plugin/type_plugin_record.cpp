@@ -97,8 +97,8 @@ OBLX_TypePluginEndpointData *OBLX_TypePluginDefaultEndpointData_new(OBLX_TypePlu
 
 void OBLX_TypePluginDefaultEndpointData_delete(OBLX_TypePluginEndpointData *endpoint_data) { delete endpoint_data; }
 
-OBLX_TypePluginEndpointKind OBLX_TypePluginDefaultEndpointData_getKind(
-    const OBLX_TypePluginEndpointData *endpoint_data) {
+OBLX_TypePluginEndpointKind
+OBLX_TypePluginDefaultEndpointData_getKind(const OBLX_TypePluginEndpointData *endpoint_data) {
     return endpoint_data != nullptr ? endpoint_data->kind : OBLX_TYPEPLUGIN_ENDPOINT_READER;
 }
 
@@ -122,8 +122,8 @@ void OBLX_TypePluginDefaultEndpointData_setMaxSerializedSampleSize(OBLX_TypePlug
     if (endpoint_data != nullptr) endpoint_data->maxSerializedSampleSize = size;
 }
 
-DDS_UnsignedLong OBLX_TypePluginDefaultEndpointData_getMaxSerializedSampleSize(
-    const OBLX_TypePluginEndpointData *endpoint_data) {
+DDS_UnsignedLong
+OBLX_TypePluginDefaultEndpointData_getMaxSerializedSampleSize(const OBLX_TypePluginEndpointData *endpoint_data) {
     return endpoint_data != nullptr ? endpoint_data->maxSerializedSampleSize : 0;
 }
 

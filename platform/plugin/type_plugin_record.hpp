@@ -116,7 +116,8 @@ struct PluginRecord {
     }
 
     static void printData(const Sample *sample, const char *description, unsigned indent) noexcept {
-        std::string text = types::sample::print(*TypeCode(), sample, types::sample::PrintLayout::lines, description, indent);
+        std::string text =
+            types::sample::print(*TypeCode(), sample, types::sample::PrintLayout::lines, description, indent);
         std::fputs(text.c_str(), stdout);
     }
 
@@ -159,92 +160,92 @@ struct PluginRecord {
 }  // namespace vexar::plugin
 
 // The support, attach and record functions of Type.
-#define VEXAR_DEFINE_PLUGIN_RECORD(Type)                                                                           \
-    extern "C" {                                                                                                   \
-    Type *Type##PluginSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params) {               \
-        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::createData(alloc_params);                 \
-    }                                                                                                              \
-    Type *Type##PluginSupport_create_data_ex(DDS_Boolean allocate_pointers) {                                      \
-        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::createDataEx(allocate_pointers);          \
-    }                                                                                                              \
-    Type *Type##PluginSupport_create_data(void) { return Type##PluginSupport_create_data_ex(DDS_BOOLEAN_TRUE); }   \
+#define VEXAR_DEFINE_PLUGIN_RECORD(Type)                                                                               \
+    extern "C" {                                                                                                       \
+    Type *Type##PluginSupport_create_data_w_params(const DDS_TypeAllocationParams_t *alloc_params) {                   \
+        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::createData(alloc_params);                     \
+    }                                                                                                                  \
+    Type *Type##PluginSupport_create_data_ex(DDS_Boolean allocate_pointers) {                                          \
+        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::createDataEx(allocate_pointers);              \
+    }                                                                                                                  \
+    Type *Type##PluginSupport_create_data(void) { return Type##PluginSupport_create_data_ex(DDS_BOOLEAN_TRUE); }       \
     void Type##PluginSupport_destroy_data_w_params(Type *sample, const DDS_TypeDeallocationParams_t *dealloc_params) { \
-        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::destroyData(sample, dealloc_params);             \
-    }                                                                                                              \
-    void Type##PluginSupport_destroy_data_ex(Type *sample, DDS_Boolean deallocate_pointers) {                      \
-        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::destroyDataEx(sample, deallocate_pointers);      \
-    }                                                                                                              \
-    void Type##PluginSupport_destroy_data(Type *sample) {                                                          \
-        Type##PluginSupport_destroy_data_ex(sample, DDS_BOOLEAN_TRUE);                                             \
-    }                                                                                                              \
-    DDS_Boolean Type##PluginSupport_copy_data(Type *dst, const Type *src) {                                        \
-        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::copyData(dst, src);                       \
-    }                                                                                                              \
-    void Type##PluginSupport_print_data(const Type *sample, const char *description, unsigned int indent) {        \
-        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::printData(sample, description, indent);          \
-    }                                                                                                              \
-    Type *Type##PluginSupport_create_key_ex(DDS_Boolean allocate_pointers) {                                       \
-        return Type##PluginSupport_create_data_ex(allocate_pointers);                                              \
-    }                                                                                                              \
-    Type *Type##PluginSupport_create_key(void) { return Type##PluginSupport_create_data(); }                       \
-    void Type##PluginSupport_destroy_key_ex(Type *key, DDS_Boolean deallocate_pointers) {                          \
-        Type##PluginSupport_destroy_data_ex(key, deallocate_pointers);                                             \
-    }                                                                                                              \
-    void Type##PluginSupport_destroy_key(Type *key) { Type##PluginSupport_destroy_data(key); }                     \
-    OBLX_TypePluginParticipantData *Type##Plugin_on_participant_attached(void *registration_data) {                \
-        return OBLX_TypePluginDefaultParticipantData_new(registration_data);                                       \
-    }                                                                                                              \
-    void Type##Plugin_on_participant_detached(OBLX_TypePluginParticipantData *participant_data) {                  \
-        OBLX_TypePluginDefaultParticipantData_delete(participant_data);                                            \
-    }                                                                                                              \
-    OBLX_TypePluginEndpointData *Type##Plugin_on_endpoint_attached(OBLX_TypePluginParticipantData *participant_data, \
-                                                                   OBLX_TypePluginEndpointKind kind) {             \
-        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::attachEndpoint(participant_data, kind);   \
-    }                                                                                                              \
-    void Type##Plugin_on_endpoint_detached(OBLX_TypePluginEndpointData *endpoint_data) {                           \
-        OBLX_TypePluginDefaultEndpointData_delete(endpoint_data);                                                  \
-    }                                                                                                              \
-    void Type##Plugin_return_sample(OBLX_TypePluginEndpointData *endpoint_data, Type *sample) {                    \
-        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::returnSample(endpoint_data, sample);             \
-    }                                                                                                              \
-    DDS_Boolean Type##Plugin_copy_sample(OBLX_TypePluginEndpointData *, Type *dst, const Type *src) {              \
-        return Type##PluginSupport_copy_data(dst, src);                                                            \
-    }                                                                                                              \
-    OBLX_TypePlugin *Type##Plugin_new(void) {                                                                      \
-        using ::vexar::plugin::erased;                                                                             \
-        return ::vexar::plugin::copyToHeap(OBLX_TypePlugin{                                                        \
-            .on_participant_attached = Type##Plugin_on_participant_attached,                                       \
-            .on_participant_detached = Type##Plugin_on_participant_detached,                                       \
-            .on_endpoint_attached = Type##Plugin_on_endpoint_attached,                                             \
-            .on_endpoint_detached = Type##Plugin_on_endpoint_detached,                                             \
-            .copy_sample = erased<Type, Type##Plugin_copy_sample>,                                                 \
-            .create_sample = OBLX_TypePluginDefaultEndpointData_createSample,                                      \
-            .destroy_sample = OBLX_TypePluginDefaultEndpointData_deleteSample,                                     \
-            .instance_to_keyhash = erased<Type, Type##Plugin_instance_to_keyhash>,                                 \
-            .serialized_sample_to_keyhash = Type##Plugin_serialized_sample_to_keyhash,                             \
-            .serialize = erased<Type, Type##Plugin_serialize>,                                                     \
-            .deserialize = erased<Type, Type##Plugin_deserialize>,                                                 \
-            .get_sample = OBLX_TypePluginDefaultEndpointData_getSample,                                            \
-            .return_sample = erased<Type, Type##Plugin_return_sample>,                                             \
-            .get_serialized_sample_max_size = Type##Plugin_get_serialized_sample_max_size,                         \
-            .get_serialized_sample_min_size = Type##Plugin_get_serialized_sample_min_size,                         \
-            .get_serialized_sample_size = erased<Type, Type##Plugin_get_serialized_sample_size>,                   \
-            .get_key_kind = Type##Plugin_get_key_kind,                                                             \
-            .get_key = OBLX_TypePluginDefaultEndpointData_getKey,                                                  \
-            .return_key = OBLX_TypePluginDefaultEndpointData_returnKey,                                            \
-            .get_serialized_key_max_size = Type##Plugin_get_serialized_key_max_size,                               \
-            .instance_to_key = erased<Type, Type##Plugin_instance_to_key>,                                         \
-            .key_to_instance = erased<Type, Type##Plugin_key_to_instance>,                                         \
-            .serialize_key = erased<Type, Type##Plugin_serialize_key>,                                             \
-            .deserialize_key = erased<Type, Type##Plugin_deserialize_key>,                                         \
-            .deserialize_key_sample = erased<Type, Type##Plugin_deserialize_key_sample>,                           \
-            .reserved = nullptr,                                                                                   \
-            .type_code = Type##_get_typecode(),                                                                    \
-            .get_buffer = OBLX_TypePlugin_getBuffer,                                                               \
-            .return_buffer = OBLX_TypePlugin_returnBuffer,                                                         \
-            .type_name = Type##TYPENAME,                                                                           \
-            .sample_size = sizeof(Type),                                                                           \
-        });                                                                                                        \
-    }                                                                                                              \
-    void Type##Plugin_delete(OBLX_TypePlugin *plugin) { delete plugin; }                                           \
+        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::destroyData(sample, dealloc_params);                 \
+    }                                                                                                                  \
+    void Type##PluginSupport_destroy_data_ex(Type *sample, DDS_Boolean deallocate_pointers) {                          \
+        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::destroyDataEx(sample, deallocate_pointers);          \
+    }                                                                                                                  \
+    void Type##PluginSupport_destroy_data(Type *sample) {                                                              \
+        Type##PluginSupport_destroy_data_ex(sample, DDS_BOOLEAN_TRUE);                                                 \
+    }                                                                                                                  \
+    DDS_Boolean Type##PluginSupport_copy_data(Type *dst, const Type *src) {                                            \
+        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::copyData(dst, src);                           \
+    }                                                                                                                  \
+    void Type##PluginSupport_print_data(const Type *sample, const char *description, unsigned int indent) {            \
+        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::printData(sample, description, indent);              \
+    }                                                                                                                  \
+    Type *Type##PluginSupport_create_key_ex(DDS_Boolean allocate_pointers) {                                           \
+        return Type##PluginSupport_create_data_ex(allocate_pointers);                                                  \
+    }                                                                                                                  \
+    Type *Type##PluginSupport_create_key(void) { return Type##PluginSupport_create_data(); }                           \
+    void Type##PluginSupport_destroy_key_ex(Type *key, DDS_Boolean deallocate_pointers) {                              \
+        Type##PluginSupport_destroy_data_ex(key, deallocate_pointers);                                                 \
+    }                                                                                                                  \
+    void Type##PluginSupport_destroy_key(Type *key) { Type##PluginSupport_destroy_data(key); }                         \
+    OBLX_TypePluginParticipantData *Type##Plugin_on_participant_attached(void *registration_data) {                    \
+        return OBLX_TypePluginDefaultParticipantData_new(registration_data);                                           \
+    }                                                                                                                  \
+    void Type##Plugin_on_participant_detached(OBLX_TypePluginParticipantData *participant_data) {                      \
+        OBLX_TypePluginDefaultParticipantData_delete(participant_data);                                                \
+    }                                                                                                                  \
+    OBLX_TypePluginEndpointData *Type##Plugin_on_endpoint_attached(OBLX_TypePluginParticipantData *participant_data,   \
+                                                                   OBLX_TypePluginEndpointKind kind) {                 \
+        return ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::attachEndpoint(participant_data, kind);       \
+    }                                                                                                                  \
+    void Type##Plugin_on_endpoint_detached(OBLX_TypePluginEndpointData *endpoint_data) {                               \
+        OBLX_TypePluginDefaultEndpointData_delete(endpoint_data);                                                      \
+    }                                                                                                                  \
+    void Type##Plugin_return_sample(OBLX_TypePluginEndpointData *endpoint_data, Type *sample) {                        \
+        ::vexar::plugin::PluginRecord<Type, Type##_get_typecode>::returnSample(endpoint_data, sample);                 \
+    }                                                                                                                  \
+    DDS_Boolean Type##Plugin_copy_sample(OBLX_TypePluginEndpointData *, Type *dst, const Type *src) {                  \
+        return Type##PluginSupport_copy_data(dst, src);                                                                \
+    }                                                                                                                  \
+    OBLX_TypePlugin *Type##Plugin_new(void) {                                                                          \
+        using ::vexar::plugin::erased;                                                                                 \
+        return ::vexar::plugin::copyToHeap(OBLX_TypePlugin{                                                            \
+            .on_participant_attached = Type##Plugin_on_participant_attached,                                           \
+            .on_participant_detached = Type##Plugin_on_participant_detached,                                           \
+            .on_endpoint_attached = Type##Plugin_on_endpoint_attached,                                                 \
+            .on_endpoint_detached = Type##Plugin_on_endpoint_detached,                                                 \
+            .copy_sample = erased<Type, Type##Plugin_copy_sample>,                                                     \
+            .create_sample = OBLX_TypePluginDefaultEndpointData_createSample,                                          \
+            .destroy_sample = OBLX_TypePluginDefaultEndpointData_deleteSample,                                         \
+            .instance_to_keyhash = erased<Type, Type##Plugin_instance_to_keyhash>,                                     \
+            .serialized_sample_to_keyhash = Type##Plugin_serialized_sample_to_keyhash,                                 \
+            .serialize = erased<Type, Type##Plugin_serialize>,                                                         \
+            .deserialize = erased<Type, Type##Plugin_deserialize>,                                                     \
+            .get_sample = OBLX_TypePluginDefaultEndpointData_getSample,                                                \
+            .return_sample = erased<Type, Type##Plugin_return_sample>,                                                 \
+            .get_serialized_sample_max_size = Type##Plugin_get_serialized_sample_max_size,                             \
+            .get_serialized_sample_min_size = Type##Plugin_get_serialized_sample_min_size,                             \
+            .get_serialized_sample_size = erased<Type, Type##Plugin_get_serialized_sample_size>,                       \
+            .get_key_kind = Type##Plugin_get_key_kind,                                                                 \
+            .get_key = OBLX_TypePluginDefaultEndpointData_getKey,                                                      \
+            .return_key = OBLX_TypePluginDefaultEndpointData_returnKey,                                                \
+            .get_serialized_key_max_size = Type##Plugin_get_serialized_key_max_size,                                   \
+            .instance_to_key = erased<Type, Type##Plugin_instance_to_key>,                                             \
+            .key_to_instance = erased<Type, Type##Plugin_key_to_instance>,                                             \
+            .serialize_key = erased<Type, Type##Plugin_serialize_key>,                                                 \
+            .deserialize_key = erased<Type, Type##Plugin_deserialize_key>,                                             \
+            .deserialize_key_sample = erased<Type, Type##Plugin_deserialize_key_sample>,                               \
+            .reserved = nullptr,                                                                                       \
+            .type_code = Type##_get_typecode(),                                                                        \
+            .get_buffer = OBLX_TypePlugin_getBuffer,                                                                   \
+            .return_buffer = OBLX_TypePlugin_returnBuffer,                                                             \
+            .type_name = Type##TYPENAME,                                                                               \
+            .sample_size = sizeof(Type),                                                                               \
+        });                                                                                                            \
+    }                                                                                                                  \
+    void Type##Plugin_delete(OBLX_TypePlugin *plugin) { delete plugin; }                                               \
     }

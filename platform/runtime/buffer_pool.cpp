@@ -28,10 +28,8 @@ struct Block {
 };
 
 bool isValidProperty(const OBLX_BufferPoolProperty &property) noexcept {
-    const bool maximalOk =
-        property.maximal == OBLX_BUFFER_POOL_UNLIMITED || property.maximal >= property.initial;
-    const bool incrementOk =
-        property.increment >= 0 || property.increment == OBLX_BUFFER_POOL_INCREMENT_DOUBLE;
+    const bool maximalOk = property.maximal == OBLX_BUFFER_POOL_UNLIMITED || property.maximal >= property.initial;
+    const bool incrementOk = property.increment >= 0 || property.increment == OBLX_BUFFER_POOL_INCREMENT_DOUBLE;
     return property.initial >= 0 && maximalOk && incrementOk;
 }
 
@@ -113,9 +111,8 @@ private:
 
     // Never past `maximal`; doubling starts from one buffer.
     DDS_Long growthCount() const noexcept {
-        DDS_Long count = property_.increment == OBLX_BUFFER_POOL_INCREMENT_DOUBLE
-                             ? std::max(totalCount_, DDS_Long{1})
-                             : property_.increment;
+        DDS_Long count = property_.increment == OBLX_BUFFER_POOL_INCREMENT_DOUBLE ? std::max(totalCount_, DDS_Long{1})
+                                                                                  : property_.increment;
         if (property_.maximal != OBLX_BUFFER_POOL_UNLIMITED) {
             count = std::min(count, property_.maximal - totalCount_);
         }
@@ -160,8 +157,7 @@ private:
 
 extern "C" {
 
-OBLX_BufferPool *OBLX_BufferPool_new(size_t bufferSize, size_t alignment,
-                                     const OBLX_BufferPoolProperty *property) {
+OBLX_BufferPool *OBLX_BufferPool_new(size_t bufferSize, size_t alignment, const OBLX_BufferPoolProperty *property) {
     constexpr const char *context = "OBLX_BufferPool_new";
     if (property == nullptr || !isValidProperty(*property)) {
         OBLX_Report_badParameter(context, "property");
@@ -204,9 +200,7 @@ void OBLX_BufferPool_returnBuffer(OBLX_BufferPool *pool, void *buffer) {
 
 void OBLX_BufferPool_delete(OBLX_BufferPool *pool) { delete pool; }
 
-DDS_Long OBLX_BufferPool_getBufferCount(OBLX_BufferPool *pool) {
-    return pool != nullptr ? pool->bufferCount() : 0;
-}
+DDS_Long OBLX_BufferPool_getBufferCount(OBLX_BufferPool *pool) { return pool != nullptr ? pool->bufferCount() : 0; }
 
 DDS_Long OBLX_BufferPool_getFreeBufferCount(OBLX_BufferPool *pool) {
     return pool != nullptr ? pool->freeBufferCount() : 0;

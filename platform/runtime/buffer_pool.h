@@ -15,16 +15,15 @@ VEXAR_BEGIN_DECLS
 #define OBLX_BUFFER_POOL_INCREMENT_DOUBLE ((DDS_Long)-1)
 
 typedef struct OBLX_BufferPoolProperty {
-    DDS_Long initial;  /* buffers allocated at creation, in one block */
-    DDS_Long maximal;  /* the pool never holds more; OBLX_BUFFER_POOL_UNLIMITED */
-    DDS_Long increment; /* buffers added per growth; 0 never grows; OBLX_BUFFER_POOL_INCREMENT_DOUBLE */
+    DDS_Long initial;                /* buffers allocated at creation, in one block */
+    DDS_Long maximal;                /* the pool never holds more; OBLX_BUFFER_POOL_UNLIMITED */
+    DDS_Long increment;              /* buffers added per growth; 0 never grows; OBLX_BUFFER_POOL_INCREMENT_DOUBLE */
     DDS_Boolean multiThreadedAccess; /* false: the caller serializes every call */
     DDS_Boolean zeroOnGet;           /* buffers are zero-filled when handed out */
 } OBLX_BufferPoolProperty;
 
-#define OBLX_BUFFER_POOL_PROPERTY_DEFAULT                                                          \
-    {16, OBLX_BUFFER_POOL_UNLIMITED, OBLX_BUFFER_POOL_INCREMENT_DOUBLE, DDS_BOOLEAN_TRUE,          \
-     DDS_BOOLEAN_FALSE}
+#define OBLX_BUFFER_POOL_PROPERTY_DEFAULT \
+    { 16, OBLX_BUFFER_POOL_UNLIMITED, OBLX_BUFFER_POOL_INCREMENT_DOUBLE, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_FALSE }
 
 typedef struct OBLX_BufferPool OBLX_BufferPool;
 

@@ -14,7 +14,8 @@ typedef struct OBLX_Time_t {
     DDS_UnsignedLong frac;
 } OBLX_Time_t;
 
-#define OBLX_TIME_ZERO {0, 0u}
+#define OBLX_TIME_ZERO \
+    { 0, 0u }
 
 typedef struct OBLX_Clock OBLX_Clock;
 

@@ -19,8 +19,7 @@ class LockWord {
 public:
     bool tryLock() noexcept {
         std::uint32_t expected = kFree;
-        return word_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
-                                             std::memory_order_relaxed);
+        return word_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire, std::memory_order_relaxed);
     }
     // For a caller whose tryLock just failed: spins briefly, then sleeps
     // until the lock is its.
@@ -49,7 +48,7 @@ public:
 private:
     LockWord word_;
     std::atomic<std::uintptr_t> holder_{0};  // written by the holder only
-    unsigned depth_ = 0;                      // touched by the holder only
+    unsigned depth_ = 0;                     // touched by the holder only
     const bool recursive_;
 };
 

@@ -106,9 +106,9 @@ OBLX_Thread *OBLX_Thread_new(const char *name, DDS_Long priority, DDS_ThreadSett
     const bool realtime = (options & DDS_THREAD_SETTINGS_REALTIME_PRIORITY) != 0;
     int error = startThread(self, priority, stackSize, realtime);
     if (error == EPERM && realtime && (options & DDS_THREAD_SETTINGS_PRIORITY_ENFORCE) == 0) {
-        OBLX_Config_Logger_log(OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING, context, __FILE__,
-                               __LINE__, "real-time priority refused for thread \"%s\"; it runs with default scheduling",
-                               self->name);
+        OBLX_Config_Logger_log(
+            OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING, context, __FILE__, __LINE__,
+            "real-time priority refused for thread \"%s\"; it runs with default scheduling", self->name);
         error = startThread(self, priority, stackSize, false);
     }
     if (!posixCallSucceeded(error, context, "pthread_create")) {
@@ -144,8 +144,7 @@ void OBLX_Thread_sleep(const OBLX_Time_t *duration) {
     // An absolute deadline lets an interrupted sleep resume for exactly the
     // time that is left.
     const timespec deadline = vexar::runtime::monotonicDeadlineAfter(nanoseconds);
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &deadline, nullptr) == EINTR) {
-    }
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &deadline, nullptr) == EINTR) {}
 }
 
 }  // extern "C"

@@ -58,8 +58,7 @@ bool EnumerationCheck::passes(const void *sample, Fault &fault) const noexcept {
     return !needed() || valueIsValid(*type_, static_cast<const unsigned char *>(sample), fault);
 }
 
-bool EnumerationCheck::valueIsValid(const DDS_TypeCode &type, const unsigned char *value,
-                                    Fault &fault) const noexcept {
+bool EnumerationCheck::valueIsValid(const DDS_TypeCode &type, const unsigned char *value, Fault &fault) const noexcept {
     if (!holdsEnumeration(&type)) return true;
     switch (kindOf(type)) {
     case DDS_TK_ENUM:
@@ -86,8 +85,7 @@ bool EnumerationCheck::valueIsValid(const DDS_TypeCode &type, const unsigned cha
 
 // The discriminator (the record's first 32 bits) must be valid; only the
 // branch that it selects means anything (a value may select none).
-bool EnumerationCheck::unionIsValid(const DDS_TypeCode &type, const unsigned char *value,
-                                    Fault &fault) const noexcept {
+bool EnumerationCheck::unionIsValid(const DDS_TypeCode &type, const unsigned char *value, Fault &fault) const noexcept {
     const DDS_TypeCode *discriminatorType = type.discriminator_type;
     if (discriminatorType != nullptr && !valueIsValid(*discriminatorType, value, fault)) return false;
     fault = {discriminatorType, longAt(value)};
@@ -106,8 +104,8 @@ bool EnumerationCheck::sequenceIsValid(const DDS_TypeCode &type, const unsigned 
     return true;
 }
 
-bool EnumerationCheck::elementsAreValid(const DDS_TypeCode &element, const unsigned char *first,
-                                        DDS_UnsignedLong count, Fault &fault) const noexcept {
+bool EnumerationCheck::elementsAreValid(const DDS_TypeCode &element, const unsigned char *first, DDS_UnsignedLong count,
+                                        Fault &fault) const noexcept {
     if (!holdsEnumeration(&element)) return true;
     for (DDS_UnsignedLong i = 0; i < count; ++i) {
         if (!valueIsValid(element, first + i * element.sample_size, fault)) return false;

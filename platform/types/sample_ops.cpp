@@ -82,7 +82,7 @@ DDS_Long firstEnumerator(const DDS_TypeCode &type) noexcept {
     return type.member_count == 0 ? 0 : type.members[0].label;
 }
 
-} // namespace
+}  // namespace
 
 bool initialize(const DDS_TypeCode &type, void *sample, const DDS_TypeAllocationParams_t &params) noexcept {
     auto initializeMember = [sample, &params](const DDS_TypeCode &memberType, size_t offset) {
@@ -116,7 +116,7 @@ void finalize(const DDS_TypeCode &type, void *sample, const DDS_TypeDeallocation
     };
     switch (DDS_TypeCode_kind(&type)) {
     case DDS_TK_STRUCT:
-    case DDS_TK_UNION: // every branch, whatever the discriminator
+    case DDS_TK_UNION:  // every branch, whatever the discriminator
         forEachMember(type, finalizeMember);
         break;
     case DDS_TK_ARRAY:
@@ -187,4 +187,4 @@ bool copy(const DDS_TypeCode &type, void *dst, const void *src) noexcept {
     }
 }
 
-} // namespace vexar::types::sample
+}  // namespace vexar::types::sample

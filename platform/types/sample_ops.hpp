@@ -38,8 +38,7 @@ struct SampleOperations {
         return sample != nullptr && params != nullptr && sample::initialize(*TypeCode(), sample, *params);
     }
 
-    static DDS_Boolean initializeEx(Sample *sample, DDS_Boolean allocatePointers,
-                                    DDS_Boolean allocateMemory) noexcept {
+    static DDS_Boolean initializeEx(Sample *sample, DDS_Boolean allocatePointers, DDS_Boolean allocateMemory) noexcept {
         DDS_TypeAllocationParams_t params = DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
         params.allocate_pointers = allocatePointers;
         params.allocate_memory = allocateMemory;
@@ -70,38 +69,35 @@ struct SampleOperations {
     }
 };
 
-} // namespace vexar::types::sample
+}  // namespace vexar::types::sample
 
 // The eight C sample functions of Type, over its type code.
-#define VEXAR_DEFINE_SAMPLE_OPERATIONS(Type)                                                        \
-    extern "C" {                                                                                    \
-    DDS_Boolean Type##_initialize(Type *sample) {                                                   \
-        return Type##_initialize_ex(sample, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE);                    \
-    }                                                                                               \
-    DDS_Boolean Type##_initialize_ex(Type *sample, DDS_Boolean allocatePointers,                    \
-                                     DDS_Boolean allocateMemory) {                                  \
-        return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::initializeEx(          \
-            sample, allocatePointers, allocateMemory);                                              \
-    }                                                                                               \
-    DDS_Boolean Type##_initialize_w_params(Type *sample, const DDS_TypeAllocationParams_t *params) { \
-        return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::initialize(sample,     \
-                                                                                        params);    \
-    }                                                                                               \
-    void Type##_finalize(Type *sample) { Type##_finalize_ex(sample, DDS_BOOLEAN_TRUE); }            \
-    void Type##_finalize_ex(Type *sample, DDS_Boolean deletePointers) {                             \
-        ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::finalizeEx(sample,            \
-                                                                                 deletePointers);   \
-    }                                                                                               \
-    void Type##_finalize_w_params(Type *sample, const DDS_TypeDeallocationParams_t *params) {       \
-        ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::finalize(sample, params);     \
-    }                                                                                               \
-    void Type##_finalize_optional_members(Type *sample, DDS_Boolean deletePointers) {               \
-        ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::finalizeOptionalMembers(      \
-            sample, deletePointers);                                                                \
-    }                                                                                               \
-    DDS_Boolean Type##_copy(Type *dst, const Type *src) {                                           \
-        return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::copy(dst, src);        \
-    }                                                                                               \
+#define VEXAR_DEFINE_SAMPLE_OPERATIONS(Type)                                                                          \
+    extern "C" {                                                                                                      \
+    DDS_Boolean Type##_initialize(Type *sample) {                                                                     \
+        return Type##_initialize_ex(sample, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE);                                      \
+    }                                                                                                                 \
+    DDS_Boolean Type##_initialize_ex(Type *sample, DDS_Boolean allocatePointers, DDS_Boolean allocateMemory) {        \
+        return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::initializeEx(                     \
+            sample, allocatePointers, allocateMemory);                                                                \
+    }                                                                                                                 \
+    DDS_Boolean Type##_initialize_w_params(Type *sample, const DDS_TypeAllocationParams_t *params) {                  \
+        return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::initialize(sample, params);       \
+    }                                                                                                                 \
+    void Type##_finalize(Type *sample) { Type##_finalize_ex(sample, DDS_BOOLEAN_TRUE); }                              \
+    void Type##_finalize_ex(Type *sample, DDS_Boolean deletePointers) {                                               \
+        ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::finalizeEx(sample, deletePointers);      \
+    }                                                                                                                 \
+    void Type##_finalize_w_params(Type *sample, const DDS_TypeDeallocationParams_t *params) {                         \
+        ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::finalize(sample, params);                \
+    }                                                                                                                 \
+    void Type##_finalize_optional_members(Type *sample, DDS_Boolean deletePointers) {                                 \
+        ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::finalizeOptionalMembers(sample,          \
+                                                                                                     deletePointers); \
+    }                                                                                                                 \
+    DDS_Boolean Type##_copy(Type *dst, const Type *src) {                                                             \
+        return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::copy(dst, src);                   \
+    }                                                                                                                 \
     }
 
 #endif

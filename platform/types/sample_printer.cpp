@@ -39,23 +39,36 @@ std::string floatText(double value) {
 // The text of a value that is neither composite, array nor sequence.
 std::string scalarText(const DDS_TypeCode &type, const unsigned char *value) {
     switch (kindOf(type)) {
-    case DDS_TK_SHORT: return std::to_string(readAs<std::int16_t>(value));
-    case DDS_TK_USHORT: return std::to_string(readAs<std::uint16_t>(value));
-    case DDS_TK_LONG: return std::to_string(readAs<std::int32_t>(value));
-    case DDS_TK_ULONG: return std::to_string(readAs<std::uint32_t>(value));
-    case DDS_TK_LONGLONG: return std::to_string(readAs<std::int64_t>(value));
-    case DDS_TK_ULONGLONG: return std::to_string(readAs<std::uint64_t>(value));
-    case DDS_TK_OCTET: return std::to_string(*value);
-    case DDS_TK_BOOLEAN: return *value != 0 ? "true" : "false";
-    case DDS_TK_CHAR: return std::string("'") + static_cast<char>(*value) + "'";
-    case DDS_TK_FLOAT: return floatText(readAs<float>(value));
-    case DDS_TK_DOUBLE: return floatText(readAs<double>(value));
-    case DDS_TK_ENUM: return enumeratorName(type, readAs<DDS_Long>(value));
+    case DDS_TK_SHORT:
+        return std::to_string(readAs<std::int16_t>(value));
+    case DDS_TK_USHORT:
+        return std::to_string(readAs<std::uint16_t>(value));
+    case DDS_TK_LONG:
+        return std::to_string(readAs<std::int32_t>(value));
+    case DDS_TK_ULONG:
+        return std::to_string(readAs<std::uint32_t>(value));
+    case DDS_TK_LONGLONG:
+        return std::to_string(readAs<std::int64_t>(value));
+    case DDS_TK_ULONGLONG:
+        return std::to_string(readAs<std::uint64_t>(value));
+    case DDS_TK_OCTET:
+        return std::to_string(*value);
+    case DDS_TK_BOOLEAN:
+        return *value != 0 ? "true" : "false";
+    case DDS_TK_CHAR:
+        return std::string("'") + static_cast<char>(*value) + "'";
+    case DDS_TK_FLOAT:
+        return floatText(readAs<float>(value));
+    case DDS_TK_DOUBLE:
+        return floatText(readAs<double>(value));
+    case DDS_TK_ENUM:
+        return enumeratorName(type, readAs<DDS_Long>(value));
     case DDS_TK_STRING: {
         const char *text = readAs<const char *>(value);
         return text == nullptr ? "NULL" : std::string("\"") + text + "\"";
     }
-    default: return "?";
+    default:
+        return "?";
     }
 }
 

@@ -18,13 +18,12 @@ namespace vexar::types {
 // What a sequence needs from its element type: the element functions that
 // bring an element into a usable state, take its memory back and copy it.
 template <typename Traits, typename T>
-concept SequenceElementTraits =
-    requires(T *element, const T *source, const DDS_TypeAllocationParams_t *alloc,
-             const DDS_TypeDeallocationParams_t *dealloc) {
-        Traits::initialize(element, alloc);
-        Traits::finalize(element, dealloc);
-        Traits::copy(element, source);
-    };
+concept SequenceElementTraits = requires(T *element, const T *source, const DDS_TypeAllocationParams_t *alloc,
+                                         const DDS_TypeDeallocationParams_t *dealloc) {
+    Traits::initialize(element, alloc);
+    Traits::finalize(element, dealloc);
+    Traits::copy(element, source);
+};
 
 // Elements without heap-owned members (integers, enumerations): start at 0
 // and copy by assignment.
@@ -48,8 +47,7 @@ public:
     constexpr ReportContext(const char *sequence, const char *operation) noexcept
         : sequence_(sequence), operation_(operation) {}
     // A name that is complete already.
-    explicit constexpr ReportContext(const char *fullName) noexcept
-        : sequence_(nullptr), operation_(fullName) {}
+    explicit constexpr ReportContext(const char *fullName) noexcept : sequence_(nullptr), operation_(fullName) {}
 
     class Text {
     public:
@@ -66,25 +64,15 @@ public:
         char text_[160];
     };
 
-    void badParameter(const char *argument) const noexcept {
-        OBLX_Report_badParameter(Text(*this).c_str(), argument);
-    }
-    void assertionFailure(const char *text) const noexcept {
-        OBLX_Report_assertionFailure(Text(*this).c_str(), text);
-    }
+    void badParameter(const char *argument) const noexcept { OBLX_Report_badParameter(Text(*this).c_str(), argument); }
+    void assertionFailure(const char *text) const noexcept { OBLX_Report_assertionFailure(Text(*this).c_str(), text); }
     void insufficientSpace(long long available, long long requested) const noexcept {
         OBLX_Report_insufficientSpace(Text(*this).c_str(), available, requested);
     }
-    void allocationFailure(size_t bytes) const noexcept {
-        OBLX_Report_allocationFailure(Text(*this).c_str(), bytes);
-    }
+    void allocationFailure(size_t bytes) const noexcept { OBLX_Report_allocationFailure(Text(*this).c_str(), bytes); }
     void sequenceNotOwner() const noexcept { OBLX_Report_sequenceNotOwner(Text(*this).c_str()); }
-    void setFailure(const char *what) const noexcept {
-        OBLX_Report_setFailure(Text(*this).c_str(), what);
-    }
-    void getFailure(const char *what) const noexcept {
-        OBLX_Report_getFailure(Text(*this).c_str(), what);
-    }
+    void setFailure(const char *what) const noexcept { OBLX_Report_setFailure(Text(*this).c_str(), what); }
+    void getFailure(const char *what) const noexcept { OBLX_Report_getFailure(Text(*this).c_str(), what); }
     void memoryAllocated(long long from, long long to) const noexcept {
         OBLX_Report_memoryAllocated(Text(*this).c_str(), from, to);
     }
@@ -98,7 +86,7 @@ private:
 // by OBLX_SEQUENCE_DECLARE_RECORD; `Traits` gives the element functions and
 // `Traits::sequenceName`, the C name that prefixes every report.
 template <typename Record, typename Traits>
-    requires SequenceElementTraits<Traits, std::remove_pointer_t<decltype(Record::_contiguous_buffer)>>
+requires SequenceElementTraits<Traits, std::remove_pointer_t<decltype(Record::_contiguous_buffer)>>
 class Sequence {
 public:
     using Element = std::remove_pointer_t<decltype(Record::_contiguous_buffer)>;
@@ -114,13 +102,9 @@ public:
 
     static DDS_Boolean finalize(Record *self) noexcept { return setMaximum(self, 0); }
 
-    static DDS_Long getMaximum(Record *self) noexcept {
-        return checkedField(self, "get_maximum", &Record::_maximum);
-    }
+    static DDS_Long getMaximum(Record *self) noexcept { return checkedField(self, "get_maximum", &Record::_maximum); }
 
-    static DDS_Long getLength(Record *self) noexcept {
-        return checkedField(self, "get_length", &Record::_length);
-    }
+    static DDS_Long getLength(Record *self) noexcept { return checkedField(self, "get_length", &Record::_length); }
 
     static DDS_Boolean setLength(Record *self, DDS_Long newLength) noexcept {
         const ReportContext here = context("set_length");
@@ -252,8 +236,7 @@ public:
         if (!checkInvariants(*self, here)) {
             return nullptr;
         }
-        if (lengthOf(*source) > self->_maximum &&
-            !setMaximum(self, static_cast<DDS_Long>(source->_maximum))) {
+        if (lengthOf(*source) > self->_maximum && !setMaximum(self, static_cast<DDS_Long>(source->_maximum))) {
             return nullptr;
         }
         if (!copyNoAlloc(self, source) || !checkInvariants(*self, here)) {
@@ -290,8 +273,7 @@ public:
         return finishArrayTransfer(borrowed, copied, here);
     }
 
-    static DDS_Boolean loanContiguous(Record *self, Element *buffer, DDS_Long newLength,
-                                      DDS_Long newMaximum) noexcept {
+    static DDS_Boolean loanContiguous(Record *self, Element *buffer, DDS_Long newLength, DDS_Long newMaximum) noexcept {
         const ReportContext here = context("loan_contiguous");
         if (!canLoan(self, buffer != nullptr, newLength, newMaximum, here)) {
             return DDS_BOOLEAN_FALSE;
@@ -332,8 +314,7 @@ public:
     }
 
     static Element **getDiscontiguousBuffer(Record *self) noexcept {
-        return prepare(self, context("get_discontiguous_bufferI")) ? self->_discontiguous_buffer
-                                                                  : nullptr;
+        return prepare(self, context("get_discontiguous_bufferI")) ? self->_discontiguous_buffer : nullptr;
     }
 
     static DDS_Boolean hasOwnership(Record *self) noexcept {
@@ -355,9 +336,8 @@ public:
         }
         if (self->_maximum != 0) {
             context("set_element_pointers_allocation")
-                .assertionFailure(
-                    "Pointers allocation policy can be configured only when the maximum size of "
-                    "the sequence is 0");
+                .assertionFailure("Pointers allocation policy can be configured only when the maximum size of "
+                                  "the sequence is 0");
             return DDS_BOOLEAN_FALSE;
         }
         self->_elementAllocParams.allocate_pointers = allocatePointers;
@@ -365,24 +345,21 @@ public:
         return DDS_BOOLEAN_TRUE;
     }
 
-    static DDS_Boolean setElementAllocationParams(Record *self,
-                                                  const DDS_TypeAllocationParams_t *params) noexcept {
+    static DDS_Boolean setElementAllocationParams(Record *self, const DDS_TypeAllocationParams_t *params) noexcept {
         const ReportContext here = context("set_element_allocation_params");
         if (!checkParamsArguments(self, params, here)) {
             return DDS_BOOLEAN_FALSE;
         }
         if (self->_maximum != 0) {
-            here.assertionFailure(
-                "Member allocation parameters can be configured only when the maximum size of the "
-                "sequence is 0");
+            here.assertionFailure("Member allocation parameters can be configured only when the maximum size of the "
+                                  "sequence is 0");
             return DDS_BOOLEAN_FALSE;
         }
         self->_elementAllocParams = *params;
         return DDS_BOOLEAN_TRUE;
     }
 
-    static DDS_Boolean getElementAllocationParams(const Record *self,
-                                                  DDS_TypeAllocationParams_t *params) noexcept {
+    static DDS_Boolean getElementAllocationParams(const Record *self, DDS_TypeAllocationParams_t *params) noexcept {
         if (!checkParamsArguments(self, params, context("get_element_allocation_params"))) {
             return DDS_BOOLEAN_FALSE;
         }
@@ -390,8 +367,7 @@ public:
         return DDS_BOOLEAN_TRUE;
     }
 
-    static DDS_Boolean setElementDeallocationParams(
-        Record *self, const DDS_TypeDeallocationParams_t *params) noexcept {
+    static DDS_Boolean setElementDeallocationParams(Record *self, const DDS_TypeDeallocationParams_t *params) noexcept {
         if (!checkParamsArguments(self, params, context("set_element_deallocation_params"))) {
             return DDS_BOOLEAN_FALSE;
         }
@@ -400,8 +376,7 @@ public:
     }
 
     // Reports under the setter's name, as the middleware's sequences do.
-    static DDS_Boolean getElementDeallocationParams(const Record *self,
-                                                    DDS_TypeDeallocationParams_t *params) noexcept {
+    static DDS_Boolean getElementDeallocationParams(const Record *self, DDS_TypeDeallocationParams_t *params) noexcept {
         if (!checkParamsArguments(self, params, context("set_element_deallocation_params"))) {
             return DDS_BOOLEAN_FALSE;
         }
@@ -449,10 +424,8 @@ private:
         return ReportContext(Traits::sequenceName, operation);
     }
 
-    static constexpr DDS_SeqElementTypeAllocationParams_t kDefaultAllocation =
-        DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
-    static constexpr DDS_SeqElementTypeDeallocationParams_t kDefaultDeallocation =
-        DDS_TYPE_DEALLOCATION_PARAMS_DEFAULT;
+    static constexpr DDS_SeqElementTypeAllocationParams_t kDefaultAllocation = DDS_TYPE_ALLOCATION_PARAMS_DEFAULT;
+    static constexpr DDS_SeqElementTypeDeallocationParams_t kDefaultDeallocation = DDS_TYPE_DEALLOCATION_PARAMS_DEFAULT;
 
     static void setInitialState(Record &self) noexcept {
         self._owned = DDS_BOOLEAN_TRUE;
@@ -519,8 +492,7 @@ private:
     }
 
     // Getters report a broken invariant but still answer with the field.
-    static DDS_Long checkedField(Record *self, const char *operation,
-                                 DDS_UnsignedLong Record::*field) noexcept {
+    static DDS_Long checkedField(Record *self, const char *operation, DDS_UnsignedLong Record::*field) noexcept {
         if (self == nullptr) {
             context(operation).badParameter("self");
             return 0;
@@ -543,8 +515,7 @@ private:
     }
 
     template <typename Params>
-    static bool checkParamsArguments(const Record *self, const Params *params,
-                                     const ReportContext &here) noexcept {
+    static bool checkParamsArguments(const Record *self, const Params *params, const ReportContext &here) noexcept {
         if (self == nullptr) {
             here.badParameter("self");
             return false;
@@ -593,8 +564,7 @@ private:
 
     // Zeroed before initialization, so element functions that look at what
     // a member already points to find null.
-    static Element *allocateElements(const Record &self, DDS_UnsignedLong count,
-                                     const ReportContext &here) noexcept {
+    static Element *allocateElements(const Record &self, DDS_UnsignedLong count, const ReportContext &here) noexcept {
         auto *buffer = static_cast<Element *>(std::calloc(count, sizeof(Element)));
         if (buffer == nullptr) {
             here.allocationFailure(static_cast<size_t>(count) * sizeof(Element));
@@ -688,92 +658,74 @@ private:
 // Emits the C functions of `Seq` (elements `T`) over
 // vexar::types::Sequence, with `Traits` giving the element functions.
 // Use once per sequence, at namespace scope of a .cpp file.
-#define OBLX_SEQUENCE_DEFINE(Seq, T, Traits)                                                       \
-    namespace {                                                                                    \
-    struct Seq##_Traits : Traits {                                                                 \
-        static constexpr const char *sequenceName = #Seq;                                          \
-    };                                                                                             \
-    using Seq##_Impl = ::vexar::types::Sequence<Seq, Seq##_Traits>;                            \
-    static_assert(std::is_same_v<Seq##_Impl::Element, T>, "element type of " #Seq);               \
-    }                                                                                              \
-    extern "C" {                                                                                   \
-    DDS_Boolean Seq##_initialize(Seq *self) { return Seq##_Impl::initialize(self); }               \
-    DDS_Boolean Seq##_finalize(Seq *self) { return Seq##_Impl::finalize(self); }                   \
-    DDS_Long Seq##_get_maximum(Seq *self) { return Seq##_Impl::getMaximum(self); }                 \
-    DDS_Long Seq##_get_length(Seq *self) { return Seq##_Impl::getLength(self); }                   \
-    DDS_Boolean Seq##_set_length(Seq *self, DDS_Long new_length) {                                 \
-        return Seq##_Impl::setLength(self, new_length);                                            \
-    }                                                                                              \
-    DDS_Boolean Seq##_ensure_length(Seq *self, DDS_Long length, DDS_Long max) {                    \
-        return Seq##_Impl::ensureLength(self, length, max);                                        \
-    }                                                                                              \
-    DDS_Boolean Seq##_set_maximum(Seq *self, DDS_Long new_max) {                                   \
-        return Seq##_Impl::setMaximum(self, new_max);                                              \
-    }                                                                                              \
-    T Seq##_get(Seq *self, DDS_Long index) { return Seq##_Impl::get(self, index); }                \
-    T *Seq##_get_reference(Seq *self, DDS_Long index) {                                            \
-        return Seq##_Impl::getReference(self, index);                                              \
-    }                                                                                              \
-    DDS_Boolean Seq##_copy_no_alloc(Seq *self, const Seq *src) {                                   \
-        return Seq##_Impl::copyNoAlloc(self, src);                                                 \
-    }                                                                                              \
-    Seq *Seq##_copy(Seq *self, const Seq *src) { return Seq##_Impl::copy(self, src); }             \
-    DDS_Boolean Seq##_from_array(Seq *self, T const *array, DDS_Long length) {                     \
-        return Seq##_Impl::fromArray(self, array, length);                                         \
-    }                                                                                              \
-    DDS_Boolean Seq##_to_array(Seq *self, T *array, DDS_Long length) {                             \
-        return Seq##_Impl::toArray(self, array, length);                                           \
-    }                                                                                              \
-    DDS_Boolean Seq##_loan_contiguous(Seq *self, T *buffer, DDS_Long new_length,                   \
-                                      DDS_Long new_max) {                                          \
-        return Seq##_Impl::loanContiguous(self, buffer, new_length, new_max);                      \
-    }                                                                                              \
-    DDS_Boolean Seq##_loan_discontiguous(Seq *self, T **buffer, DDS_Long new_length,               \
-                                         DDS_Long new_max) {                                       \
-        return Seq##_Impl::loanDiscontiguous(self, buffer, new_length, new_max);                   \
-    }                                                                                              \
-    DDS_Boolean Seq##_unloan(Seq *self) { return Seq##_Impl::unloan(self); }                       \
-    T *Seq##_get_contiguous_buffer(Seq *self) { return Seq##_Impl::getContiguousBuffer(self); }    \
-    T *Seq##_get_contiguous_bufferI(Seq *self) { return Seq##_Impl::getContiguousBuffer(self); }   \
-    T **Seq##_get_discontiguous_buffer(Seq *self) {                                                \
-        return Seq##_Impl::getDiscontiguousBuffer(self);                                           \
-    }                                                                                              \
-    T **Seq##_get_discontiguous_bufferI(Seq *self) {                                               \
-        return Seq##_Impl::getDiscontiguousBuffer(self);                                           \
-    }                                                                                              \
-    DDS_Boolean Seq##_has_ownership(Seq *self) { return Seq##_Impl::hasOwnership(self); }          \
-    DDS_Boolean Seq##_get_element_pointers_allocation(const Seq *self) {                           \
-        return Seq##_Impl::getElementPointersAllocation(self);                                     \
-    }                                                                                              \
-    DDS_Boolean Seq##_set_element_pointers_allocation(Seq *self, DDS_Boolean allocate_pointers) {  \
-        return Seq##_Impl::setElementPointersAllocation(self, allocate_pointers);                  \
-    }                                                                                              \
-    DDS_Boolean Seq##_set_element_allocation_params(Seq *self,                                     \
-                                                    const DDS_TypeAllocationParams_t *params) {    \
-        return Seq##_Impl::setElementAllocationParams(self, params);                               \
-    }                                                                                              \
-    DDS_Boolean Seq##_get_element_allocation_params(const Seq *self,                               \
-                                                    DDS_TypeAllocationParams_t *params) {          \
-        return Seq##_Impl::getElementAllocationParams(self, params);                               \
-    }                                                                                              \
-    DDS_Boolean Seq##_set_element_deallocation_params(Seq *self,                                   \
-                                                      const DDS_TypeDeallocationParams_t *params) {\
-        return Seq##_Impl::setElementDeallocationParams(self, params);                             \
-    }                                                                                              \
-    DDS_Boolean Seq##_get_element_deallocation_params(const Seq *self,                             \
-                                                      DDS_TypeDeallocationParams_t *params) {      \
-        return Seq##_Impl::getElementDeallocationParams(self, params);                             \
-    }                                                                                              \
-    void Seq##_get_read_tokenI(Seq *self, void **token1, void **token2) {                          \
-        Seq##_Impl::getReadToken(self, token1, token2);                                            \
-    }                                                                                              \
-    void Seq##_set_read_tokenI(Seq *self, void *token1, void *token2) {                            \
-        Seq##_Impl::setReadToken(self, token1, token2);                                            \
-    }                                                                                              \
-    DDS_Boolean Seq##_check_invariantsI(const Seq *self, const char *context) {                    \
-        return Seq##_Impl::checkInvariants(self, context);                                         \
-    }                                                                                              \
-    }                                                                                              \
+#define OBLX_SEQUENCE_DEFINE(Seq, T, Traits)                                                                         \
+    namespace {                                                                                                      \
+    struct Seq##_Traits : Traits {                                                                                   \
+        static constexpr const char *sequenceName = #Seq;                                                            \
+    };                                                                                                               \
+    using Seq##_Impl = ::vexar::types::Sequence<Seq, Seq##_Traits>;                                                  \
+    static_assert(std::is_same_v<Seq##_Impl::Element, T>, "element type of " #Seq);                                  \
+    }                                                                                                                \
+    extern "C" {                                                                                                     \
+    DDS_Boolean Seq##_initialize(Seq *self) { return Seq##_Impl::initialize(self); }                                 \
+    DDS_Boolean Seq##_finalize(Seq *self) { return Seq##_Impl::finalize(self); }                                     \
+    DDS_Long Seq##_get_maximum(Seq *self) { return Seq##_Impl::getMaximum(self); }                                   \
+    DDS_Long Seq##_get_length(Seq *self) { return Seq##_Impl::getLength(self); }                                     \
+    DDS_Boolean Seq##_set_length(Seq *self, DDS_Long new_length) { return Seq##_Impl::setLength(self, new_length); } \
+    DDS_Boolean Seq##_ensure_length(Seq *self, DDS_Long length, DDS_Long max) {                                      \
+        return Seq##_Impl::ensureLength(self, length, max);                                                          \
+    }                                                                                                                \
+    DDS_Boolean Seq##_set_maximum(Seq *self, DDS_Long new_max) { return Seq##_Impl::setMaximum(self, new_max); }     \
+    T Seq##_get(Seq *self, DDS_Long index) { return Seq##_Impl::get(self, index); }                                  \
+    T *Seq##_get_reference(Seq *self, DDS_Long index) { return Seq##_Impl::getReference(self, index); }              \
+    DDS_Boolean Seq##_copy_no_alloc(Seq *self, const Seq *src) { return Seq##_Impl::copyNoAlloc(self, src); }        \
+    Seq *Seq##_copy(Seq *self, const Seq *src) { return Seq##_Impl::copy(self, src); }                               \
+    DDS_Boolean Seq##_from_array(Seq *self, T const *array, DDS_Long length) {                                       \
+        return Seq##_Impl::fromArray(self, array, length);                                                           \
+    }                                                                                                                \
+    DDS_Boolean Seq##_to_array(Seq *self, T *array, DDS_Long length) {                                               \
+        return Seq##_Impl::toArray(self, array, length);                                                             \
+    }                                                                                                                \
+    DDS_Boolean Seq##_loan_contiguous(Seq *self, T *buffer, DDS_Long new_length, DDS_Long new_max) {                 \
+        return Seq##_Impl::loanContiguous(self, buffer, new_length, new_max);                                        \
+    }                                                                                                                \
+    DDS_Boolean Seq##_loan_discontiguous(Seq *self, T **buffer, DDS_Long new_length, DDS_Long new_max) {             \
+        return Seq##_Impl::loanDiscontiguous(self, buffer, new_length, new_max);                                     \
+    }                                                                                                                \
+    DDS_Boolean Seq##_unloan(Seq *self) { return Seq##_Impl::unloan(self); }                                         \
+    T *Seq##_get_contiguous_buffer(Seq *self) { return Seq##_Impl::getContiguousBuffer(self); }                      \
+    T *Seq##_get_contiguous_bufferI(Seq *self) { return Seq##_Impl::getContiguousBuffer(self); }                     \
+    T **Seq##_get_discontiguous_buffer(Seq *self) { return Seq##_Impl::getDiscontiguousBuffer(self); }               \
+    T **Seq##_get_discontiguous_bufferI(Seq *self) { return Seq##_Impl::getDiscontiguousBuffer(self); }              \
+    DDS_Boolean Seq##_has_ownership(Seq *self) { return Seq##_Impl::hasOwnership(self); }                            \
+    DDS_Boolean Seq##_get_element_pointers_allocation(const Seq *self) {                                             \
+        return Seq##_Impl::getElementPointersAllocation(self);                                                       \
+    }                                                                                                                \
+    DDS_Boolean Seq##_set_element_pointers_allocation(Seq *self, DDS_Boolean allocate_pointers) {                    \
+        return Seq##_Impl::setElementPointersAllocation(self, allocate_pointers);                                    \
+    }                                                                                                                \
+    DDS_Boolean Seq##_set_element_allocation_params(Seq *self, const DDS_TypeAllocationParams_t *params) {           \
+        return Seq##_Impl::setElementAllocationParams(self, params);                                                 \
+    }                                                                                                                \
+    DDS_Boolean Seq##_get_element_allocation_params(const Seq *self, DDS_TypeAllocationParams_t *params) {           \
+        return Seq##_Impl::getElementAllocationParams(self, params);                                                 \
+    }                                                                                                                \
+    DDS_Boolean Seq##_set_element_deallocation_params(Seq *self, const DDS_TypeDeallocationParams_t *params) {       \
+        return Seq##_Impl::setElementDeallocationParams(self, params);                                               \
+    }                                                                                                                \
+    DDS_Boolean Seq##_get_element_deallocation_params(const Seq *self, DDS_TypeDeallocationParams_t *params) {       \
+        return Seq##_Impl::getElementDeallocationParams(self, params);                                               \
+    }                                                                                                                \
+    void Seq##_get_read_tokenI(Seq *self, void **token1, void **token2) {                                            \
+        Seq##_Impl::getReadToken(self, token1, token2);                                                              \
+    }                                                                                                                \
+    void Seq##_set_read_tokenI(Seq *self, void *token1, void *token2) {                                              \
+        Seq##_Impl::setReadToken(self, token1, token2);                                                              \
+    }                                                                                                                \
+    DDS_Boolean Seq##_check_invariantsI(const Seq *self, const char *context) {                                      \
+        return Seq##_Impl::checkInvariants(self, context);                                                           \
+    }                                                                                                                \
+    }                                                                                                                \
     static_assert(true, "a semicolon follows the macro")
 
 #endif

@@ -18,13 +18,12 @@ Field memberField(const DDS_TypeCode *self, DDS_UnsignedLong index, Field DDS_Ty
     return member == nullptr ? fallback : member->*field;
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
 const DDS_TypeCode DDS_g_tc_long = {
-    DDS_TK_LONG, "long", 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX,
-    sizeof(DDS_Long), nullptr};
+    DDS_TK_LONG, "long", 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX, sizeof(DDS_Long), nullptr};
 
 DDS_TCKind DDS_TypeCode_kind(const DDS_TypeCode *self) {
     return self == nullptr ? DDS_TK_NULL : static_cast<DDS_TCKind>(self->kind & DDS_TK_KIND_MASK);
@@ -61,8 +60,7 @@ const DDS_TypeCode *DDS_TypeCode_member_type(const DDS_TypeCode *self, DDS_Unsig
 }
 
 DDS_TypeCodeMemberFlags DDS_TypeCode_member_flags(const DDS_TypeCode *self, DDS_UnsignedLong index) {
-    return memberField<DDS_TypeCodeMemberFlags>(self, index, &DDS_TypeCodeMember::flags,
-                                                DDS_TYPECODE_NONKEY_MEMBER);
+    return memberField<DDS_TypeCodeMemberFlags>(self, index, &DDS_TypeCodeMember::flags, DDS_TYPECODE_NONKEY_MEMBER);
 }
 
 DDS_Boolean DDS_TypeCode_is_member_key(const DDS_TypeCode *self, DDS_UnsignedLong index) {
@@ -115,4 +113,4 @@ DDS_Long DDS_TypeCode_default_discriminator(const DDS_TypeCode *self) {
 
 size_t DDS_TypeCode_sample_size(const DDS_TypeCode *self) { return self == nullptr ? 0 : self->sample_size; }
 
-} // extern "C"
+}  // extern "C"

@@ -24,7 +24,7 @@ using TypeCodeGetter = const DDS_TypeCode *(*)();
 struct MemberRow {
     const char *name;
     size_t offset;
-    TypeCodeGetter type; // null for enumerators
+    TypeCodeGetter type;  // null for enumerators
     DDS_TypeCodeMemberFlags flags;
     DDS_Long label;
 };
@@ -60,7 +60,7 @@ struct TypeDescription {
     const char *name;
     size_t sampleSize;
     std::span<const MemberRow> members;
-    TypeCodeGetter discriminator; // unions only
+    TypeCodeGetter discriminator;  // unions only
 };
 
 template <typename Sample>
@@ -70,8 +70,8 @@ constexpr TypeDescription structType(const char *name, Extensibility extensibili
 }
 
 template <typename Sample>
-constexpr TypeDescription unionType(const char *name, Extensibility extensibility,
-                                    TypeCodeGetter discriminator, std::span<const MemberRow> members) {
+constexpr TypeDescription unionType(const char *name, Extensibility extensibility, TypeCodeGetter discriminator,
+                                    std::span<const MemberRow> members) {
     return {DDS_TK_UNION, extensibility, name, sizeof(Sample), members, discriminator};
 }
 
@@ -92,8 +92,9 @@ constexpr DDS_Long memberId(DDS_TCKind kind, size_t index) {
 
 constexpr DDS_TypeCode anonymousCode(DDS_TCKind kind, DDS_UnsignedLong length, DDS_UnsignedLong dimension,
                                      size_t sampleSize, const DDS_TypeCodeSequenceOps *sequenceOps) {
-    const DDS_TypeCode code = {kind, nullptr, 0, nullptr, length, dimension, nullptr, nullptr,
-                               DDS_TYPECODE_NO_DEFAULT_INDEX, sampleSize, sequenceOps};
+    const DDS_TypeCode code = {
+        kind,       nullptr,    0, nullptr, length, dimension, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX,
+        sampleSize, sequenceOps};
     return code;
 }
 
@@ -131,9 +132,17 @@ private:
     }
 
     static constinit inline std::array<DDS_TypeCodeMember, memberCount> members_ = layoutMembers();
-    static constinit inline DDS_TypeCode code_ = {
-        storedKind(D.kind, D.extensibility), D.name, static_cast<DDS_UnsignedLong>(memberCount), members_.data(),
-        0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX, D.sampleSize, nullptr};
+    static constinit inline DDS_TypeCode code_ = {storedKind(D.kind, D.extensibility),
+                                                  D.name,
+                                                  static_cast<DDS_UnsignedLong>(memberCount),
+                                                  members_.data(),
+                                                  0,
+                                                  0,
+                                                  nullptr,
+                                                  nullptr,
+                                                  DDS_TYPECODE_NO_DEFAULT_INDEX,
+                                                  D.sampleSize,
+                                                  nullptr};
 };
 
 inline const DDS_TypeCode *longCode() noexcept { return &DDS_g_tc_long; }
@@ -156,8 +165,7 @@ const DDS_TypeCode *arrayCode() noexcept {
 }
 
 // The anonymous code of a sequence record Seq of at most Maximum elements.
-template <typename Seq, DDS_UnsignedLong Maximum, TypeCodeGetter ElementType,
-          const DDS_TypeCodeSequenceOps &Operations>
+template <typename Seq, DDS_UnsignedLong Maximum, TypeCodeGetter ElementType, const DDS_TypeCodeSequenceOps &Operations>
 const DDS_TypeCode *sequenceCode() noexcept {
     static constinit DDS_TypeCode code = anonymousCode(DDS_TK_SEQUENCE, Maximum, 0, sizeof(Seq), &Operations);
     static const bool completed = (code.content_type = ElementType(), true);
@@ -165,27 +173,27 @@ const DDS_TypeCode *sequenceCode() noexcept {
     return &code;
 }
 
-} // namespace vexar::types::typecode
+}  // namespace vexar::types::typecode
 
 // The walker's view of the sequence Seq: adapters over its C operations.
-#define VEXAR_TC_SEQUENCE_OPS(Seq)                                                                         \
-    DDS_TypeCodeSequenceOps {                                                                               \
-        [](void *s) { return Seq##_initialize(static_cast<Seq *>(s)); },                                    \
-        [](void *s) { return Seq##_finalize(static_cast<Seq *>(s)); },                                      \
-        [](void *d, const void *s) -> DDS_Boolean {                                                         \
-            return Seq##_copy(static_cast<Seq *>(d), static_cast<const Seq *>(s)) != nullptr;                \
-        },                                                                                                  \
-        [](void *s) { return Seq##_get_length(static_cast<Seq *>(s)); },                                    \
-        [](void *s, DDS_Long n) { return Seq##_set_length(static_cast<Seq *>(s), n); },                     \
-        [](void *s, DDS_Long n) { return Seq##_set_maximum(static_cast<Seq *>(s), n); },                    \
-        [](void *s, DDS_Long n, DDS_Long m) { return Seq##_ensure_length(static_cast<Seq *>(s), n, m); },   \
-        [](void *s, DDS_Long i) -> void * { return Seq##_get_reference(static_cast<Seq *>(s), i); },        \
-        [](void *s, const DDS_TypeAllocationParams_t *p) {                                                  \
-            return Seq##_set_element_allocation_params(static_cast<Seq *>(s), p);                            \
-        },                                                                                                  \
-        [](void *s, const DDS_TypeDeallocationParams_t *p) {                                                \
-            return Seq##_set_element_deallocation_params(static_cast<Seq *>(s), p);                          \
-        },                                                                                                  \
+#define VEXAR_TC_SEQUENCE_OPS(Seq)                                                                            \
+    DDS_TypeCodeSequenceOps {                                                                                 \
+        [](void *s) { return Seq##_initialize(static_cast<Seq *>(s)); },                                      \
+            [](void *s) { return Seq##_finalize(static_cast<Seq *>(s)); },                                    \
+            [](void *d, const void *s) -> DDS_Boolean {                                                       \
+                return Seq##_copy(static_cast<Seq *>(d), static_cast<const Seq *>(s)) != nullptr;             \
+            },                                                                                                \
+            [](void *s) { return Seq##_get_length(static_cast<Seq *>(s)); },                                  \
+            [](void *s, DDS_Long n) { return Seq##_set_length(static_cast<Seq *>(s), n); },                   \
+            [](void *s, DDS_Long n) { return Seq##_set_maximum(static_cast<Seq *>(s), n); },                  \
+            [](void *s, DDS_Long n, DDS_Long m) { return Seq##_ensure_length(static_cast<Seq *>(s), n, m); }, \
+            [](void *s, DDS_Long i) -> void * { return Seq##_get_reference(static_cast<Seq *>(s), i); },      \
+            [](void *s, const DDS_TypeAllocationParams_t *p) {                                                \
+                return Seq##_set_element_allocation_params(static_cast<Seq *>(s), p);                         \
+            },                                                                                                \
+            [](void *s, const DDS_TypeDeallocationParams_t *p) {                                              \
+                return Seq##_set_element_deallocation_params(static_cast<Seq *>(s), p);                       \
+            },                                                                                                \
     }
 
 #endif

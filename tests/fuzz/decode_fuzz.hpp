@@ -60,8 +60,8 @@ void expectCheckAgrees(const vexar::plugin::TypePlan &plan, const std::uint8_t *
 template <typename T>
 int decode(const vexar::plugin::TypePlan &plan, const std::uint8_t *data, std::size_t size) {
     vexar_test::Owned<T> first, second;
-    bool decoded = Plugin<T>::fromBuffer(first.get(), reinterpret_cast<const char *>(data),
-                                         static_cast<DDS_UnsignedLong>(size));
+    bool decoded =
+        Plugin<T>::fromBuffer(first.get(), reinterpret_cast<const char *>(data), static_cast<DDS_UnsignedLong>(size));
     if (decoded) {
         std::vector<char> encoded = encode(first.sample);
         if (!Plugin<T>::fromBuffer(second.get(), encoded.data(), static_cast<DDS_UnsignedLong>(encoded.size())))
@@ -75,8 +75,8 @@ int decode(const vexar::plugin::TypePlan &plan, const std::uint8_t *data, std::s
 }  // namespace vexar_fuzz
 
 // The fuzz target of Type.
-#define VEXAR_DECODER_FUZZ_TARGET(Type)                                                       \
-    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {       \
+#define VEXAR_DECODER_FUZZ_TARGET(Type)                                                                     \
+    extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {                     \
         const vexar::plugin::TypePlan &plan = vexar::plugin::TypePlugin<Type, Type##_get_typecode>::plan(); \
-        return vexar_fuzz::decode<Type>(plan, data, size);                                    \
+        return vexar_fuzz::decode<Type>(plan, data, size);                                                  \
     }

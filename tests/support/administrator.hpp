@@ -90,8 +90,7 @@ using CollectedResponses = Collected<QTV_VX_ADMIN_CommandResponse, ResponseSeen>
 // `filterLevel` in its branch; the caller sets the other branches.
 struct Request {
     QTV_VX_ADMIN_CommandRequest sample{};
-    Request(QTV_VX_HostAndAppId target, DDS_Long invocation, QTV_VX_ADMIN_CommandKind kind,
-            DDS_Long filterLevel = 0) {
+    Request(QTV_VX_HostAndAppId target, DDS_Long invocation, QTV_VX_ADMIN_CommandKind kind, DDS_Long filterLevel = 0) {
         QTV_VX_ADMIN_CommandRequest_initialize(&sample);
         sample.targetHostAndAppId = target;
         sample.originatorHostAndAppId = {7, 8};
@@ -159,8 +158,8 @@ private:
     template <typename T>
     DDS_Topic *topic(const char *name) {
         EXPECT_EQ(TopicType<T>::registerType(participant_, TopicType<T>::registeredTypeName), DDS_RETCODE_OK);
-        return DDS_DomainParticipant_create_topic(participant_, name, TopicType<T>::registeredTypeName, nullptr, nullptr,
-                                                  0);
+        return DDS_DomainParticipant_create_topic(participant_, name, TopicType<T>::registeredTypeName, nullptr,
+                                                  nullptr, 0);
     }
     DDS_DataReader *reader(DDS_Topic *topic, const DDS_DataReaderQos &qos) {
         return DDS_Subscriber_create_datareader(subscriber_, DDS_Topic_as_topicdescription(topic), &qos, nullptr, 0);

@@ -65,21 +65,21 @@ private:
 template <typename T>
 struct Plugin;
 
-#define VEXAR_TEST_PLUGIN(T)                                                               \
-    template <>                                                                            \
-    struct Plugin<T> {                                                                     \
-        static constexpr auto initialize = T##_initialize;                                 \
-        static constexpr auto finalize = T##_finalize;                                     \
-        static constexpr auto copy = T##_copy;                                             \
-        static constexpr auto serialize = T##Plugin_serialize;                             \
-        static constexpr auto skip = T##Plugin_skip;                                       \
-        static constexpr auto fromBuffer = T##Plugin_deserialize_from_cdr_buffer;          \
-        static constexpr auto toBuffer = T##Plugin_serialize_to_cdr_buffer;                \
-        static constexpr auto maxSize = T##Plugin_get_serialized_sample_max_size;          \
-        static constexpr auto minSize = T##Plugin_get_serialized_sample_min_size;          \
-        static constexpr auto sampleSize = T##Plugin_get_serialized_sample_size;           \
-        static constexpr auto instanceToKeyhash = T##Plugin_instance_to_keyhash;          \
-        static constexpr auto sampleToKeyhash = T##Plugin_serialized_sample_to_keyhash;    \
+#define VEXAR_TEST_PLUGIN(T)                                                            \
+    template <>                                                                         \
+    struct Plugin<T> {                                                                  \
+        static constexpr auto initialize = T##_initialize;                              \
+        static constexpr auto finalize = T##_finalize;                                  \
+        static constexpr auto copy = T##_copy;                                          \
+        static constexpr auto serialize = T##Plugin_serialize;                          \
+        static constexpr auto skip = T##Plugin_skip;                                    \
+        static constexpr auto fromBuffer = T##Plugin_deserialize_from_cdr_buffer;       \
+        static constexpr auto toBuffer = T##Plugin_serialize_to_cdr_buffer;             \
+        static constexpr auto maxSize = T##Plugin_get_serialized_sample_max_size;       \
+        static constexpr auto minSize = T##Plugin_get_serialized_sample_min_size;       \
+        static constexpr auto sampleSize = T##Plugin_get_serialized_sample_size;        \
+        static constexpr auto instanceToKeyhash = T##Plugin_instance_to_keyhash;        \
+        static constexpr auto sampleToKeyhash = T##Plugin_serialized_sample_to_keyhash; \
     }
 
 VEXAR_TEST_PLUGIN(QTV_VX_HostAndAppId);

@@ -72,7 +72,7 @@ struct ReceivedLogMessages {
         if (result == DDS_RETCODE_OK) {
             EXPECT_TRUE(isLoan) << "only an empty sequence is used";
             EXPECT_TRUE(QTV_VX_LogMessageSeq_loan_discontiguous(&data, reinterpret_cast<QTV_VX_LogMessage **>(lent),
-                                                                 count, count));
+                                                                count, count));
         }
         return result;
     }

@@ -28,9 +28,8 @@ public:
                 DDS_RETCODE_OK) {
             return;
         }
-        DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant, QTV_VX_LOG_TOPIC_NAME,
-                                                              QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME, nullptr,
-                                                              nullptr, 0);
+        DDS_Topic *topic = DDS_DomainParticipant_create_topic(
+            participant, QTV_VX_LOG_TOPIC_NAME, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME, nullptr, nullptr, 0);
         if (topic == nullptr) return;
         DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
         qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;

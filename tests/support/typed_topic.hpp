@@ -107,8 +107,8 @@ public:
     TypedParticipant(int domain, const std::string &topicName, DDS_Long depth = 16)
         : Participant(domain), depth_(depth) {
         if (get() == nullptr || Type::registerType(get(), Type::registeredTypeName) != DDS_RETCODE_OK) return;
-        topic_ = DDS_DomainParticipant_create_topic(get(), topicName.c_str(), Type::registeredTypeName, nullptr,
-                                                    nullptr, 0);
+        topic_ =
+            DDS_DomainParticipant_create_topic(get(), topicName.c_str(), Type::registeredTypeName, nullptr, nullptr, 0);
     }
 
     DDS_Topic *topic() const { return topic_; }

@@ -21,9 +21,7 @@ std::optional<std::int32_t> parseHex(std::string_view digits) {
     return static_cast<std::int32_t>(value);
 }
 
-bool isHexDigit(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
+bool isHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 std::optional<std::int32_t> parseIdPart(std::string_view text) {
     if (text.starts_with("0x") || text.starts_with("0X")) return parseHex(text.substr(2));

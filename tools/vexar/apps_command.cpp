@@ -98,8 +98,8 @@ int keepWatching(DomainWatch &watch, const ParsedArguments &arguments, std::int3
 
 }  // namespace
 
-const CommandDescription kAppsCommand{"apps", "", "List the loggers in the domain and their administration State.",
-                               kAppsDetails, kAppsOptions, 0, 0};
+const CommandDescription kAppsCommand{
+    "apps", "", "List the loggers in the domain and their administration State.", kAppsDetails, kAppsOptions, 0, 0};
 
 int runApps(const ParsedArguments &arguments) {
     std::int32_t domain = arguments.domain();

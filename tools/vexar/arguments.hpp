@@ -19,10 +19,10 @@ struct OptionDescription {
 };
 
 struct CommandDescription {
-    std::string_view name;        // "tail"
-    std::string_view operands;    // "HOST:APP LEVEL", for the usage line
-    std::string_view summary;     // one line
-    std::string_view details;     // more lines for --help, may be empty
+    std::string_view name;      // "tail"
+    std::string_view operands;  // "HOST:APP LEVEL", for the usage line
+    std::string_view summary;   // one line
+    std::string_view details;   // more lines for --help, may be empty
     std::span<const OptionDescription> options;
     std::size_t minOperands;
     std::size_t maxOperands;

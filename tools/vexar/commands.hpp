@@ -9,9 +9,9 @@
 namespace vexar::cli {
 
 // Exit statuses beside 0 and kExitUsage (64).
-inline constexpr int kExitFailure = 1;    // DDS could not be used
-inline constexpr int kExitRefused = 2;    // the logger answered NOT_SUPPORTED or ERROR
-inline constexpr int kExitNoAnswer = 3;   // nothing answered, or --count not reached in time
+inline constexpr int kExitFailure = 1;   // DDS could not be used
+inline constexpr int kExitRefused = 2;   // the logger answered NOT_SUPPORTED or ERROR
+inline constexpr int kExitNoAnswer = 3;  // nothing answered, or --count not reached in time
 
 struct Command {
     const CommandDescription &description;

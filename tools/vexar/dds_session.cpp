@@ -21,8 +21,7 @@ OBLX_Config_LoggerDevice gStderrDevice{nullptr, writeToStderr, nullptr};
 void notifySignal(void *signal, DDS_DataReader *) { static_cast<DataSignal *>(signal)->notify(); }
 
 template <class Qos>
-Qos endpointQos(Qos qos, DDS_DurabilityQosPolicyKind durability, DDS_HistoryQosPolicyKind history,
-                DDS_Long depth) {
+Qos endpointQos(Qos qos, DDS_DurabilityQosPolicyKind durability, DDS_HistoryQosPolicyKind history, DDS_Long depth) {
     qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
     qos.durability.kind = durability;
     qos.history = {history, depth};
@@ -92,8 +91,8 @@ DDS_DataWriterQos requestWriterQos() {
 }
 
 Session::Session(std::int32_t domain) : domain_(domain) {
-    participant_ = DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory_get_instance(),
-                                                                   domain, nullptr, nullptr, 0);
+    participant_ = DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory_get_instance(), domain,
+                                                                   nullptr, nullptr, 0);
     if (participant_ == nullptr) throw DdsFailure("cannot join DDS domain " + std::to_string(domain));
     subscriber_ = DDS_DomainParticipant_create_subscriber(participant_, nullptr, nullptr, 0);
     publisher_ = DDS_DomainParticipant_create_publisher(participant_, nullptr, nullptr, 0);

@@ -30,7 +30,7 @@ constexpr std::string_view kDemoDetails =
 
 constexpr std::int32_t kLevels[] = {100, 200, 300, 400, 500, 600, 700, 800};
 constexpr const char *kCategories[] = {"", "net", "db", "ui", "sched"};
-constexpr const char *kEvents[] = {"connection accepted",  "cache refreshed",        "request served",
+constexpr const char *kEvents[] = {"connection accepted",    "cache refreshed",        "request served",
                                    "retrying after timeout", "configuration reloaded", "queue drained",
                                    "checkpoint written"};
 constexpr std::uint64_t kLongMessageEvery = 50;
@@ -109,8 +109,8 @@ private:
 
 }  // namespace
 
-const CommandDescription kDemoCommand{"demo", "", "Run a demo application that logs through Vexar.", kDemoDetails,
-                               kDemoOptions, 0, 0};
+const CommandDescription kDemoCommand{
+    "demo", "", "Run a demo application that logs through Vexar.", kDemoDetails, kDemoOptions, 0, 0};
 
 int runDemo(const ParsedArguments &arguments) {
     DemoSettings settings = settingsFrom(arguments);

@@ -43,10 +43,14 @@ void appendHex(std::string &out, std::string_view prefix, unsigned value, int di
 
 std::string_view shortEscape(char32_t c) {
     switch (c) {
-        case '\n': return "\\n";
-        case '\r': return "\\r";
-        case '\t': return "\\t";
-        default: return {};
+    case '\n':
+        return "\\n";
+    case '\r':
+        return "\\r";
+    case '\t':
+        return "\\t";
+    default:
+        return {};
     }
 }
 

@@ -20,7 +20,7 @@
 namespace vexar::cli {
 
 struct LogLine {
-    std::int64_t seconds = 0;       // source time since the epoch
+    std::int64_t seconds = 0;  // source time since the epoch
     std::uint32_t nanoseconds = 0;
     AppId app;
     std::string_view kind;  // empty while unknown

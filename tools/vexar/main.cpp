@@ -14,8 +14,9 @@ namespace {
 using namespace vexar::cli;
 
 const Command kCommands[] = {
-    {kTailCommand, runTail},         {kAppsCommand, runApps},     {kSetLevelCommand, runSetLevel},
-    {kSetVerbosityCommand, runSetVerbosity}, {kSetFormatCommand, runSetFormat}, {kDemoCommand, runDemo},
+    {kTailCommand, runTail},           {kAppsCommand, runApps},
+    {kSetLevelCommand, runSetLevel},   {kSetVerbosityCommand, runSetVerbosity},
+    {kSetFormatCommand, runSetFormat}, {kDemoCommand, runDemo},
 };
 
 std::string overview() {

@@ -32,8 +32,8 @@ private:
 struct MessageFilter {
     std::optional<std::int32_t> mostVerboseLevel;  // show this level and more severe ones
     std::optional<AppSelector> app;
-    std::optional<std::string> categoryPattern;   // exact text or a shell glob
-    std::optional<Regex> textPattern;             // searched in the message text
+    std::optional<std::string> categoryPattern;  // exact text or a shell glob
+    std::optional<Regex> textPattern;            // searched in the message text
 
     bool matches(const LogLine &line) const;
 };

@@ -8,17 +8,15 @@
 namespace vexar::cli {
 namespace {
 
-constexpr NamedValue kLevels[] = {{"FATAL", 100}, {"SEVERE", 200}, {"ERROR", 300}, {"WARNING", 400},
-                                  {"NOTICE", 500}, {"INFO", 600}, {"DEBUG", 700}, {"TRACE", 800}};
+constexpr NamedValue kLevels[] = {{"FATAL", 100},  {"SEVERE", 200}, {"ERROR", 300}, {"WARNING", 400},
+                                  {"NOTICE", 500}, {"INFO", 600},   {"DEBUG", 700}, {"TRACE", 800}};
 constexpr NamedValue kCategories[] = {
     {"PLATFORM", 0}, {"COMMUNICATION", 1}, {"DATABASE", 2}, {"ENTITIES", 3}, {"API", 4}};
 constexpr NamedValue kVerbosities[] = {{"SILENT", 0},       {"ERROR", 1},         {"WARNING", 2},
                                        {"STATUS_LOCAL", 3}, {"STATUS_REMOTE", 4}, {"STATUS_ALL", 5}};
-constexpr NamedValue kPrintFormats[] = {{"DEFAULT", 0}, {"TIMESTAMPED", 1},         {"VERBOSE", 2},
-                                        {"VERBOSE_TIMESTAMPED", 3}, {"DEBUG", 4}, {"MINIMAL", 5},
-                                        {"MAXIMAL", 6}};
-constexpr NamedValue kStates[] = {
-    {"INITIALIZING", 0}, {"OPERATIONAL", 1}, {"NONOPERATIONAL", 2}, {"SHUTTING_DOWN", 3}};
+constexpr NamedValue kPrintFormats[] = {{"DEFAULT", 0}, {"TIMESTAMPED", 1}, {"VERBOSE", 2}, {"VERBOSE_TIMESTAMPED", 3},
+                                        {"DEBUG", 4},   {"MINIMAL", 5},     {"MAXIMAL", 6}};
+constexpr NamedValue kStates[] = {{"INITIALIZING", 0}, {"OPERATIONAL", 1}, {"NONOPERATIONAL", 2}, {"SHUTTING_DOWN", 3}};
 constexpr NamedValue kCommandResults[] = {{"OK", 0}, {"NOT_SUPPORTED", 1}, {"ERROR", 2}};
 
 char normalized(char c) {

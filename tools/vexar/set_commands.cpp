@@ -19,9 +19,9 @@ constexpr OptionDescription kSetOptions[] = {
     {"timeout", "SECONDS", "wait this long for the answer (default 5; 0: no limit)"},
 };
 
-#define VEXAR_CLI_TARGET_HELP                                                                \
+#define VEXAR_CLI_TARGET_HELP                                                               \
     "HOST:APP names the logger as `vexar apps` shows it (8 hex digits each, or 0x-hex or\n" \
-    "decimal ids), or is an application kind that names exactly one logger.\n"            \
+    "decimal ids), or is an application kind that names exactly one logger.\n"              \
     "Exit status: 0 OK, 2 the logger answered NOT_SUPPORTED or ERROR, 3 no answer in time."
 
 constexpr std::string_view kSetLevelDetails =
@@ -88,8 +88,8 @@ std::optional<AppId> findLoggerOfKind(const std::string &kind, DomainWatch &watc
     if (matches.size() > 1) {
         std::string ids;
         for (AppId id : matches) ids += " " + formatAppId(id);
-        throw UsageError("application kind '" + kind + "' names " + std::to_string(matches.size()) +
-                         " loggers:" + ids + "; give HOST:APP");
+        throw UsageError("application kind '" + kind + "' names " + std::to_string(matches.size()) + " loggers:" + ids +
+                         "; give HOST:APP");
     }
     if (matches.empty()) return std::nullopt;
     return matches.front();
@@ -183,14 +183,22 @@ int sendCommand(const ParsedArguments &arguments, const FillCommand &fill) {
 
 }  // namespace
 
-const CommandDescription kSetLevelCommand{"set-level", "HOST:APP LEVEL", "Set a logger's filter level.", kSetLevelDetails,
-                                   kSetOptions, 2, 2};
-const CommandDescription kSetVerbosityCommand{"set-verbosity", "HOST:APP CATEGORY=VERBOSITY...",
-                                       "Set the verbosity of an application's middleware logger per category.",
-                                       kSetVerbosityDetails, kSetOptions, 2, 1 + 16};
-const CommandDescription kSetFormatCommand{"set-format", "HOST:APP FORMAT",
-                                    "Set the print format of an application's middleware logger.", kSetFormatDetails,
-                                    kSetOptions, 2, 2};
+const CommandDescription kSetLevelCommand{
+    "set-level", "HOST:APP LEVEL", "Set a logger's filter level.", kSetLevelDetails, kSetOptions, 2, 2};
+const CommandDescription kSetVerbosityCommand{"set-verbosity",
+                                              "HOST:APP CATEGORY=VERBOSITY...",
+                                              "Set the verbosity of an application's middleware logger per category.",
+                                              kSetVerbosityDetails,
+                                              kSetOptions,
+                                              2,
+                                              1 + 16};
+const CommandDescription kSetFormatCommand{"set-format",
+                                           "HOST:APP FORMAT",
+                                           "Set the print format of an application's middleware logger.",
+                                           kSetFormatDetails,
+                                           kSetOptions,
+                                           2,
+                                           2};
 
 int runSetLevel(const ParsedArguments &arguments) {
     std::int32_t level = parseNameOrThrow(kLevelNames, arguments.operands[1]);
@@ -201,20 +209,19 @@ int runSetLevel(const ParsedArguments &arguments) {
 }
 
 int runSetVerbosity(const ParsedArguments &arguments) {
-    CategoryVerbosities entries =
-        parseCategoryVerbosities(std::span<const std::string>(arguments.operands).subspan(1));
+    CategoryVerbosities entries = parseCategoryVerbosities(std::span<const std::string>(arguments.operands).subspan(1));
     return sendCommand(arguments, [&entries](QTV_VX_ADMIN_Command &command) {
         command._d = QTV_VX_SET_QTV_LOGGER_LEVEL;
-        if (!QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(
-                &command._u.categoryAndVerbosity, entries.data(), static_cast<DDS_Long>(entries.size()))) {
+        if (!QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(&command._u.categoryAndVerbosity, entries.data(),
+                                                                      static_cast<DDS_Long>(entries.size()))) {
             throw DdsFailure("cannot fill the verbosity command");
         }
     });
 }
 
 int runSetFormat(const ParsedArguments &arguments) {
-    auto format = static_cast<QTV_VX_ADMIN_QTVLoggerPrintFormat>(
-        parseNameOrThrow(kPrintFormatNames, arguments.operands[1]));
+    auto format =
+        static_cast<QTV_VX_ADMIN_QTVLoggerPrintFormat>(parseNameOrThrow(kPrintFormatNames, arguments.operands[1]));
     return sendCommand(arguments, [format](QTV_VX_ADMIN_Command &command) {
         command._d = QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT;
         command._u.printFormat = format;

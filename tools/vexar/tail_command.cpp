@@ -104,9 +104,8 @@ public:
     // Prints what is held once every held application has a kind, or its
     // time is up; then writes the output.
     void releaseHeld(const AppDirectory &apps) {
-        bool allNamed = std::ranges::all_of(held_, [&](const HeldMessage &held) {
-            return !apps.kindOf(held.line.app).empty();
-        });
+        bool allNamed =
+            std::ranges::all_of(held_, [&](const HeldMessage &held) { return !apps.kindOf(held.line.app).empty(); });
         if (!held_.empty() && (allNamed || Clock::now() >= holdUntil_)) {
             for (const HeldMessage &held : held_) {
                 LogLine line = held.view();
@@ -159,8 +158,9 @@ private:
 
 }  // namespace
 
-const CommandDescription kTailCommand{"tail", "", "Print the log messages of every logger in the domain, one line each.",
-                               kTailDetails, kTailOptions, 0, 0};
+const CommandDescription kTailCommand{
+    "tail", "", "Print the log messages of every logger in the domain, one line each.", kTailDetails, kTailOptions,
+    0,      0};
 
 int runTail(const ParsedArguments &arguments) {
     MessageFilter filter = filterFrom(arguments);
