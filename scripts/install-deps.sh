@@ -6,7 +6,7 @@ packages=(
   build-essential cmake ninja-build pkg-config git
   cyclonedds-dev cyclonedds-tools libexpat1-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev libspdlog-dev
-  clang libclang-rt-14-dev valgrind tmux iproute2 procps
+  clang clang-format libclang-rt-14-dev valgrind tmux iproute2 procps
 )
 missing=()
 for p in "${packages[@]}"; do

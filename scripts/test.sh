@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what is missing, checks the layering of the includes,
+# Installs what is missing, checks the layering of the includes and the format,
 # builds and runs every test: once normally, once
 # under AddressSanitizer + UndefinedBehaviorSanitizer, the concurrency tests
 # under ThreadSanitizer, and the decoders under libFuzzer for a bounded time.
@@ -11,8 +11,9 @@ cd "$VEXAR_ROOT"
 phase() { echo; echo "==== $* ===="; }
 ctest_run() { ctest --test-dir "$1" -j"$VEXAR_JOBS" --output-on-failure --no-tests=error "${@:2}"; }
 
-phase "source check: layering"
+phase "source checks: layering and format"
 bash "$VEXAR_ROOT/scripts/check-layers.sh"
+bash "$VEXAR_ROOT/scripts/check-format.sh"
 
 phase "normal build"
 vexar_configure build/test -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_WERROR=ON
