@@ -16,6 +16,7 @@ layers=(
   platform/cdr
   platform/plugin
   platform/filter
+  platform/xml
   platform/dds
   type
   vexar

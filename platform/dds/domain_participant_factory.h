@@ -13,6 +13,7 @@
 #include "platform/dds/listener.h"
 #include "platform/dds/qos.h"
 #include "platform/types/sequence.h"
+#include "platform/dds/xml_configuration.h"
 
 VEXAR_BEGIN_DECLS
 
