@@ -97,6 +97,14 @@ struct Sertype {
     bool keyHoldsBuffers;                   // a key member is (or holds) a string or a sequence
 };
 static_assert(std::is_standard_layout_v<Sertype>);
+
+// Frees the record and the parts it owns; a part that was never made is null.
+void destroyParts(Sertype *type) noexcept {
+    delete type->scratch;
+    delete type->enumerations;
+    delete type->plan;
+    delete type;
+}
 static_assert(std::has_unique_object_representations_v<OBLX_TypePlugin>, "plugins are compared bytewise");
 
 const Sertype &sertypeOf(const ddsi_sertype *type) noexcept { return *reinterpret_cast<const Sertype *>(type); }
@@ -369,8 +377,6 @@ ddsi_serdata *fromSerIov(const ddsi_sertype *type, ddsi_serdata_kind kind, ddsrt
 // instance known only by its hash is not reconstructed.
 ddsi_serdata *fromKeyhash(const ddsi_sertype *, const ddsi_keyhash *) noexcept { return nullptr; }
 
-// Into the caller's initialized sample; a key-only serdata (dispose,
-// unregister) fills the key fields alone.
 // Back to initial values, keeping the sample's buffers: by the compiled plan,
 // or the type code's walk for a type the plan cannot describe.
 void resetSample(const Sertype &type, void *sample) noexcept {
@@ -467,11 +473,7 @@ void getKeyhash(const ddsi_serdata *dBase, ddsi_keyhash *out, bool forceMd5) noe
 
 void freeSertype(ddsi_sertype *typeBase) noexcept {
     ddsi_sertype_fini(typeBase);
-    auto *type = reinterpret_cast<Sertype *>(typeBase);
-    delete type->scratch;
-    delete type->enumerations;
-    delete type->plan;
-    delete type;
+    destroyParts(reinterpret_cast<Sertype *>(typeBase));
 }
 
 const DDS_TypeCode &typeCodeOf(const ddsi_sertype *type) noexcept { return *sertypeOf(type).plugin.type_code; }
@@ -569,10 +571,7 @@ ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registere
         // what could not be made stays null
     }
     if (type->scratch == nullptr || type->enumerations == nullptr || type->plan == nullptr) {
-        delete type->scratch;
-        delete type->enumerations;
-        delete type->plan;
-        delete type;
+        destroyParts(type);
         return nullptr;
     }
     type->keyed = plugin->get_key_kind() != OBLX_TYPEPLUGIN_NO_KEY;

@@ -174,13 +174,11 @@ struct DDS_DataWriterImpl : DDS_EntityImpl {
     std::atomic<bool> batched{false};
 };
 
-// Samples that Cyclone lent to the application, with their infos. The
-// sample pointer array is what the application's sequence holds, so it
-// names the loan when it comes back.
-// A returned loan keeps its buffers for the next take of its reader.
 // Samples lent to the application: a reader's own array of initialized
 // samples, which a read or take fills as it would an application's buffer,
-// kept from loan to loan so that a loaned read allocates nothing.
+// kept from loan to loan so that a loaned read allocates nothing. The sample
+// pointer array is what the application's sequence holds, so it names the
+// loan when it comes back.
 struct ReaderLoan {
     explicit ReaderLoan(const DDS_TypeCode &type) noexcept : type(type) {}
     ~ReaderLoan() { vexar::types::sample::array::destroy(type, base); }
