@@ -24,6 +24,7 @@ extern const CommandDescription kSetLevelCommand;
 extern const CommandDescription kSetVerbosityCommand;
 extern const CommandDescription kSetFormatCommand;
 extern const CommandDescription kDemoCommand;
+extern const CommandDescription kConfigCommand;
 
 int runTail(const ParsedArguments &arguments);
 int runApps(const ParsedArguments &arguments);
@@ -31,5 +32,6 @@ int runSetLevel(const ParsedArguments &arguments);
 int runSetVerbosity(const ParsedArguments &arguments);
 int runSetFormat(const ParsedArguments &arguments);
 int runDemo(const ParsedArguments &arguments);
+int runConfig(const ParsedArguments &arguments);
 
 }  // namespace vexar::cli

@@ -3,6 +3,7 @@
 // remote commands of `vexar set-*` through its logger.
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -10,7 +11,9 @@
 #include "dds_session.hpp"
 #include "names.hpp"
 #include "usage_error.hpp"
+#include "platform/dds/domain_participant_factory.h"
 #include "vexar/Vexar.h"
+#include "xml_files.hpp"
 
 namespace vexar::cli {
 namespace {
@@ -22,6 +25,10 @@ constexpr OptionDescription kDemoOptions[] = {
     {"level", "LEVEL", "initial filter level (default INFO)"},
     {"queue", "N", "size of the logger's message queue (default 128)"},
     {"echo", "", "echo every message on standard output too"},
+    {"config", "FILE", "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
+                       "the level, the queue and the echo"},
+    {"qos-library", "NAME", "QoS library of the logger's entities (with --qos-profile)"},
+    {"qos-profile", "NAME", "QoS profile in that library"},
 };
 
 constexpr std::string_view kDemoDetails =
@@ -46,6 +53,9 @@ struct DemoSettings {
     std::int32_t queueSize;
     bool echo;
     std::int32_t domain;
+    std::optional<std::string> configFile;
+    std::optional<std::string> qosLibrary;
+    std::optional<std::string> qosProfile;
 };
 
 DemoSettings settingsFrom(const ParsedArguments &arguments) {
@@ -59,6 +69,12 @@ DemoSettings settingsFrom(const ParsedArguments &arguments) {
     settings.queueSize = arguments.integer("queue", 128, 1, 1 << 20);
     settings.echo = arguments.has("echo");
     settings.domain = arguments.domain();
+    settings.configFile = arguments.value("config");
+    settings.qosLibrary = arguments.value("qos-library");
+    settings.qosProfile = arguments.value("qos-profile");
+    if (settings.qosLibrary.has_value() != settings.qosProfile.has_value()) {
+        throw UsageError("--qos-library and --qos-profile go together");
+    }
     return settings;
 }
 
@@ -70,25 +86,89 @@ std::string messageText(std::uint64_t index) {
     return text + ")";
 }
 
-// The options live as long as the logger: it keeps them by pointer.
-class DemoLogger {
+void nameQosProfile(QTV_VX_Options *options, const DemoSettings &settings) {
+    if (!settings.qosLibrary) return;
+    if (QTV_VX_Options_setQosLibrary(options, settings.qosLibrary->c_str()) != DDS_RETCODE_OK ||
+        QTV_VX_Options_setQosProfile(options, settings.qosProfile->c_str()) != DDS_RETCODE_OK) {
+        throw DdsFailure("cannot set the QoS profile's names");
+    }
+}
+
+// Options made from the command line. The logger keeps them by pointer:
+// they live as long as it does.
+class CommandLineOptions {
 public:
-    explicit DemoLogger(const DemoSettings &settings) : options_(QTV_VX_Options_createDefault()) {
+    explicit CommandLineOptions(const DemoSettings &settings) : options_(QTV_VX_Options_createDefault()) {
         if (options_ == nullptr) throw DdsFailure("cannot create the logger's options");
         QTV_VX_Options_setDomainId(options_, settings.domain);
         QTV_VX_Options_setApplicationKind(options_, settings.kind.c_str());
         QTV_VX_Options_setFilterLevel(options_, settings.filterLevel);
         QTV_VX_Options_setQueueSize(options_, settings.queueSize);
         QTV_VX_Options_setEchoToStdout(options_, settings.echo ? 1 : 0);
-        if (QTV_VX_Vexar_setOptions(options_) != 1 || (logger_ = QTV_VX_Vexar_getInstance()) == nullptr) {
+        try {
+            nameQosProfile(options_, settings);
+        } catch (...) {
             QTV_VX_Options_delete(options_);
-            throw DdsFailure("cannot start the logger");
+            throw;
         }
     }
-    ~DemoLogger() {
-        QTV_VX_Vexar_finalizeInstance();
-        QTV_VX_Options_delete(options_);
+    ~CommandLineOptions() { QTV_VX_Options_delete(options_); }
+    CommandLineOptions(const CommandLineOptions &) = delete;
+    CommandLineOptions &operator=(const CommandLineOptions &) = delete;
+
+    QTV_VX_Vexar *start() {
+        if (QTV_VX_Vexar_setOptions(options_) != 1) return nullptr;
+        return QTV_VX_Vexar_getInstance();
     }
+
+private:
+    QTV_VX_Options *options_;
+};
+
+// Options from the vexar element of a file, on a participant of the demo's
+// own: the element and the participant outlive the logger.
+class XmlOptions {
+public:
+    explicit XmlOptions(const DemoSettings &settings) : settings_(settings) {
+        if (!files_.load(*settings.configFile)) throw DdsFailure("cannot load " + *settings.configFile);
+        QTV_VX_XMLConfig *element = files_.vexarElement();
+        options_ = QTV_VX_XMLConfig_getVXOptions(element);
+        if (options_ == nullptr) throw DdsFailure(*settings.configFile + " holds no vexar element");
+        if (options_->enabled == 0) throw DdsFailure("the vexar element of " + *settings.configFile + " is not enabled");
+        nameQosProfile(options_, settings);
+        participant_ = DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory_get_instance(),
+                                                                       settings.domain, nullptr, nullptr, 0);
+        if (participant_ == nullptr) throw DdsFailure("cannot create a participant");
+    }
+    ~XmlOptions() {
+        if (participant_ != nullptr) {
+            DDS_DomainParticipantFactory_delete_participant(DDS_DomainParticipantFactory_get_instance(), participant_);
+        }
+    }
+    XmlOptions(const XmlOptions &) = delete;
+    XmlOptions &operator=(const XmlOptions &) = delete;
+
+    QTV_VX_Vexar *start() {
+        if (QTV_VX_XMLConfig_startWithXMLConfiguration(participant_, options_, settings_.kind.c_str()) != 1) {
+            return nullptr;
+        }
+        return QTV_VX_Vexar_getInstance();
+    }
+
+private:
+    const DemoSettings &settings_;
+    XmlFiles files_;
+    QTV_VX_Options *options_ = nullptr;
+    DDS_DomainParticipant *participant_ = nullptr;
+};
+
+template <class Options>
+class DemoLogger {
+public:
+    explicit DemoLogger(const DemoSettings &settings) : options_(settings), logger_(options_.start()) {
+        if (logger_ == nullptr) throw DdsFailure("cannot start the logger");
+    }
+    ~DemoLogger() { QTV_VX_Vexar_finalizeInstance(); }
     DemoLogger(const DemoLogger &) = delete;
     DemoLogger &operator=(const DemoLogger &) = delete;
 
@@ -103,19 +183,13 @@ public:
     }
 
 private:
-    QTV_VX_Options *options_;
-    QTV_VX_Vexar *logger_ = nullptr;
+    Options options_;
+    QTV_VX_Vexar *logger_;
 };
 
-}  // namespace
-
-const CommandDescription kDemoCommand{
-    "demo", "", "Run a demo application that logs through Vexar.", kDemoDetails, kDemoOptions, 0, 0};
-
-int runDemo(const ParsedArguments &arguments) {
-    DemoSettings settings = settingsFrom(arguments);
-    installStopHandlers();
-    DemoLogger logger(settings);
+template <class Options>
+int runDemoWith(const DemoSettings &settings) {
+    DemoLogger<Options> logger(settings);
     std::printf("demo %s kind %s on domain %d: %d messages/s%s\n", formatAppId(logger.id()).c_str(),
                 settings.kind.c_str(), settings.domain, settings.rate,
                 settings.duration > 0 ? "" : " until interrupted");
@@ -136,6 +210,17 @@ int runDemo(const ParsedArguments &arguments) {
                 static_cast<unsigned long long>(logged));
     std::fflush(stdout);
     return 0;
+}
+
+}  // namespace
+
+const CommandDescription kDemoCommand{
+    "demo", "", "Run a demo application that logs through Vexar.", kDemoDetails, kDemoOptions, 0, 0};
+
+int runDemo(const ParsedArguments &arguments) {
+    DemoSettings settings = settingsFrom(arguments);
+    installStopHandlers();
+    return settings.configFile ? runDemoWith<XmlOptions>(settings) : runDemoWith<CommandLineOptions>(settings);
 }
 
 }  // namespace vexar::cli
