@@ -56,6 +56,7 @@ TEST(MessageQueue, RefusesNullArgumentsAndWhenFullAndFreesWhatIsLeft) {
     noText.message.message = nullptr;
     EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_push(queue.get(), &noText), 0); }),
               "VX Error: QTV_VX_MessageQueue_push: Message queue or message to push is NULL\n");
+    // "MEssageQueue" is deliberate: the published report text.
     EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_front(nullptr, &kNoWait), nullptr); }),
               "VX Error: QTV_VX_MEssageQueue_front: Message queue is NULL\n");
     EXPECT_EQ(capturedStdout([&] { EXPECT_EQ(QTV_VX_MessageQueue_new(nullptr), nullptr); }),

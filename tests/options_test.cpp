@@ -27,6 +27,7 @@ TEST(Options, NullRecordsAndOutOfRangeValuesAreRefusedWithALine) {
     QTV_VX_Options *o = options.get();
     const std::string isNull = "QTV_VX_Options is null";
     const long long bad = DDS_RETCODE_BAD_PARAMETER;
+    // "hetDomainId" and "QTV_VX_Option s" are deliberate: the published report texts.
     const struct {
         std::string printed;
         std::function<long long()> call;

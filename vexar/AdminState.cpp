@@ -123,6 +123,7 @@ void QTV_VX_Vexar_disable(void) {
     vexar::setStateKind(*self, QTV_VX_STATE_NONOPERATIONAL);
     vexar::refreshLevelGate(*self);
     vexar::stopWriteThread(self->logMessageWriteThread);
+    // "Write" in capitals is deliberate: the published report text.
     if (QTV_VX_Vexar_writeState(self) != 1) vexar::reportWarning("Unable to Write State", "QTV_VX_Vexar_disable");
 }
 

@@ -50,6 +50,7 @@ constexpr TopicPlan kCommandRequestTopic{QTV_VX_COMMAND_REQUEST_TOPIC_NAME,
                                          "Unable to register CommandRequest type",
                                          "Unable to get QoS for CommandRequest's Topic",
                                          "Unable to create CommandRequest Topic"};
+// "CommandResponse Type" in capitals is deliberate: the published report text.
 constexpr TopicPlan kCommandResponseTopic{QTV_VX_COMMAND_RESPONSE_TOPIC_NAME,
                                           QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME,
                                           QTV_VX_ADMIN_CommandResponseTypeSupport_register_type,
@@ -120,6 +121,7 @@ bool learnRtpsIds(QTV_VX_DDSEntities &self, QTV_VX_Vexar &logger) noexcept {
     self.rtpsHostId = qos.value.wire_protocol.rtps_host_id;
     self.rtpsAppId = qos.value.wire_protocol.rtps_app_id;
     if (result != DDS_RETCODE_OK) {
+        // "to create update" is deliberate: the published report text.
         return fail("Unable to get Domain Participant QoS to create update HostId and AppId:");
     }
     if (logger.state != nullptr) {
@@ -199,6 +201,7 @@ bool listenForStateReaders(QTV_VX_DDSEntities &self, QTV_VX_Vexar &logger) noexc
     self.stateWriterListener = DDS_DataWriterListener{&logger, QTV_VX_DDSEntities_stateWriterOnPublicationMatched};
     DDS_ReturnCode_t result = DDS_DataWriter_set_listener(QTV_VX_ADMIN_StateDataWriter_as_datawriter(self.stateWriter),
                                                           &self.stateWriterListener, DDS_PUBLICATION_MATCHED_STATUS);
+    // "DataWrite" is deliberate: the published report text.
     return result == DDS_RETCODE_OK || fail("Unable to set listener in State DataWrite");
 }
 

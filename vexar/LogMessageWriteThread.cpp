@@ -87,6 +87,7 @@ bool prepare(LogMessageWriteThread &self, DDS_Long queueSize) noexcept {
     constexpr const char *source = "LogMessageWriteThread_create";
     self.qtvLogger = OBLX_Config_Logger_get_instance();
     if (self.qtvLogger == nullptr) {
+        // "access to" is deliberate: the published report text.
         vexar::reportError("Unable to access to QTV Logger", source);
         return false;
     }
@@ -151,6 +152,7 @@ void *LogMessageWriteThread_run(void *arg) {
     DDS_UnsignedLong id = OBLX_Thread_currentId();
     vexar::shared(self.threadId).store(id);
     if (id == 0) {
+        // "WrteThread" is deliberate: the published report text.
         vexar::reportError("Unable to get WrteThread ID.", "LogMessageWriteThread_run");
     } else {
         drainUntilStopped(self);

@@ -188,6 +188,7 @@ DDS_Long QTV_VX_MessageQueue_push(QTV_VX_MessageQueue *self, const QTV_VX_LogMes
 }
 
 const QTV_VX_LogMessagePlusTime *QTV_VX_MessageQueue_front(QTV_VX_MessageQueue *self, const OBLX_Time_t *timeout) {
+    // "MEssageQueue" is deliberate: the published report text.
     constexpr const char *source = "QTV_VX_MEssageQueue_front";
     if (!present(self, source)) {
         return nullptr;

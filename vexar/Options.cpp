@@ -105,6 +105,7 @@ DDS_Long QTV_VX_Options_copy(QTV_VX_Options *destination, const QTV_VX_Options *
         return 0;
     }
     if (origin == nullptr) {
+        // "QTV_VX_Option s" is deliberate: the published report text.
         reportError("Pointer to origin QTV_VX_Option s is NULL", source);
         return 0;
     }
@@ -113,6 +114,7 @@ DDS_Long QTV_VX_Options_copy(QTV_VX_Options *destination, const QTV_VX_Options *
     destination->filterLevel = origin->filterLevel;
     destination->queueSize = origin->queueSize;
     destination->domainId = origin->domainId;
+    // "to to" is deliberate: the published report text.
     if (!copyText(destination->applicationKind, origin->applicationKind, "Unable to to copy Application Kind") ||
         !copyText(destination->qosLibrary, origin->qosLibrary, "Unable to copy QoS library") ||
         !copyText(destination->qosProfile, origin->qosProfile, "Unable to copy QoS profile")) {
@@ -165,6 +167,7 @@ DDS_ReturnCode_t QTV_VX_Options_setFilterLevel(QTV_VX_Options *self, DDS_Long le
 }
 
 DDS_Long QTV_VX_Options_getDomainId(const QTV_VX_Options *self) {
+    // "hetDomainId" is deliberate: the published report names the getter so.
     return present(self, "QTV_VX_Options_hetDomainId") ? static_cast<DDS_Long>(self->domainId) : -1;
 }
 

@@ -114,6 +114,7 @@ void QTV_VX_Vexar_CommandRequestListener_on_data_available(void *listener_data, 
                                                    DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
     if (result == DDS_RETCODE_NO_DATA) return;
     if (result != DDS_RETCODE_OK) {
+        // "ComandRequest" is deliberate: the published report text.
         reportError("Unable to take ComandRequest from DataReader", kOnDataAvailable);
         return;
     }

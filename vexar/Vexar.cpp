@@ -136,6 +136,7 @@ QTV_VX_Vexar *build(QTV_VX_Vexar *self) noexcept {
     }
     if (!becomeOperational(*self)) return failCreation(self, "Unable to write State");
     if (self->options->logInfrastructureMessages != 0 && !captureInfrastructureMessages(*self)) {
+        // "hoop up" is deliberate: the published report text.
         return failCreation(self, "Unable to hoop up QTV Logger");
     }
     return self;
@@ -154,6 +155,7 @@ void createSingleton() noexcept {
     }
     vexar::refreshLevelGate(*created);
     QTV_VX_Vexar_unmaskSystemVerbosity(saved);
+    // "Write" in capitals is deliberate: the published report text.
     if (!vexar::publishVerbosities(*created)) vexar::reportWarning("Unable to Write State", kGetInstanceSource);
     setInitialized(true);
 }
