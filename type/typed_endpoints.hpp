@@ -98,7 +98,7 @@ struct TypedReader : EndpointCast<typename Traits::Reader, DDS_DataReader> {
     static DDS_DataReader *asDataReader(Reader *reader) noexcept { return Cast::widen(reader, names); }
 
     // Read or take through `untypedForm` (one of the untyped operations of
-    // platform/data_reader.h), whose own arguments (states, handle,
+    // platform/dds/data_reader.h), whose own arguments (states, handle,
     // condition, take flag) follow the common ones in `selection`. The
     // middleware either lends its samples (an empty owning sequence) or
     // copies into the sequence's buffer.

@@ -2,7 +2,7 @@
  * their sequences.
  *
  * Every type has the same family of operations, told once here:
- *   <Type>_get_typecode()             its type code (platform/typecode.h)
+ *   <Type>_get_typecode()             its type code (platform/types/typecode.h)
  *   <Type>_initialize(sample)         initialize_ex(sample, true, true)
  *   <Type>_initialize_ex(sample, allocatePointers, allocateMemory)
  *   <Type>_initialize_w_params(sample, params)
@@ -214,7 +214,7 @@ QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_CommandRequest);
 QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_CommandResult);
 QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_CommandResponse);
 
-/* ---- The sequence of every type (platform/sequence.h). ---- */
+/* ---- The sequence of every type (platform/types/sequence.h). ---- */
 
 OBLX_SEQUENCE_DECLARE(QTV_VX_HostAndAppIdSeq, QTV_VX_HostAndAppId);
 OBLX_SEQUENCE_DECLARE(QTV_VX_LogMessageSeq, QTV_VX_LogMessage);

@@ -1,5 +1,5 @@
 // The encoding plugin functions of the Vexar data types: one generic
-// implementation (platform/type_plugin.hpp) instantiated per type.
+// implementation (platform/plugin/type_plugin.hpp) instantiated per type.
 #include "type/vexarPlugin.h"
 
 #include "platform/plugin/type_plugin.hpp"

@@ -10,7 +10,7 @@
  *
  * Common arguments:
  *   endpoint_data          the endpoint's plugin state; may be null
- *   stream                 platform/cdr_stream.h
+ *   stream                 platform/cdr/cdr_stream.h
  *   *_encapsulation        whether the 4-byte encapsulation header is written
  *                          or read; a written header restarts alignment after it
  *   encapsulation_id       0 CDR_BE, 1 CDR_LE, 2 PL_CDR_BE, 3 PL_CDR_LE; a
@@ -128,7 +128,7 @@ QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_CommandResponse);
 /* ---- Plugin records of the topic types --------------------------------
  *
  * The four topic types (LogMessage, State, CommandRequest, CommandResponse)
- * also have a plugin record (platform/type_plugin.h) and the functions that
+ * also have a plugin record (platform/plugin/type_plugin.h) and the functions that
  * fill it. A key holder is a sample of the same type.
  *
  *   <Type>PluginSupport_create_data_w_params(params), _create_data_ex(allocate_pointers), _create_data()

@@ -1,5 +1,5 @@
 // The plugin records of the four topic types: one generic implementation
-// (platform/type_plugin_record.hpp) instantiated per type.
+// (platform/plugin/type_plugin_record.hpp) instantiated per type.
 #include "platform/plugin/type_plugin_record.hpp"
 #include "type/vexarPlugin.h"
 

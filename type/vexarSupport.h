@@ -49,7 +49,7 @@
  *   as_datawriter(writer)             the untyped writer; null reported as "null writer".
  *   register_instance(_w_timestamp, _w_params), unregister_instance(...),
  *   write(...), dispose(...), get_key_value, lookup_instance
- *       forward to the untyped operations of platform/data_writer.h, which
+ *       forward to the untyped operations of platform/dds/data_writer.h, which
  *       tell handles, timestamps and results. The _w_timestamp forms stamp
  *       the sample with the time that readers see in
  *       DDS_SampleInfo.source_timestamp.

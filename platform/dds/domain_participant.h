@@ -2,7 +2,7 @@
  * content-filtered topics, publishers and subscribers of one domain, and
  * holds their default QoS.
  *
- * A participant is made by the factory (platform/domain_participant_factory.h)
+ * A participant is made by the factory (platform/dds/domain_participant_factory.h)
  * or adopted from an application that already has a Cyclone participant
  * (OBLX_DomainParticipant_adoptCyclone). Either way it is deleted with
  * DDS_DomainParticipantFactory_delete_participant, which deletes the
@@ -81,7 +81,7 @@ VEXAR_API DDS_Topic *DDS_DomainParticipant_create_topic(DDS_DomainParticipant *s
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_delete_topic(DDS_DomainParticipant *self, DDS_Topic *topic);
 
 /* A filtered view of `related_topic`: readers created on it see only the
- * samples for which `filter_expression` holds (see platform/content_filter.hpp
+ * samples for which `filter_expression` holds (see platform/filter/content_filter.hpp
  * for the language; %0, %1, ... take `expression_parameters` in order, which
  * may be null when there are none). The expression is checked against the
  * type when the topic is created: a bad expression is reported with its

@@ -237,7 +237,7 @@ bool put(dds_qos_t &cyclone, const DDS_ProtocolQosPolicy &policy, const char *) 
 }
 
 // Not a QoS in Cyclone but a switch for the process: the writer sets it
-// when it is created (see platform/qos.h).
+// when it is created (see platform/dds/qos.h).
 bool put(dds_qos_t &, const DDS_BatchQosPolicy &, const char *) noexcept { return true; }
 
 bool put(dds_qos_t &cyclone, const DDS_EntityNameQosPolicy &policy, const char *) noexcept {

@@ -125,7 +125,7 @@ typedef struct DDS_DestinationOrderQosPolicy {
 } DDS_DestinationOrderQosPolicy;
 
 /* Both strings are owned by the record: set them with DDS_String_dup
- * (platform/dds_string.h); _finalize frees them. Null means unset. */
+ * (platform/runtime/dds_string.h); _finalize frees them. Null means unset. */
 typedef struct DDS_EntityNameQosPolicy {
     char *name;
     char *role_name;

@@ -1,5 +1,5 @@
 // The reader's sample, view and instance states between their OMG bit
-// values (platform/entity.h) and Cyclone's, and sample infos from Cyclone's.
+// values (platform/dds/entity.h) and Cyclone's, and sample infos from Cyclone's.
 #pragma once
 
 #include "platform/dds/entity.hpp"

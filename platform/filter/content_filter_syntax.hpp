@@ -1,4 +1,4 @@
-// The parsed form of a content filter expression (platform/content_filter.hpp):
+// The parsed form of a content filter expression (platform/filter/content_filter.hpp):
 // its comparisons in the order written, each with its two values as they
 // stand in the text and the branch targets that join them. Member paths are
 // resolved here; literals and parameters are converted when they are bound.

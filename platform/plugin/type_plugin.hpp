@@ -1,7 +1,7 @@
 // The plugin functions of one data type, over its type code.
 //
 // TypePlugin<Sample, getter> implements every <Type>Plugin_ operation once
-// for all types with the encoding walker (cdr_walker.hpp): the encapsulation
+// for all types with the encoding walker (platform/cdr/encoding.hpp): the encapsulation
 // header, the header form, sizes and keys. VEXAR_DEFINE_PLUGIN_OPERATIONS
 // emits the C functions of one type as thin wrappers.
 #pragma once

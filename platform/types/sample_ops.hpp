@@ -4,8 +4,7 @@
 // of any type; SampleOperations<Sample, getter> gives one type the eight
 // operations of its C family (and serves as its sequences' element traits),
 // and VEXAR_DEFINE_SAMPLE_OPERATIONS emits the C functions.
-#ifndef VEXAR_PLATFORM_SAMPLE_OPS_HPP
-#define VEXAR_PLATFORM_SAMPLE_OPS_HPP
+#pragma once
 
 #include "platform/types/type_params.h"
 #include "platform/types/typecode.h"
@@ -99,5 +98,3 @@ struct SampleOperations {
         return ::vexar::types::sample::SampleOperations<Type, Type##_get_typecode>::copy(dst, src);                   \
     }                                                                                                                 \
     }
-
-#endif

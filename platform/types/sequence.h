@@ -5,7 +5,7 @@
  * discontiguous buffer) from someone else, typically a DataReader. Every
  * element type gets the same record and the same operations, declared here
  * by OBLX_SEQUENCE_DECLARE and defined by OBLX_SEQUENCE_DEFINE
- * (platform/sequence.hpp).
+ * (platform/types/sequence.hpp).
  *
  * A zero-filled or statically declared sequence is usable at once: every
  * operation except initialize and the element-parameter accessors

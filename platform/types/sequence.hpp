@@ -1,8 +1,7 @@
 // The sequence family, written once: Sequence<Record, Traits> implements
-// every operation of platform/sequence.h over one record type, and
+// every operation of platform/types/sequence.h over one record type, and
 // OBLX_SEQUENCE_DEFINE emits the C functions of one instantiation.
-#ifndef VEXAR_PLATFORM_SEQUENCE_HPP
-#define VEXAR_PLATFORM_SEQUENCE_HPP
+#pragma once
 
 #include <algorithm>
 #include <concepts>
@@ -727,5 +726,3 @@ private:
     }                                                                                                                \
     }                                                                                                                \
     static_assert(true, "a semicolon follows the macro")
-
-#endif

@@ -7,8 +7,7 @@
 // other types' codes by calling their getters. The function-local static
 // is the completion flag: concurrent first calls are safe and later calls
 // cost one load.
-#ifndef VEXAR_PLATFORM_TYPECODE_BUILDER_HPP
-#define VEXAR_PLATFORM_TYPECODE_BUILDER_HPP
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -195,5 +194,3 @@ const DDS_TypeCode *sequenceCode() noexcept {
                 return Seq##_set_element_deallocation_params(static_cast<Seq *>(s), p);                       \
             },                                                                                                \
     }
-
-#endif

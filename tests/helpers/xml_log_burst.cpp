@@ -82,7 +82,8 @@ public:
         if (vexarClass_ == nullptr) {
             return QTV_VX_Vexar_setOptions(options_) == 1 ? QTV_VX_Vexar_getInstance() : nullptr;
         }
-        if (participant_ == nullptr || QTV_VX_XMLConfig_startWithXMLConfiguration(participant_, options_, "burst") != 1) {
+        if (participant_ == nullptr ||
+            QTV_VX_XMLConfig_startWithXMLConfiguration(participant_, options_, "burst") != 1) {
             return nullptr;
         }
         return QTV_VX_Vexar_getInstance();
@@ -99,8 +100,7 @@ bool subscriberMatched(const QTV_VX_Vexar *logger) {
     DDS_PublicationMatchedStatus status = DDS_PublicationMatchedStatus_INITIALIZER;
     DDS_DataWriter *writer =
         QTV_VX_LogMessageDataWriter_as_datawriter(QTV_VX_DDSEntities_getLogMessageWriter(logger->_ddsEntities));
-    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
-           status.current_count > 0;
+    return DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK && status.current_count > 0;
 }
 
 }  // namespace
@@ -127,9 +127,9 @@ int main(int argc, char **argv) {
         return queue.settled() == queue.queued;
     });
     const vexar::QueueOutcomes queue = vexar::queueOutcomes();
-    std::printf("queued %llu dropped %llu published %llu failed %llu\n",
-                static_cast<unsigned long long>(calls.queued), static_cast<unsigned long long>(calls.dropped),
-                static_cast<unsigned long long>(queue.published), static_cast<unsigned long long>(queue.failed));
+    std::printf("queued %llu dropped %llu published %llu failed %llu\n", static_cast<unsigned long long>(calls.queued),
+                static_cast<unsigned long long>(calls.dropped), static_cast<unsigned long long>(queue.published),
+                static_cast<unsigned long long>(queue.failed));
     std::fflush(stdout);
     return drained ? kOk : kNotDrained;
 }

@@ -64,21 +64,17 @@ int save(const ParsedArguments &arguments) {
     for (std::size_t i = 1; i < arguments.operands.size(); ++i) {
         if (!files.load(arguments.operands[i])) return kExitFailure;
     }
-    return DDS_DomainParticipantFactory_save_xml(DDS_DomainParticipantFactory_get_instance(), stdout) ==
-                   DDS_RETCODE_OK
+    return DDS_DomainParticipantFactory_save_xml(DDS_DomainParticipantFactory_get_instance(), stdout) == DDS_RETCODE_OK
                ? 0
                : kExitFailure;
 }
 
 }  // namespace
 
-const CommandDescription kConfigCommand{"config",
-                                        "check|save FILE...",
-                                        "Check XML configuration files, or print them back.",
-                                        kConfigDetails,
-                                        kConfigOptions,
-                                        2,
-                                        SIZE_MAX};
+const CommandDescription kConfigCommand{
+    "config",       "check|save FILE...", "Check XML configuration files, or print them back.",
+    kConfigDetails, kConfigOptions,       2,
+    SIZE_MAX};
 
 int runConfig(const ParsedArguments &arguments) {
     const std::string &action = arguments.operands.front();

@@ -25,8 +25,9 @@ constexpr OptionDescription kDemoOptions[] = {
     {"level", "LEVEL", "initial filter level (default INFO)"},
     {"queue", "N", "size of the logger's message queue (default 128)"},
     {"echo", "", "echo every message on standard output too"},
-    {"config", "FILE", "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
-                       "the level, the queue and the echo"},
+    {"config", "FILE",
+     "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
+     "the level, the queue and the echo"},
     {"qos-library", "NAME", "QoS library of the logger's entities (with --qos-profile)"},
     {"qos-profile", "NAME", "QoS profile in that library"},
 };
@@ -134,7 +135,8 @@ public:
         QTV_VX_XMLConfig *element = files_.vexarElement();
         options_ = QTV_VX_XMLConfig_getVXOptions(element);
         if (options_ == nullptr) throw DdsFailure(*settings.configFile + " holds no vexar element");
-        if (options_->enabled == 0) throw DdsFailure("the vexar element of " + *settings.configFile + " is not enabled");
+        if (options_->enabled == 0)
+            throw DdsFailure("the vexar element of " + *settings.configFile + " is not enabled");
         nameQosProfile(options_, settings);
         participant_ = DDS_DomainParticipantFactory_create_participant(DDS_DomainParticipantFactory_get_instance(),
                                                                        settings.domain, nullptr, nullptr, 0);

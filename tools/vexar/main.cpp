@@ -16,7 +16,8 @@ using namespace vexar::cli;
 const Command kCommands[] = {
     {kTailCommand, runTail},           {kAppsCommand, runApps},
     {kSetLevelCommand, runSetLevel},   {kSetVerbosityCommand, runSetVerbosity},
-    {kSetFormatCommand, runSetFormat}, {kDemoCommand, runDemo}, {kConfigCommand, runConfig},
+    {kSetFormatCommand, runSetFormat}, {kDemoCommand, runDemo},
+    {kConfigCommand, runConfig},
 };
 
 std::string overview() {

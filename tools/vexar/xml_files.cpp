@@ -21,7 +21,8 @@ void printParseError(const char *message, const char *, DDS_UnsignedLong line) {
 // while loading, its lines carry no decoration of their own.
 class BareDiagnostics {
 public:
-    BareDiagnostics() : logger_(OBLX_Config_Logger_get_instance()), format_(OBLX_Config_Logger_get_print_format(logger_)) {
+    BareDiagnostics()
+        : logger_(OBLX_Config_Logger_get_instance()), format_(OBLX_Config_Logger_get_print_format(logger_)) {
         OBLX_Config_Logger_set_print_format(logger_, static_cast<OBLX_Config_LogPrintFormat>(0));
     }
     ~BareDiagnostics() { OBLX_Config_Logger_set_print_format(logger_, format_); }
