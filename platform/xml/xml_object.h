@@ -27,9 +27,9 @@ typedef struct DDS_XMLSaveContext DDS_XMLSaveContext;
  * embed it as the first member of its own record; read it through the
  * operations below. */
 typedef struct DDS_XMLObject {
-    char *tag_name;                         /* owned */
-    struct DDS_XMLObject *parent;           /* null at the root */
-    struct DDS_XMLObject *first_child;      /* plain elements only */
+    char *tag_name;                    /* owned */
+    struct DDS_XMLObject *parent;      /* null at the root */
+    struct DDS_XMLObject *first_child; /* plain elements only */
     struct DDS_XMLObject *last_child;
     struct DDS_XMLObject *next_sibling;
     DDS_XMLExtensionClass *extension_class; /* null for a plain element */
@@ -54,12 +54,13 @@ VEXAR_API const char *DDS_XMLContext_get_document_name(const DDS_XMLContext *sel
 
 /* Fills `self` for an element `tag_name` of `extension_class` (null for a
  * plain element) under `parent`, copying the attributes (name, value, ...,
- * null; may be null). The object is not yet linked into `parent`'s children:
- * the parser does that. Returns false, with `self` cleared, when memory runs
- * out or an argument is null. */
+ * null; may be null). The object is not yet linked into `parent`'s children,
+ * nor given its document and line: the parser does that. Returns false,
+ * reported, with `self` cleared, when memory runs out or an argument is null. */
 VEXAR_API DDS_Boolean DDS_XMLObject_initialize(DDS_XMLObject *self, DDS_XMLExtensionClass *extension_class,
                                                DDS_XMLObject *parent, const char *tag_name, const char **attributes);
-/* Frees what initialize copied; leaves children and the record itself alone. */
+/* Frees the strings that the object owns (tag, attributes, text, document
+ * name); leaves children and the record itself alone. */
 VEXAR_API void DDS_XMLObject_finalize(DDS_XMLObject *self);
 
 VEXAR_API const char *DDS_XMLObject_get_tag_name(const DDS_XMLObject *self);
@@ -80,8 +81,8 @@ VEXAR_API const char *DDS_XMLObject_get_document_name(const DDS_XMLObject *self)
  * ..., null. Returns the new object (initialized with
  * DDS_XMLObject_initialize for this class), or null to fail the document. */
 typedef DDS_XMLObject *(*DDS_XMLExtensionClass_NewObjectFunction)(const DDS_XMLExtensionClass *extension_class,
-                                                                 DDS_XMLObject *parent, const char **attributes,
-                                                                 DDS_XMLContext *context);
+                                                                  DDS_XMLObject *parent, const char **attributes,
+                                                                  DDS_XMLContext *context);
 /* Frees an object that new_object made, when the tree is unloaded or the
  * document fails. */
 typedef void (*DDS_XMLExtensionClass_DeleteObjectFunction)(DDS_XMLObject *object);
