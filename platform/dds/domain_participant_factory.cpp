@@ -15,6 +15,8 @@ namespace {
 
 DDS_DomainParticipantFactoryImpl theFactory;
 
+}  // namespace
+
 bool isFactory(const DDS_DomainParticipantFactory *factory, const char *context) noexcept {
     if (factory != &theFactory) {
         reportBadEntity(context, "self");
@@ -22,6 +24,8 @@ bool isFactory(const DDS_DomainParticipantFactory *factory, const char *context)
     }
     return true;
 }
+
+namespace {
 
 DDS_DomainParticipant *createParticipant(DDS_DomainId_t domainId, const DDS_DomainParticipantQos *qos,
                                          const char *context) {

@@ -289,6 +289,10 @@ constexpr EntityKind kindOf<DDS_ReadConditionImpl>() noexcept {
 
 void reportBadEntity(const char *context, const char *argument) noexcept;
 
+// Whether `factory` is the process's participant factory; reported as a bad
+// parameter "self" under `context` when it is not.
+bool isFactory(const DDS_DomainParticipantFactory *factory, const char *context) noexcept;
+
 // `entity` as a record of kind `Record`, or null (reported as a bad
 // parameter `argument` under `context`) when it is null or of another kind.
 template <typename Record>

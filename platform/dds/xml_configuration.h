@@ -11,7 +11,11 @@
  * "FILE:LINE: message", the call returns DDS_RETCODE_ERROR, and what was
  * loaded before stays as it was.
  *
- * The factory serializes these calls with its own lock; the tree that
+ * Errors and objects name a document by its path, or "<string>" for text.
+ *
+ * The factory serializes these calls with its own lock, which it holds
+ * while extension callbacks run: a callback that calls one of them is
+ * refused (DDS_RETCODE_ILLEGAL_OPERATION, reported). The tree that
  * get_xml_root returns stays valid until unload_xml. */
 #ifndef VEXAR_PLATFORM_DDS_XML_CONFIGURATION_H
 #define VEXAR_PLATFORM_DDS_XML_CONFIGURATION_H
@@ -25,11 +29,13 @@
 VEXAR_BEGIN_DECLS
 
 /* Elements named after the class's tag go to it from now on. A second class
- * with the same tag is refused (DDS_RETCODE_PRECONDITION_NOT_MET). */
+ * with the same tag, or a class for the factory's own "dds" or
+ * "qos_library", is refused (DDS_RETCODE_PRECONDITION_NOT_MET). */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_register_xml_extension_class(
     DDS_DomainParticipantFactory *self, DDS_XMLExtensionClass *extension_class);
 /* Refused (DDS_RETCODE_PRECONDITION_NOT_MET) while loaded documents hold
- * objects of the class: unload first. */
+ * objects of the class: unload first. DDS_RETCODE_BAD_PARAMETER for a class
+ * that is not registered. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_unregister_xml_extension_class(
     DDS_DomainParticipantFactory *self, DDS_XMLExtensionClass *extension_class);
 
@@ -42,7 +48,8 @@ VEXAR_API DDS_XMLObject *DDS_DomainParticipantFactory_get_xml_root(DDS_DomainPar
 /* Deletes the loaded tree and the QoS profiles that came with it. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_unload_xml(DDS_DomainParticipantFactory *self);
 /* Writes "<dds>", every loaded element (extension elements through their
- * class's save callback), "</dds>". */
+ * class's save callback), "</dds>"; "<dds/>" when nothing is loaded. The
+ * output loads again to the same tree. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantFactory_save_xml(DDS_DomainParticipantFactory *self, FILE *out);
 
 VEXAR_END_DECLS

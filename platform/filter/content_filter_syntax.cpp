@@ -1,24 +1,22 @@
 // Lexer and recursive-descent parser of content filter expressions.
 #include "platform/filter/content_filter_syntax.hpp"
 
-#include <strings.h>
-
 #include <cctype>
 #include <charconv>
 #include <limits>
 #include <utility>
 
+#include "platform/runtime/text.hpp"
+
 namespace vexar::filter {
 
 namespace {
 
+using runtime::equalsIgnoringCase;
+
 bool isNameStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 bool isNameChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
-}
 
 // --- tokens --------------------------------------------------------------
 

@@ -68,6 +68,8 @@ void writeLine(OBLX_Config_Logger &logger, OBLX_Config_LogLevel level, const std
     installed->write(OBLX_Config_LogMessage{line.c_str(), level});
 }
 
+}  // namespace
+
 std::string formatText(const char *format, va_list args) {
     if (format == nullptr) return {};
     va_list measuring;
@@ -79,8 +81,6 @@ std::string formatText(const char *format, va_list args) {
     vsnprintf(text.data(), text.size() + 1, format, args);
     return text;
 }
-
-}  // namespace
 
 bool logPasses(OBLX_Config_Logger &logger, OBLX_Config_LogCategory category, OBLX_Config_LogLevel level) noexcept {
     if (!isCategory(category)) return false;

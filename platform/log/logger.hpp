@@ -5,6 +5,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "platform/log/logger.h"
@@ -30,6 +31,10 @@ bool logPasses(OBLX_Config_Logger &logger, OBLX_Config_LogCategory category, OBL
 
 // Gates, formats and writes one record to the output device (or stdout).
 void logRecord(OBLX_Config_Logger &logger, const LogRecord &record) noexcept;
+
+// printf-style text; empty for a null format or one that fails. Throws
+// std::bad_alloc.
+std::string formatText(const char *format, va_list args);
 
 // printf-style entry for our own lines (source "vexar").
 void vlog(OBLX_Config_LogCategory category, OBLX_Config_LogLevel level, const char *function, const char *file,

@@ -54,12 +54,13 @@ VEXAR_API const char *DDS_XMLContext_get_document_name(const DDS_XMLContext *sel
 
 /* Fills `self` for an element `tag_name` of `extension_class` (null for a
  * plain element) under `parent`, copying the attributes (name, value, ...,
- * null; may be null). The object is not yet linked into `parent`'s children:
- * the parser does that. Returns false, with `self` cleared, when memory runs
- * out or an argument is null. */
+ * null; may be null). The object is not yet linked into `parent`'s children,
+ * nor given its document and line: the parser does that. Returns false,
+ * reported, with `self` cleared, when memory runs out or an argument is null. */
 VEXAR_API DDS_Boolean DDS_XMLObject_initialize(DDS_XMLObject *self, DDS_XMLExtensionClass *extension_class,
                                                DDS_XMLObject *parent, const char *tag_name, const char **attributes);
-/* Frees what initialize copied; leaves children and the record itself alone. */
+/* Frees the strings that the object owns (tag, attributes, text, document
+ * name); leaves children and the record itself alone. */
 VEXAR_API void DDS_XMLObject_finalize(DDS_XMLObject *self);
 
 VEXAR_API const char *DDS_XMLObject_get_tag_name(const DDS_XMLObject *self);
