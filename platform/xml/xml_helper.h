@@ -68,8 +68,7 @@ VEXAR_API void DDS_XMLHelper_save_long(const char *tag_name, DDS_Long value, DDS
 VEXAR_API void DDS_XMLHelper_save_string(const char *tag_name, const char *value, DDS_XMLSaveContext *context);
 /* "<tag>", one "<element>value</element>" line per entry, "</tag>"; an
  * empty or null sequence writes nothing. */
-VEXAR_API void DDS_XMLHelper_save_long_seq(const char *tag_name, const DDS_LongSeq *value,
-                                           DDS_XMLSaveContext *context);
+VEXAR_API void DDS_XMLHelper_save_long_seq(const char *tag_name, const DDS_LongSeq *value, DDS_XMLSaveContext *context);
 
 VEXAR_END_DECLS
 

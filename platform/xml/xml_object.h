@@ -27,9 +27,9 @@ typedef struct DDS_XMLSaveContext DDS_XMLSaveContext;
  * embed it as the first member of its own record; read it through the
  * operations below. */
 typedef struct DDS_XMLObject {
-    char *tag_name;                         /* owned */
-    struct DDS_XMLObject *parent;           /* null at the root */
-    struct DDS_XMLObject *first_child;      /* plain elements only */
+    char *tag_name;                    /* owned */
+    struct DDS_XMLObject *parent;      /* null at the root */
+    struct DDS_XMLObject *first_child; /* plain elements only */
     struct DDS_XMLObject *last_child;
     struct DDS_XMLObject *next_sibling;
     DDS_XMLExtensionClass *extension_class; /* null for a plain element */
@@ -80,8 +80,8 @@ VEXAR_API const char *DDS_XMLObject_get_document_name(const DDS_XMLObject *self)
  * ..., null. Returns the new object (initialized with
  * DDS_XMLObject_initialize for this class), or null to fail the document. */
 typedef DDS_XMLObject *(*DDS_XMLExtensionClass_NewObjectFunction)(const DDS_XMLExtensionClass *extension_class,
-                                                                 DDS_XMLObject *parent, const char **attributes,
-                                                                 DDS_XMLContext *context);
+                                                                  DDS_XMLObject *parent, const char **attributes,
+                                                                  DDS_XMLContext *context);
 /* Frees an object that new_object made, when the tree is unloaded or the
  * document fails. */
 typedef void (*DDS_XMLExtensionClass_DeleteObjectFunction)(DDS_XMLObject *object);
