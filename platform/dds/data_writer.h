@@ -38,7 +38,7 @@ VEXAR_API DDS_Publisher *DDS_DataWriter_get_publisher(DDS_DataWriter *self);
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_get_qos(DDS_DataWriter *self, DDS_DataWriterQos *qos);
 
 /* Sends at once what a batched writer (QoS batch.enable) has packed so far;
- * see platform/qos.h. Harmless on any writer. */
+ * see platform/dds/qos.h. Harmless on any writer. */
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_flush(DDS_DataWriter *self);
 
 /* Replaces the listener: `listener` null (or mask 0) removes it. The record

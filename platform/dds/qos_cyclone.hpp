@@ -1,4 +1,4 @@
-// The QoS records of platform/qos.h mapped onto Cyclone's dds_qos_t, both
+// The QoS records of platform/dds/qos.h mapped onto Cyclone's dds_qos_t, both
 // ways. The bridge maps a record when it creates an entity and reads one
 // back when the application asks an entity for its QoS.
 #pragma once
@@ -18,7 +18,7 @@ using CycloneQos = std::unique_ptr<dds_qos_t, CycloneQosDeleter>;
 
 // The Cyclone QoS for a record. Null, with the fault reported under
 // `context` (the creating operation's name), when a value is out of range or
-// memory ran out. Values that Cyclone cannot honour (see platform/qos.h) are
+// memory ran out. Values that Cyclone cannot honour (see platform/dds/qos.h) are
 // reported under `context` and still mapped where Cyclone accepts them.
 CycloneQos toCyclone(const DDS_DomainParticipantQos &qos, const char *context) noexcept;
 CycloneQos toCyclone(const DDS_PublisherQos &qos, const char *context) noexcept;

@@ -1,5 +1,5 @@
 // Cyclone's write batching, one switch for the whole process in Cyclone
-// 0.10 (see platform/qos.h for what it means to applications).
+// 0.10 (see platform/dds/qos.h for what it means to applications).
 #pragma once
 
 #include "platform/dds/cyclone.hpp"
