@@ -2,6 +2,8 @@
 // walking each record's policies (platform/dds/qos_records.hpp).
 #include "platform/dds/qos.h"
 
+#include <type_traits>
+
 #include "platform/runtime/dds_string.h"
 #include "platform/dds/qos_records.hpp"
 #include "platform/log/report.h"
@@ -10,9 +12,46 @@ namespace vexar::dds {
 namespace {
 
 // ---------------------------------------------------------------------------
-// Owned strings: only the entity name holds any
+// Owned members: the entity name's strings, partition names, and the bytes
+// of user, topic and group data
 
-constexpr const char *kOutOfMemoryForString = "out of memory copying a name string";
+constexpr const char *kOutOfMemoryForCopy = "out of memory copying a name or a sequence";
+
+// The sequence that a policy owns, const or not.
+template <typename Policy>
+requires std::is_same_v<decltype(Policy::value), DDS_OctetSeq>
+auto &ownedSequence(Policy &policy) noexcept { return policy.value; }
+template <typename Policy>
+requires std::is_same_v<std::remove_const_t<Policy>, DDS_PartitionQosPolicy>
+auto &ownedSequence(Policy &policy) noexcept { return policy.name; }
+
+template <typename Policy>
+concept OwnsSequence = requires(Policy &policy) {
+    ownedSequence(policy);
+};
+
+// A loaned buffer belongs to its lender: it goes back rather than being freed.
+void releaseSequence(DDS_StringSeq &sequence) noexcept {
+    if (DDS_StringSeq_has_ownership(&sequence)) {
+        DDS_StringSeq_finalize(&sequence);
+    } else {
+        DDS_StringSeq_unloan(&sequence);
+    }
+}
+void releaseSequence(DDS_OctetSeq &sequence) noexcept {
+    if (DDS_OctetSeq_has_ownership(&sequence)) {
+        DDS_OctetSeq_finalize(&sequence);
+    } else {
+        DDS_OctetSeq_unloan(&sequence);
+    }
+}
+
+bool copySequence(DDS_StringSeq &dst, const DDS_StringSeq &src) noexcept {
+    return DDS_StringSeq_copy(&dst, &src) != nullptr;
+}
+bool copySequence(DDS_OctetSeq &dst, const DDS_OctetSeq &src) noexcept {
+    return DDS_OctetSeq_copy(&dst, &src) != nullptr;
+}
 
 template <typename Policy>
 void release(Policy &) noexcept {}
@@ -21,6 +60,11 @@ void release(DDS_EntityNameQosPolicy &policy) noexcept {
     DDS_String_free(policy.name);
     DDS_String_free(policy.role_name);
     policy = {nullptr, nullptr};
+}
+
+template <OwnsSequence Policy>
+void release(Policy &policy) noexcept {
+    releaseSequence(ownedSequence(policy));
 }
 
 template <typename Policy>
@@ -37,6 +81,12 @@ bool duplicate(const char *text, char *&out) noexcept {
 
 bool copyPolicy(DDS_EntityNameQosPolicy &dst, const DDS_EntityNameQosPolicy &src) noexcept {
     return duplicate(src.name, dst.name) && duplicate(src.role_name, dst.role_name);
+}
+
+// `dst` is a record's fresh default: an empty sequence of its own.
+template <OwnsSequence Policy>
+bool copyPolicy(Policy &dst, const Policy &src) noexcept {
+    return copySequence(ownedSequence(dst), ownedSequence(src));
 }
 
 template <typename Qos>
@@ -82,7 +132,7 @@ DDS_ReturnCode_t copyRecord(Qos *dst, const Qos *src, const char *context) noexc
     Qos copy = kDefaults<Qos>;
     if (!visitPolicies<Qos>([&](auto policy) { return copyPolicy(copy.*policy, src->*policy); })) {
         releaseRecord(copy);
-        OBLX_Report_failure(context, kOutOfMemoryForString);
+        OBLX_Report_failure(context, kOutOfMemoryForCopy);
         return DDS_RETCODE_OUT_OF_RESOURCES;
     }
     releaseRecord(*dst);

@@ -9,27 +9,42 @@
 
 namespace vexar::dds {
 
-// The policies of each record; topics, writers and readers share theirs,
-// and writers add batching.
+// The policies of each record. Topics, writers and readers share the first
+// ones (in the order of their records, as the initializers are positional).
 template <typename Qos>
 inline constexpr auto kEndpointPolicies =
-    std::tuple{&Qos::reliability,    &Qos::durability, &Qos::history,           &Qos::ownership, &Qos::deadline,
-               &Qos::latency_budget, &Qos::liveliness, &Qos::destination_order, &Qos::protocol};
+    std::tuple{&Qos::reliability, &Qos::durability,     &Qos::history,    &Qos::resource_limits,   &Qos::ownership,
+               &Qos::deadline,    &Qos::latency_budget, &Qos::liveliness, &Qos::destination_order, &Qos::protocol};
 template <typename Qos>
-inline constexpr auto kPolicies = kEndpointPolicies<Qos>;
+extern const int kPolicies;  // only the specializations below exist
 template <>
-inline constexpr auto kPolicies<DDS_DataWriterQos> =
-    std::tuple_cat(kEndpointPolicies<DDS_DataWriterQos>, std::tuple{&DDS_DataWriterQos::batch});
+inline constexpr auto
+    kPolicies<DDS_TopicQos> = std::tuple_cat(kEndpointPolicies<DDS_TopicQos>,
+                                             std::tuple{&DDS_TopicQos::durability_service, &DDS_TopicQos::lifespan,
+                                                        &DDS_TopicQos::transport_priority, &DDS_TopicQos::topic_data});
+template <>
+inline constexpr auto kPolicies<DDS_DataWriterQos> = std::tuple_cat(
+    kEndpointPolicies<DDS_DataWriterQos>,
+    std::tuple{&DDS_DataWriterQos::durability_service, &DDS_DataWriterQos::lifespan,
+               &DDS_DataWriterQos::transport_priority, &DDS_DataWriterQos::ownership_strength,
+               &DDS_DataWriterQos::writer_data_lifecycle, &DDS_DataWriterQos::user_data, &DDS_DataWriterQos::batch});
+template <>
+inline constexpr auto kPolicies<DDS_DataReaderQos> =
+    std::tuple_cat(kEndpointPolicies<DDS_DataReaderQos>,
+                   std::tuple{&DDS_DataReaderQos::time_based_filter, &DDS_DataReaderQos::reader_data_lifecycle,
+                              &DDS_DataReaderQos::user_data});
 template <>
 inline constexpr auto kPolicies<DDS_PublisherQos> =
-    std::tuple{&DDS_PublisherQos::presentation, &DDS_PublisherQos::protocol};
+    std::tuple{&DDS_PublisherQos::presentation, &DDS_PublisherQos::partition, &DDS_PublisherQos::group_data,
+               &DDS_PublisherQos::protocol};
 template <>
 inline constexpr auto kPolicies<DDS_SubscriberQos> =
-    std::tuple{&DDS_SubscriberQos::presentation, &DDS_SubscriberQos::protocol};
+    std::tuple{&DDS_SubscriberQos::presentation, &DDS_SubscriberQos::partition, &DDS_SubscriberQos::group_data,
+               &DDS_SubscriberQos::protocol};
 template <>
 inline constexpr auto kPolicies<DDS_DomainParticipantQos> =
-    std::tuple{&DDS_DomainParticipantQos::participant_name, &DDS_DomainParticipantQos::wire_protocol,
-               &DDS_DomainParticipantQos::protocol};
+    std::tuple{&DDS_DomainParticipantQos::user_data, &DDS_DomainParticipantQos::participant_name,
+               &DDS_DomainParticipantQos::wire_protocol, &DDS_DomainParticipantQos::protocol};
 
 // The defaults of each record: the header's static initializers.
 template <typename Qos>

@@ -1,23 +1,24 @@
-// The QoS records mapped onto Cyclone's dds_qos_t and back: one overload
-// per policy type each way, walked over each record's policies
-// (platform/dds/qos_records.hpp).
+// The QoS records mapped onto Cyclone's dds_qos_t: one overload per policy
+// type, walked over each record's policies (platform/dds/qos_records.hpp).
+// A value out of range is refused, reported with its field's name; what
+// Cyclone cannot honour is reported and passed on (see platform/dds/qos.h).
 #include "platform/dds/qos_cyclone.hpp"
 
+#include <algorithm>
 #include <cstring>
+#include <new>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
-#include "platform/runtime/dds_string.h"
 #include "platform/dds/qos_records.hpp"
 #include "platform/log/report.h"
 
 namespace vexar::dds {
 namespace {
 
-constexpr const char *kOutOfMemoryForString = "out of memory copying a name string";
-
 // ---------------------------------------------------------------------------
-// Kinds and durations
+// Kinds, durations and counts
 
 // The OMG kinds and Cyclone's are numbered alike, so a kind in range maps by value.
 static_assert(int{DDS_RELIABLE_RELIABILITY_QOS} == DDS_RELIABILITY_RELIABLE);
@@ -27,6 +28,7 @@ static_assert(int{DDS_EXCLUSIVE_OWNERSHIP_QOS} == DDS_OWNERSHIP_EXCLUSIVE);
 static_assert(int{DDS_GROUP_PRESENTATION_QOS} == DDS_PRESENTATION_GROUP);
 static_assert(int{DDS_MANUAL_BY_TOPIC_LIVELINESS_QOS} == DDS_LIVELINESS_MANUAL_BY_TOPIC);
 static_assert(int{DDS_BY_SOURCE_TIMESTAMP_DESTINATIONORDER_QOS} == DDS_DESTINATIONORDER_BY_SOURCE_TIMESTAMP);
+static_assert(DDS_LENGTH_UNLIMITED == -1, "Cyclone's unlimited count too");
 
 // C callers can store any int in an enum field, which C++ may not even load
 // as the enum: check the stored integer before the field is used.
@@ -59,12 +61,92 @@ std::optional<dds_duration_t> checkedDuration(const DDS_Duration_t &duration, co
     return nanoseconds;
 }
 
-// ---------------------------------------------------------------------------
-// Record -> Cyclone, one overload per policy. False (reported) for a value
-// out of range; what Cyclone cannot honour is reported and passed on.
+// One duration through Cyclone's setter `set`.
+bool putDuration(dds_qos_t &cyclone, void (*set)(dds_qos_t *, dds_duration_t), const DDS_Duration_t &duration,
+                 const char *context, const char *field) noexcept {
+    const auto nanoseconds = checkedDuration(duration, context, field);
+    if (nanoseconds) set(&cyclone, *nanoseconds);
+    return nanoseconds.has_value();
+}
 
-constexpr const char *kVendorSpecificEntityProperty = "vexar.vendor_specific_entity";
-constexpr const char *kRoleNameProperty = "vexar.role_name";
+// A KEEP_LAST history keeps at least one sample; KEEP_ALL ignores the depth.
+bool historyInRange(const DDS_HistoryQosPolicyKind &kind, DDS_Long depth, const char *context, const char *kindField,
+                    const char *depthField) noexcept {
+    if (!kindInRange(kind, DDS_KEEP_ALL_HISTORY_QOS, context, kindField)) return false;
+    if (kind == DDS_KEEP_LAST_HISTORY_QOS && depth < 1) {
+        OBLX_Report_badParameter(context, depthField);
+        return false;
+    }
+    return true;
+}
+
+// A KEEP_LAST depth fits in what an instance may keep. `kind` is in range.
+bool depthWithinLimit(DDS_HistoryQosPolicyKind kind, DDS_Long depth, DDS_Long maxSamplesPerInstance,
+                      const char *context, const char *field) noexcept {
+    if (kind != DDS_KEEP_LAST_HISTORY_QOS || maxSamplesPerInstance == DDS_LENGTH_UNLIMITED ||
+        depth <= maxSamplesPerInstance)
+        return true;
+    OBLX_Report_badParameter(context, field);
+    return false;
+}
+
+// The names of the three count limits of a policy, for reports.
+struct LimitFields {
+    const char *maxSamples;
+    const char *maxInstances;
+    const char *maxSamplesPerInstance;
+    const char *perInstanceAboveAll;
+};
+constexpr LimitFields kResourceLimits = {"resource_limits.max_samples", "resource_limits.max_instances",
+                                         "resource_limits.max_samples_per_instance",
+                                         "resource_limits.max_samples_per_instance (above max_samples)"};
+constexpr LimitFields kDurabilityServiceLimits = {"durability_service.max_samples", "durability_service.max_instances",
+                                                  "durability_service.max_samples_per_instance",
+                                                  "durability_service.max_samples_per_instance (above max_samples)"};
+
+bool limitInRange(DDS_Long limit, const char *context, const char *field) noexcept {
+    if (limit >= 1 || limit == DDS_LENGTH_UNLIMITED) return true;
+    OBLX_Report_badParameter(context, field);
+    return false;
+}
+
+// Each count at least 1 or unlimited, and an instance keeps no more than all.
+bool limitsInRange(DDS_Long maxSamples, DDS_Long maxInstances, DDS_Long maxSamplesPerInstance,
+                   const LimitFields &fields, const char *context) noexcept {
+    bool ok = limitInRange(maxSamples, context, fields.maxSamples);
+    ok = limitInRange(maxInstances, context, fields.maxInstances) && ok;
+    ok = limitInRange(maxSamplesPerInstance, context, fields.maxSamplesPerInstance) && ok;
+    if (ok && maxSamples != DDS_LENGTH_UNLIMITED && maxSamplesPerInstance != DDS_LENGTH_UNLIMITED &&
+        maxSamplesPerInstance > maxSamples) {
+        OBLX_Report_badParameter(context, fields.perInstanceAboveAll);
+        return false;
+    }
+    return ok;
+}
+
+bool isUnlimited(const DDS_ResourceLimitsQosPolicy &limits) noexcept {
+    return limits.max_samples == DDS_LENGTH_UNLIMITED && limits.max_instances == DDS_LENGTH_UNLIMITED &&
+           limits.max_samples_per_instance == DDS_LENGTH_UNLIMITED;
+}
+
+// The elements of a sequence, read through its C accessors, which leave it
+// as it is. Empty when out of memory (reported).
+template <typename Seq, typename Element>
+std::optional<std::vector<Element>> elementsOf(const Seq &sequence, DDS_Long (*length)(Seq *),
+                                               Element (*get)(Seq *, DDS_Long), const char *context) noexcept {
+    auto *readable = const_cast<Seq *>(&sequence);
+    try {
+        std::vector<Element> elements(static_cast<size_t>(std::max(length(readable), DDS_Long{0})));
+        for (size_t i = 0; i < elements.size(); ++i) elements[i] = get(readable, static_cast<DDS_Long>(i));
+        return elements;
+    } catch (const std::bad_alloc &) {
+        OBLX_Report_failure(context, "out of memory");
+        return std::nullopt;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// One overload per policy. False (reported) for a value out of range.
 
 bool put(dds_qos_t &cyclone, const DDS_ReliabilityQosPolicy &policy, const char *context) noexcept {
     const auto maxBlockingTime = checkedDuration(policy.max_blocking_time, context, "reliability.max_blocking_time");
@@ -84,12 +166,16 @@ bool put(dds_qos_t &cyclone, const DDS_DurabilityQosPolicy &policy, const char *
 }
 
 bool put(dds_qos_t &cyclone, const DDS_HistoryQosPolicy &policy, const char *context) noexcept {
-    if (!kindInRange(policy.kind, DDS_KEEP_ALL_HISTORY_QOS, context, "history.kind")) return false;
-    if (policy.kind == DDS_KEEP_LAST_HISTORY_QOS && policy.depth < 1) {
-        OBLX_Report_badParameter(context, "history.depth");
-        return false;
-    }
+    if (!historyInRange(policy.kind, policy.depth, context, "history.kind", "history.depth")) return false;
     dds_qset_history(&cyclone, toCycloneKind<dds_history_kind_t>(policy.kind), policy.depth);
+    return true;
+}
+
+bool put(dds_qos_t &cyclone, const DDS_ResourceLimitsQosPolicy &policy, const char *context) noexcept {
+    if (!limitsInRange(policy.max_samples, policy.max_instances, policy.max_samples_per_instance, kResourceLimits,
+                       context))
+        return false;
+    dds_qset_resource_limits(&cyclone, policy.max_samples, policy.max_instances, policy.max_samples_per_instance);
     return true;
 }
 
@@ -99,16 +185,21 @@ bool put(dds_qos_t &cyclone, const DDS_OwnershipQosPolicy &policy, const char *c
     return true;
 }
 
+bool put(dds_qos_t &cyclone, const DDS_OwnershipStrengthQosPolicy &policy, const char *) noexcept {
+    dds_qset_ownership_strength(&cyclone, policy.value);
+    return true;
+}
+
 bool put(dds_qos_t &cyclone, const DDS_DeadlineQosPolicy &policy, const char *context) noexcept {
-    const auto period = checkedDuration(policy.period, context, "deadline.period");
-    if (period) dds_qset_deadline(&cyclone, *period);
-    return period.has_value();
+    return putDuration(cyclone, dds_qset_deadline, policy.period, context, "deadline.period");
 }
 
 bool put(dds_qos_t &cyclone, const DDS_LatencyBudgetQosPolicy &policy, const char *context) noexcept {
-    const auto duration = checkedDuration(policy.duration, context, "latency_budget.duration");
-    if (duration) dds_qset_latency_budget(&cyclone, *duration);
-    return duration.has_value();
+    return putDuration(cyclone, dds_qset_latency_budget, policy.duration, context, "latency_budget.duration");
+}
+
+bool put(dds_qos_t &cyclone, const DDS_LifespanQosPolicy &policy, const char *context) noexcept {
+    return putDuration(cyclone, dds_qset_lifespan, policy.duration, context, "lifespan.duration");
 }
 
 bool put(dds_qos_t &cyclone, const DDS_LivelinessQosPolicy &policy, const char *context) noexcept {
@@ -126,6 +217,56 @@ bool put(dds_qos_t &cyclone, const DDS_DestinationOrderQosPolicy &policy, const 
     return true;
 }
 
+bool put(dds_qos_t &cyclone, const DDS_DurabilityServiceQosPolicy &policy, const char *context) noexcept {
+    const auto cleanupDelay =
+        checkedDuration(policy.service_cleanup_delay, context, "durability_service.service_cleanup_delay");
+    bool ok = historyInRange(policy.history_kind, policy.history_depth, context, "durability_service.history_kind",
+                             "durability_service.history_depth");
+    ok = ok && depthWithinLimit(policy.history_kind, policy.history_depth, policy.max_samples_per_instance, context,
+                                "durability_service.history_depth (above max_samples_per_instance)");
+    ok = limitsInRange(policy.max_samples, policy.max_instances, policy.max_samples_per_instance,
+                       kDurabilityServiceLimits, context) &&
+         ok;
+    if (!ok || !cleanupDelay) return false;
+    dds_qset_durability_service(&cyclone, *cleanupDelay, toCycloneKind<dds_history_kind_t>(policy.history_kind),
+                                policy.history_depth, policy.max_samples, policy.max_instances,
+                                policy.max_samples_per_instance);
+    return true;
+}
+
+bool put(dds_qos_t &cyclone, const DDS_TransportPriorityQosPolicy &policy, const char *context) noexcept {
+    if (policy.value != 0) OBLX_Report_unsupported(context, "transport_priority (Cyclone sends all data alike)");
+    dds_qset_transport_priority(&cyclone, policy.value);
+    return true;
+}
+
+bool put(dds_qos_t &cyclone, const DDS_WriterDataLifecycleQosPolicy &policy, const char *) noexcept {
+    dds_qset_writer_data_lifecycle(&cyclone, policy.autodispose_unregistered_instances != DDS_BOOLEAN_FALSE);
+    return true;
+}
+
+bool put(dds_qos_t &cyclone, const DDS_ReaderDataLifecycleQosPolicy &policy, const char *context) noexcept {
+    const auto noWriterDelay = checkedDuration(policy.autopurge_nowriter_samples_delay, context,
+                                               "reader_data_lifecycle.autopurge_nowriter_samples_delay");
+    const auto disposedDelay = checkedDuration(policy.autopurge_disposed_samples_delay, context,
+                                               "reader_data_lifecycle.autopurge_disposed_samples_delay");
+    if (!noWriterDelay || !disposedDelay) return false;
+    if (*noWriterDelay != DDS_INFINITY || *disposedDelay != DDS_INFINITY)
+        OBLX_Report_unsupported(context, "reader_data_lifecycle delays other than infinite (Cyclone readers purge "
+                                         "no instance by themselves)");
+    dds_qset_reader_data_lifecycle(&cyclone, *noWriterDelay, *disposedDelay);
+    return true;
+}
+
+bool put(dds_qos_t &cyclone, const DDS_TimeBasedFilterQosPolicy &policy, const char *context) noexcept {
+    const auto separation = checkedDuration(policy.minimum_separation, context, "time_based_filter.minimum_separation");
+    if (!separation) return false;
+    if (*separation > 0)
+        OBLX_Report_unsupported(context, "time_based_filter.minimum_separation (Cyclone readers get every sample)");
+    dds_qset_time_based_filter(&cyclone, *separation);
+    return true;
+}
+
 bool put(dds_qos_t &cyclone, const DDS_PresentationQosPolicy &policy, const char *context) noexcept {
     if (!kindInRange(policy.access_scope, DDS_GROUP_PRESENTATION_QOS, context, "presentation.access_scope"))
         return false;
@@ -137,6 +278,37 @@ bool put(dds_qos_t &cyclone, const DDS_PresentationQosPolicy &policy, const char
     dds_qset_presentation(&cyclone, toCycloneKind<dds_presentation_access_scope_kind_t>(policy.access_scope), coherent,
                           ordered);
     return true;
+}
+
+bool put(dds_qos_t &cyclone, const DDS_PartitionQosPolicy &policy, const char *context) noexcept {
+    const auto names = elementsOf(policy.name, DDS_StringSeq_get_length, DDS_StringSeq_get, context);
+    if (!names) return false;
+    if (std::find(names->begin(), names->end(), nullptr) != names->end()) {
+        OBLX_Report_badParameter(context, "partition.name (a null name)");
+        return false;
+    }
+    dds_qset_partition(&cyclone, static_cast<uint32_t>(names->size()), const_cast<const char **>(names->data()));
+    return true;
+}
+
+// The bytes of user, topic or group data through Cyclone's setter `set`.
+bool putOctets(dds_qos_t &cyclone, void (*set)(dds_qos_t *, const void *, size_t), const DDS_OctetSeq &octets,
+               const char *context) noexcept {
+    const auto bytes = elementsOf(octets, DDS_OctetSeq_get_length, DDS_OctetSeq_get, context);
+    if (bytes) set(&cyclone, bytes->data(), bytes->size());
+    return bytes.has_value();
+}
+
+bool put(dds_qos_t &cyclone, const DDS_UserDataQosPolicy &policy, const char *context) noexcept {
+    return putOctets(cyclone, dds_qset_userdata, policy.value, context);
+}
+
+bool put(dds_qos_t &cyclone, const DDS_TopicDataQosPolicy &policy, const char *context) noexcept {
+    return putOctets(cyclone, dds_qset_topicdata, policy.value, context);
+}
+
+bool put(dds_qos_t &cyclone, const DDS_GroupDataQosPolicy &policy, const char *context) noexcept {
+    return putOctets(cyclone, dds_qset_groupdata, policy.value, context);
 }
 
 bool put(dds_qos_t &cyclone, const DDS_ProtocolQosPolicy &policy, const char *) noexcept {
@@ -163,6 +335,27 @@ bool put(dds_qos_t &, const DDS_WireProtocolQosPolicy &policy, const char *conte
     return true;
 }
 
+// ---------------------------------------------------------------------------
+// Whole records
+
+// Policies that must agree with each other. Cyclone refuses such records
+// too, but without naming the fields. Every policy is in range already.
+template <typename Qos>
+bool policiesAgree(const Qos &qos, const char *context) noexcept {
+    bool ok = true;
+    if constexpr (requires { qos.resource_limits; }) {
+        ok = depthWithinLimit(qos.history.kind, qos.history.depth, qos.resource_limits.max_samples_per_instance,
+                              context, "history.depth (above resource_limits.max_samples_per_instance)");
+    }
+    if constexpr (requires { qos.time_based_filter; }) {
+        if (*toCycloneDuration(qos.time_based_filter.minimum_separation) > *toCycloneDuration(qos.deadline.period)) {
+            OBLX_Report_badParameter(context, "time_based_filter.minimum_separation (above deadline.period)");
+            ok = false;
+        }
+    }
+    return ok;
+}
+
 template <typename Qos>
 CycloneQos mapToCyclone(const Qos &qos, const char *context) noexcept {
     CycloneQos cyclone{dds_create_qos()};
@@ -171,145 +364,18 @@ CycloneQos mapToCyclone(const Qos &qos, const char *context) noexcept {
         return nullptr;
     }
     const bool ok = visitPolicies<Qos>([&](auto policy) { return put(*cyclone, qos.*policy, context); });
-    return ok ? std::move(cyclone) : nullptr;
+    return ok && policiesAgree(qos, context) ? std::move(cyclone) : nullptr;
 }
 
-// ---------------------------------------------------------------------------
-// Cyclone -> record, one overload per policy. False only when out of memory.
-
-// A Cyclone-allocated string, freed with dds_free.
-struct CycloneString {
-    char *text = nullptr;
-    ~CycloneString() { dds_free(text); }
-};
-
-// Replaces the owned `field` by a copy of `text`; false (field kept) when out of memory.
-bool replaceString(char *&field, const char *text) noexcept {
-    char *copy = DDS_String_dup(text);
-    if (copy == nullptr) return false;
-    DDS_String_free(field);
-    field = copy;
-    return true;
-}
-
-// Cyclone's kind or duration into a record field.
-template <typename Kind, typename CycloneKind>
-void assign(Kind &field, CycloneKind kind) noexcept {
-    field = static_cast<Kind>(static_cast<int>(kind));
-}
-void assign(DDS_Duration_t &field, dds_duration_t nanoseconds) noexcept { field = fromCycloneDuration(nanoseconds); }
-
-// One value read with Cyclone's getter `get`, when the QoS holds it.
-template <typename Field, typename Value>
-void takeValue(const dds_qos_t &cyclone, bool (*get)(const dds_qos_t *, Value *), Field &field) noexcept {
-    Value value;
-    if (get(&cyclone, &value)) assign(field, value);
-}
-
-bool take(const dds_qos_t &cyclone, DDS_ReliabilityQosPolicy &policy) noexcept {
-    dds_reliability_kind_t kind;
-    dds_duration_t maxBlockingTime;
-    if (dds_qget_reliability(&cyclone, &kind, &maxBlockingTime)) {
-        assign(policy.kind, kind);
-        assign(policy.max_blocking_time, maxBlockingTime);
-    }
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_HistoryQosPolicy &policy) noexcept {
-    dds_history_kind_t kind;
-    int32_t depth;
-    if (dds_qget_history(&cyclone, &kind, &depth)) {
-        assign(policy.kind, kind);
-        policy.depth = depth;
-    }
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_LivelinessQosPolicy &policy) noexcept {
-    dds_liveliness_kind_t kind;
-    dds_duration_t leaseDuration;
-    if (dds_qget_liveliness(&cyclone, &kind, &leaseDuration)) {
-        assign(policy.kind, kind);
-        assign(policy.lease_duration, leaseDuration);
-    }
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_PresentationQosPolicy &policy) noexcept {
-    dds_presentation_access_scope_kind_t scope;
-    bool coherent;
-    bool ordered;
-    if (dds_qget_presentation(&cyclone, &scope, &coherent, &ordered)) {
-        assign(policy.access_scope, scope);
-        policy.coherent_access = coherent ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
-        policy.ordered_access = ordered ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
-    }
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_DurabilityQosPolicy &policy) noexcept {
-    takeValue(cyclone, dds_qget_durability, policy.kind);
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_OwnershipQosPolicy &policy) noexcept {
-    takeValue(cyclone, dds_qget_ownership, policy.kind);
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_DestinationOrderQosPolicy &policy) noexcept {
-    takeValue(cyclone, dds_qget_destination_order, policy.kind);
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_DeadlineQosPolicy &policy) noexcept {
-    takeValue(cyclone, dds_qget_deadline, policy.period);
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_LatencyBudgetQosPolicy &policy) noexcept {
-    takeValue(cyclone, dds_qget_latency_budget, policy.duration);
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_ProtocolQosPolicy &policy) noexcept {
-    CycloneString value;
-    if (dds_qget_prop(&cyclone, kVendorSpecificEntityProperty, &value.text))
-        policy.vendor_specific_entity = std::strcmp(value.text, "true") == 0 ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
-    return true;
-}
-
-bool take(const dds_qos_t &cyclone, DDS_EntityNameQosPolicy &policy) noexcept {
-    CycloneString name;
-    CycloneString roleName;
-    // Cyclone reports an unset name as present but null.
-    const bool hasName = dds_qget_entity_name(&cyclone, &name.text) && name.text != nullptr;
-    const bool hasRoleName = dds_qget_prop(&cyclone, kRoleNameProperty, &roleName.text);
-    return (!hasName || replaceString(policy.name, name.text)) &&
-           (!hasRoleName || replaceString(policy.role_name, roleName.text));
-}
-
-bool take(const dds_qos_t &, DDS_BatchQosPolicy &) noexcept {
-    return true;  // the writer keeps it
-}
-
-bool take(const dds_qos_t &, DDS_WireProtocolQosPolicy &) noexcept {
-    return true;  // not part of a QoS in Cyclone: the GUID holds it
-}
-
-template <typename Qos>
-DDS_ReturnCode_t mapFromCyclone(const dds_qos_t &cyclone, Qos &qos, const char *context) noexcept {
-    if (visitPolicies<Qos>([&](auto policy) { return take(cyclone, qos.*policy); })) return DDS_RETCODE_OK;
-    OBLX_Report_failure(context, kOutOfMemoryForString);
-    return DDS_RETCODE_OUT_OF_RESOURCES;
-}
-
-// Word `index` of the GUID prefix, sent in network byte order.
-DDS_Long prefixWord(const dds_guid_t &guid, int index) noexcept {
-    uint32_t word = 0;
-    for (int byte = 0; byte < 4; ++byte) word = (word << 8) | guid.v[4 * index + byte];
-    return static_cast<DDS_Long>(word);
+// Cyclone serves late TRANSIENT_LOCAL readers from the durability service's
+// history (depth 1 by default), not from the writer's: there it gets the
+// writer's own history and limits, as the OMG semantics ask.
+void serveLateJoinersFromWriterHistory(dds_qos_t &cyclone, const DDS_DataWriterQos &qos,
+                                       dds_duration_t cleanupDelay) noexcept {
+    const DDS_ResourceLimitsQosPolicy &limits = qos.resource_limits;
+    dds_qset_durability_service(&cyclone, cleanupDelay, toCycloneKind<dds_history_kind_t>(qos.history.kind),
+                                qos.history.depth, limits.max_samples, limits.max_instances,
+                                limits.max_samples_per_instance);
 }
 
 }  // namespace
@@ -320,65 +386,24 @@ std::optional<dds_duration_t> toCycloneDuration(const DDS_Duration_t &duration) 
     return duration.sec * kNanosecondsPerSecond + duration.nanosec;
 }
 
-DDS_Duration_t fromCycloneDuration(dds_duration_t nanoseconds) noexcept {
-    if (nanoseconds <= 0) return DDS_Duration_t DDS_DURATION_ZERO_INITIALIZER;
-    if (nanoseconds / kNanosecondsPerSecond >= DDS_DURATION_INFINITE_SEC)
-        return DDS_Duration_t DDS_DURATION_INFINITE_INITIALIZER;
-    return {static_cast<DDS_Long>(nanoseconds / kNanosecondsPerSecond),
-            static_cast<DDS_UnsignedLong>(nanoseconds % kNanosecondsPerSecond)};
-}
-
 CycloneQos toCyclone(const DDS_DomainParticipantQos &qos, const char *context) noexcept {
     return mapToCyclone(qos, context);
 }
 CycloneQos toCyclone(const DDS_PublisherQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
 CycloneQos toCyclone(const DDS_SubscriberQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
 CycloneQos toCyclone(const DDS_TopicQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
-// Cyclone serves late TRANSIENT_LOCAL readers from the durability service's
-// history (depth 1 by default), not from the writer's: keep the two alike.
-CycloneQos toCyclone(const DDS_DataWriterQos &qos, const char *context) noexcept {
-    CycloneQos cyclone = mapToCyclone(qos, context);
-    if (cyclone) {
-        dds_qset_durability_service(cyclone.get(), 0, toCycloneKind<dds_history_kind_t>(qos.history.kind),
-                                    qos.history.depth, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED,
-                                    DDS_LENGTH_UNLIMITED);
-    }
-    return cyclone;
-}
 CycloneQos toCyclone(const DDS_DataReaderQos &qos, const char *context) noexcept { return mapToCyclone(qos, context); }
 
-DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_DomainParticipantQos &qos, const char *context) noexcept {
-    return mapFromCyclone(cyclone, qos, context);
-}
-DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_PublisherQos &qos, const char *context) noexcept {
-    return mapFromCyclone(cyclone, qos, context);
-}
-DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_SubscriberQos &qos, const char *context) noexcept {
-    return mapFromCyclone(cyclone, qos, context);
-}
-DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_TopicQos &qos, const char *context) noexcept {
-    return mapFromCyclone(cyclone, qos, context);
-}
-DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_DataWriterQos &qos, const char *context) noexcept {
-    return mapFromCyclone(cyclone, qos, context);
-}
-DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_DataReaderQos &qos, const char *context) noexcept {
-    return mapFromCyclone(cyclone, qos, context);
-}
-
-DDS_ReturnCode_t wireProtocolFromParticipant(dds_entity_t participant, DDS_WireProtocolQosPolicy &out,
-                                             const char *context) noexcept {
-    dds_guid_t guid;
-    if (participant <= 0 || dds_get_participant(participant) != participant) {
-        OBLX_Report_badParameter(context, "participant");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
-    if (dds_get_guid(participant, &guid) < 0) {
-        OBLX_Report_getFailure(context, "participant GUID");
-        return DDS_RETCODE_ERROR;
-    }
-    out = {prefixWord(guid, 0), prefixWord(guid, 1), prefixWord(guid, 2)};
-    return DDS_RETCODE_OK;
+CycloneQos toCyclone(const DDS_DataWriterQos &qos, const char *context) noexcept {
+    CycloneQos cyclone = mapToCyclone(qos, context);
+    if (!cyclone) return cyclone;
+    if (!isUnlimited(qos.resource_limits))
+        OBLX_Report_unsupported(context, "resource_limits of a writer (Cyclone bounds a writer's unacknowledged "
+                                         "data in bytes, not in samples)");
+    if (qos.durability.kind == DDS_TRANSIENT_LOCAL_DURABILITY_QOS)
+        serveLateJoinersFromWriterHistory(*cyclone, qos,
+                                          *toCycloneDuration(qos.durability_service.service_cleanup_delay));
+    return cyclone;
 }
 
 }  // namespace vexar::dds
