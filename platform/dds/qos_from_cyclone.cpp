@@ -13,8 +13,6 @@
 namespace vexar::dds {
 namespace {
 
-constexpr dds_duration_t kNanosecondsPerSecond = 1'000'000'000;
-
 // What Cyclone allocated for a value read back, freed with dds_free.
 struct CycloneString {
     char *text = nullptr;

@@ -48,8 +48,6 @@ CycloneKind toCycloneKind(Kind kind) noexcept {
     return static_cast<CycloneKind>(static_cast<int>(kind));
 }
 
-constexpr dds_duration_t kNanosecondsPerSecond = 1'000'000'000;
-
 bool isInfinite(const DDS_Duration_t &duration) noexcept {
     return duration.sec == DDS_DURATION_INFINITE_SEC && duration.nanosec == DDS_DURATION_INFINITE_NSEC;
 }
