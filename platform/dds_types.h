@@ -40,6 +40,9 @@ typedef DDS_Long DDS_ReturnCode_t;
 #define DDS_RETCODE_NO_DATA 11
 #define DDS_RETCODE_ILLEGAL_OPERATION 12
 
+/* Lets the middleware choose, or puts no bound on a count. */
+#define DDS_LENGTH_UNLIMITED -1
+
 typedef struct DDS_Time_t {
     DDS_Long sec;
     DDS_UnsignedLong nanosec;

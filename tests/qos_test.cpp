@@ -1,16 +1,22 @@
-// QoS records: ownership of names, and the mapping onto Cyclone,
-// checked both on bare dds_qos_t and through real Cyclone entities.
+// QoS records: defaults, ownership of names and sequences, and the mapping
+// onto Cyclone, checked both on bare dds_qos_t and through real entities.
+#include "platform/dds/entity.hpp"  // first (see there): the Cyclone entity behind each of ours
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstring>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "platform/runtime/dds_string.h"
 #include "platform/dds/qos.h"
 #include "platform/dds/qos_cyclone.hpp"
+#include "platform/dds/qos_records.hpp"
 #include "support/domains.h"
 #include "support/log_capture.h"
+#include "support/typed_topic.hpp"
 
 using namespace vexar::dds;
 using vexar_test::LogCapture;
@@ -18,37 +24,101 @@ using vexar_test::LogCapture;
 namespace {
 
 constexpr const char *kContext = "qos_test";
+constexpr int kRoundTripDomain = vexar_test::domains::kBridgeBase + 40;
+
+// ---------------------------------------------------------------------------
+// Records as comparable tuples
 
 auto fields(const DDS_Duration_t &d) { return std::tuple{d.sec, d.nanosec}; }
+const auto kZero = fields({0, 0});
+const auto kInfinite = fields({DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC});
 
-template <typename Qos>
-auto endpointFields(const Qos &q) {
-    return std::tuple{q.reliability.kind,        fields(q.reliability.max_blocking_time),
-                      q.durability.kind,         q.history.kind,
-                      q.history.depth,           q.ownership.kind,
-                      fields(q.deadline.period), fields(q.latency_budget.duration),
-                      q.liveliness.kind,         fields(q.liveliness.lease_duration),
-                      q.destination_order.kind,  q.protocol.vendor_specific_entity};
+auto fields(const DDS_ResourceLimitsQosPolicy &p) {
+    return std::tuple{p.max_samples, p.max_instances, p.max_samples_per_instance};
+}
+auto fields(const DDS_DurabilityServiceQosPolicy &p) {
+    return std::tuple{fields(p.service_cleanup_delay), p.history_kind, p.history_depth, p.max_samples, p.max_instances,
+                      p.max_samples_per_instance};
+}
+auto fields(const DDS_ReaderDataLifecycleQosPolicy &p) {
+    return std::tuple{fields(p.autopurge_nowriter_samples_delay), fields(p.autopurge_disposed_samples_delay)};
 }
 
-// Every policy away from its default, with values that Cyclone honours.
+// The sequences' getters do not modify them.
+std::vector<std::string> names(const DDS_PartitionQosPolicy &p) {
+    auto *sequence = const_cast<DDS_StringSeq *>(&p.name);
+    std::vector<std::string> names;
+    for (DDS_Long i = 0; i < DDS_StringSeq_get_length(sequence); ++i)
+        names.emplace_back(DDS_StringSeq_get(sequence, i));
+    return names;
+}
+std::vector<int> bytes(const DDS_OctetSeq &octets) {
+    auto *sequence = const_cast<DDS_OctetSeq *>(&octets);
+    std::vector<int> bytes;
+    for (DDS_Long i = 0; i < DDS_OctetSeq_get_length(sequence); ++i) bytes.push_back(DDS_OctetSeq_get(sequence, i));
+    return bytes;
+}
+
+void setNames(DDS_PartitionQosPolicy &p, std::vector<const char *> names) {
+    ASSERT_TRUE(DDS_StringSeq_from_array(&p.name, const_cast<char **>(names.data()), DDS_Long(names.size())));
+}
+void setBytes(DDS_OctetSeq &octets, std::vector<DDS_Octet> bytes) {
+    ASSERT_TRUE(DDS_OctetSeq_from_array(&octets, bytes.data(), DDS_Long(bytes.size())));
+}
+
+// The policies that each record gained with resource limits, lifespan,
+// partitions, data, lifecycles and friends.
+auto newPolicies(const DDS_DomainParticipantQos &q) { return std::tuple{bytes(q.user_data.value)}; }
+template <typename GroupQos>
+auto newPolicies(const GroupQos &q) {
+    return std::tuple{names(q.partition), bytes(q.group_data.value)};
+}
+auto newPolicies(const DDS_TopicQos &q) {
+    return std::tuple{fields(q.resource_limits), fields(q.durability_service), fields(q.lifespan.duration),
+                      q.transport_priority.value, bytes(q.topic_data.value)};
+}
+auto newPolicies(const DDS_DataWriterQos &q) {
+    return std::tuple{fields(q.resource_limits),   fields(q.durability_service),
+                      fields(q.lifespan.duration), q.transport_priority.value,
+                      q.ownership_strength.value,  q.writer_data_lifecycle.autodispose_unregistered_instances,
+                      bytes(q.user_data.value)};
+}
+auto newPolicies(const DDS_DataReaderQos &q) {
+    return std::tuple{fields(q.resource_limits), fields(q.time_based_filter.minimum_separation),
+                      fields(q.reader_data_lifecycle), bytes(q.user_data.value)};
+}
+
+// A record initialized over garbage, as in fresh memory.
 template <typename Qos>
-Qos distinctEndpointQos() {
+Qos initialized(DDS_ReturnCode_t (*initialize)(Qos *)) {
     Qos qos;
-    qos.reliability = {DDS_RELIABLE_RELIABILITY_QOS, {2, 500000000}};
-    qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
-    qos.history = {DDS_KEEP_LAST_HISTORY_QOS, 7};
-    qos.ownership.kind = DDS_EXCLUSIVE_OWNERSHIP_QOS;
-    qos.deadline.period = {3, 0};
-    qos.latency_budget.duration = {0, 1000};
-    qos.liveliness = {DDS_MANUAL_BY_TOPIC_LIVELINESS_QOS, {4, 250}};
-    qos.destination_order.kind = DDS_BY_SOURCE_TIMESTAMP_DESTINATIONORDER_QOS;
-    qos.protocol.vendor_specific_entity = DDS_BOOLEAN_TRUE;
+    std::memset(static_cast<void *>(&qos), 0x5a, sizeof qos);
+    EXPECT_EQ(initialize(&qos), DDS_RETCODE_OK);
     return qos;
 }
 
-// The names are owned: copies and read-backs replace and free what was
-// there (LeakSanitizer), and the source can go before the copy.
+// One row per record: the OMG defaults of its new policies.
+TEST(QosRecord, NewPoliciesStartAtTheOmgDefaults) {
+    const auto unlimited = std::tuple{-1, -1, -1};
+    const auto durabilityService = std::tuple{kZero, DDS_KEEP_LAST_HISTORY_QOS, 1, -1, -1, -1};
+    const std::vector<int> noBytes;
+    const std::vector<std::string> noNames;
+
+    EXPECT_EQ(newPolicies(initialized(DDS_DomainParticipantQos_initialize)), std::tuple{noBytes});
+    EXPECT_EQ(newPolicies(initialized(DDS_PublisherQos_initialize)), std::tuple(noNames, noBytes));
+    EXPECT_EQ(newPolicies(initialized(DDS_SubscriberQos_initialize)), std::tuple(noNames, noBytes));
+    EXPECT_EQ(newPolicies(initialized(DDS_TopicQos_initialize)),
+              std::tuple(unlimited, durabilityService, kInfinite, 0, noBytes));
+    EXPECT_EQ(newPolicies(initialized(DDS_DataWriterQos_initialize)),
+              std::tuple(unlimited, durabilityService, kInfinite, 0, 0, DDS_BOOLEAN_TRUE, noBytes));
+    EXPECT_EQ(newPolicies(initialized(DDS_DataReaderQos_initialize)),
+              std::tuple(unlimited, kZero, std::tuple{kInfinite, kInfinite}, noBytes));
+}
+
+// ---------------------------------------------------------------------------
+// Owned members: copies and read-backs replace and free what was there
+// (LeakSanitizer), and the source can go before the copy.
+
 TEST(QosRecord, NamesAreOwnedByEachCopyAndTravelThroughCyclone) {
     DDS_DomainParticipantQos src = DDS_DomainParticipantQos_INITIALIZER;
     DDS_DomainParticipantQos dst = DDS_DomainParticipantQos_INITIALIZER;
@@ -83,34 +153,115 @@ TEST(QosRecord, NamesAreOwnedByEachCopyAndTravelThroughCyclone) {
     DDS_DomainParticipantQos_finalize(&back);
 }
 
+// A sequence on loan is the lender's: copied deeply, given back untouched
+// and without complaint by finalize (freeing the stack array would be fatal).
+TEST(QosRecord, SequencesAreOwnedByEachCopyAndLoansGoBack) {
+    LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    DDS_PublisherQos src = DDS_PublisherQos_INITIALIZER;
+    DDS_PublisherQos dst = DDS_PublisherQos_INITIALIZER;
+    setNames(src.partition, {"logs", "admin*"});
+    setBytes(src.group_data.value, {1, 0, 255});
+    setNames(dst.partition, {"replaced"});
+
+    ASSERT_EQ(DDS_PublisherQos_copy(&dst, &src), DDS_RETCODE_OK);
+    ASSERT_EQ(DDS_PublisherQos_copy(&dst, &dst), DDS_RETCODE_OK);
+    ASSERT_EQ(DDS_PublisherQos_finalize(&src), DDS_RETCODE_OK);
+    EXPECT_EQ(newPolicies(src), newPolicies(DDS_PublisherQos DDS_PublisherQos_INITIALIZER));
+    EXPECT_EQ(newPolicies(dst), std::tuple(std::vector<std::string>{"logs", "admin*"}, std::vector<int>{1, 0, 255}));
+    ASSERT_EQ(DDS_PublisherQos_finalize(&dst), DDS_RETCODE_OK);
+
+    char lentName[] = "lent";
+    char *lent[] = {lentName};
+    DDS_SubscriberQos loaned = DDS_SubscriberQos_INITIALIZER;
+    DDS_SubscriberQos copy = DDS_SubscriberQos_INITIALIZER;
+    ASSERT_TRUE(DDS_StringSeq_loan_contiguous(&loaned.partition.name, lent, 1, 1));
+    ASSERT_EQ(DDS_SubscriberQos_copy(&copy, &loaned), DDS_RETCODE_OK);
+    ASSERT_EQ(DDS_SubscriberQos_finalize(&loaned), DDS_RETCODE_OK);
+    EXPECT_EQ(lent[0], lentName);
+    EXPECT_EQ(names(copy.partition), std::vector<std::string>{"lent"});
+    EXPECT_TRUE(copy.partition.name._owned);
+    DDS_SubscriberQos_finalize(&copy);
+    EXPECT_EQ(log.text(), "");
+}
+
+// ---------------------------------------------------------------------------
+// The mapping on bare dds_qos_t
+
+template <typename Qos>
+struct Refusal {
+    const char *field;
+    void (*spoil)(Qos &);
+};
+
+template <typename Qos>
+void expectRefused(std::initializer_list<Refusal<Qos>> refusals) {
+    for (const auto &refusal : refusals) {
+        LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+        Qos qos = kDefaults<Qos>;
+        refusal.spoil(qos);
+        EXPECT_EQ(toCyclone(qos, kContext), nullptr) << refusal.field;
+        EXPECT_TRUE(log.contains(refusal.field)) << log.text();
+    }
+}
+
 TEST(QosCycloneMapping, OutOfRangeValuesAreRefusedNamingTheField) {
-    const struct {
-        const char *field;
-        void (*spoil)(DDS_DataReaderQos &);
-    } cases[] = {
+    using W = DDS_DataWriterQos;
+    using R = DDS_DataReaderQos;
+    expectRefused<W>({
         // What C code may store in an enum field; C++ cannot assign it.
         {"reliability.kind",
-         [](DDS_DataReaderQos &q) {
+         [](W &q) {
              int c = 7;
              std::memcpy(&q.reliability.kind, &c, sizeof c);
          }},
-        {"history.depth", [](DDS_DataReaderQos &q) { q.history.depth = 0; }},
+        {"history.depth", [](W &q) { q.history.depth = 0; }},
         {"deadline.period",
-         [](DDS_DataReaderQos &q) {
+         [](W &q) {
              q.deadline.period = {-1, 0};
          }},
         {"latency_budget.duration",
-         [](DDS_DataReaderQos &q) {
+         [](W &q) {
              q.latency_budget.duration = {0, 1000000000};
          }},
-    };
-    for (const auto &c : cases) {
-        LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);
-        DDS_DataReaderQos reader = DDS_DataReaderQos_INITIALIZER;
-        c.spoil(reader);
-        EXPECT_EQ(toCyclone(reader, kContext), nullptr) << c.field;
-        EXPECT_TRUE(log.contains(c.field)) << log.text();
-    }
+        {"lifespan.duration",
+         [](W &q) {
+             q.lifespan.duration = {-3, 0};
+         }},
+        {"resource_limits.max_instances", [](W &q) { q.resource_limits.max_instances = 0; }},
+        {"resource_limits.max_samples_per_instance (above max_samples)",
+         [](W &q) {
+             q.resource_limits = {4, DDS_LENGTH_UNLIMITED, 5};
+         }},
+        {"history.depth (above resource_limits.max_samples_per_instance)",
+         [](W &q) {
+             q.history.depth = 6;
+             q.resource_limits.max_samples_per_instance = 5;
+         }},
+        {"durability_service.history_depth", [](W &q) { q.durability_service.history_depth = 0; }},
+        {"durability_service.max_samples", [](W &q) { q.durability_service.max_samples = -7; }},
+    });
+    expectRefused<R>({
+        {"time_based_filter.minimum_separation",
+         [](R &q) {
+             q.time_based_filter.minimum_separation = {0, 2000000000};
+         }},
+        {"time_based_filter.minimum_separation (above deadline.period)",
+         [](R &q) {
+             q.deadline.period = {1, 0};
+             q.time_based_filter.minimum_separation = {2, 0};
+         }},
+        {"reader_data_lifecycle.autopurge_disposed_samples_delay",
+         [](R &q) {
+             q.reader_data_lifecycle.autopurge_disposed_samples_delay = {-1, 0};
+         }},
+    });
+
+    LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    DDS_PublisherQos publisher = DDS_PublisherQos_INITIALIZER;
+    setNames(publisher.partition, {"logs", nullptr});
+    EXPECT_EQ(toCyclone(publisher, kContext), nullptr);
+    EXPECT_TRUE(log.contains("partition.name")) << log.text();
+    DDS_PublisherQos_finalize(&publisher);
 }
 
 TEST(QosCycloneMapping, UnhonouredValuesAreReportedAndStillMapped) {
@@ -121,27 +272,69 @@ TEST(QosCycloneMapping, UnhonouredValuesAreReportedAndStillMapped) {
     topic.durability.kind = DDS_TRANSIENT_DURABILITY_QOS;
     DDS_DomainParticipantQos participant = DDS_DomainParticipantQos_INITIALIZER;
     participant.wire_protocol.rtps_app_id = 42;
+    DDS_DataWriterQos writer = DDS_DataWriterQos_INITIALIZER;
+    writer.resource_limits.max_samples = 100;
+    writer.transport_priority.value = 3;
+    DDS_DataReaderQos reader = DDS_DataReaderQos_INITIALIZER;
+    reader.time_based_filter.minimum_separation = {0, 1000};
+    reader.reader_data_lifecycle.autopurge_nowriter_samples_delay = {5, 0};
 
-    const CycloneQos cyclone = toCyclone(publisher, kContext);
-    ASSERT_NE(cyclone, nullptr);
+    const CycloneQos cyclonePublisher = toCyclone(publisher, kContext);
+    const CycloneQos cycloneReader = toCyclone(reader, kContext);
+    ASSERT_TRUE(cyclonePublisher && cycloneReader);
     EXPECT_NE(toCyclone(topic, kContext), nullptr);
     EXPECT_NE(toCyclone(participant, kContext), nullptr);
-    for (const char *field : {"coherent_access", "ordered_access", "TRANSIENT", "wire_protocol"})
+    EXPECT_NE(toCyclone(writer, kContext), nullptr);
+    for (const char *field :
+         {"coherent_access", "ordered_access", "TRANSIENT", "wire_protocol", "resource_limits of a writer",
+          "transport_priority", "time_based_filter", "reader_data_lifecycle"})
         EXPECT_TRUE(log.contains(field)) << field << " in " << log.text();
 
-    DDS_PublisherQos back = DDS_PublisherQos_INITIALIZER;
-    ASSERT_EQ(fromCyclone(*cyclone, back, kContext), DDS_RETCODE_OK);
-    EXPECT_EQ(std::tuple(back.presentation.access_scope, back.presentation.coherent_access),
+    DDS_PublisherQos publisherBack = DDS_PublisherQos_INITIALIZER;
+    DDS_DataReaderQos readerBack = DDS_DataReaderQos_INITIALIZER;
+    ASSERT_EQ(fromCyclone(*cyclonePublisher, publisherBack, kContext), DDS_RETCODE_OK);
+    ASSERT_EQ(fromCyclone(*cycloneReader, readerBack, kContext), DDS_RETCODE_OK);
+    EXPECT_EQ(std::tuple(publisherBack.presentation.access_scope, publisherBack.presentation.coherent_access),
               std::tuple(DDS_GROUP_PRESENTATION_QOS, DDS_BOOLEAN_TRUE));
+    EXPECT_EQ(newPolicies(readerBack), newPolicies(reader));
 }
 
 TEST(QosCycloneMapping, DurationsKeepInfinityAndSaturate) {
     EXPECT_EQ(toCycloneDuration({DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC}), DDS_INFINITY);
     EXPECT_EQ(toCycloneDuration({1, 5}), DDS_SECS(1) + 5);
-    EXPECT_EQ(fields(fromCycloneDuration(DDS_INFINITY)),
-              std::tuple(DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC));
-    EXPECT_EQ(fields(fromCycloneDuration(DDS_SECS(0x7fffffffLL) + 1)), fields(fromCycloneDuration(DDS_INFINITY)));
-    EXPECT_EQ(fields(fromCycloneDuration(-5)), std::tuple(0, 0u));
+    EXPECT_EQ(fields(fromCycloneDuration(DDS_INFINITY)), kInfinite);
+    EXPECT_EQ(fields(fromCycloneDuration(DDS_SECS(0x7fffffffLL) + 1)), kInfinite);
+    EXPECT_EQ(fields(fromCycloneDuration(-5)), kZero);
+}
+
+// ---------------------------------------------------------------------------
+// Bare Cyclone entities with mapped QoS
+
+template <typename Qos>
+auto endpointFields(const Qos &q) {
+    return std::tuple{q.reliability.kind,        fields(q.reliability.max_blocking_time),
+                      q.durability.kind,         q.history.kind,
+                      q.history.depth,           q.ownership.kind,
+                      fields(q.deadline.period), fields(q.latency_budget.duration),
+                      q.liveliness.kind,         fields(q.liveliness.lease_duration),
+                      q.destination_order.kind,  q.protocol.vendor_specific_entity};
+}
+
+// Every policy that they share away from its default, with values that
+// Cyclone honours.
+template <typename Qos>
+Qos distinctEndpointQos() {
+    Qos qos = kDefaults<Qos>;
+    qos.reliability = {DDS_RELIABLE_RELIABILITY_QOS, {2, 500000000}};
+    qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
+    qos.history = {DDS_KEEP_LAST_HISTORY_QOS, 7};
+    qos.ownership.kind = DDS_EXCLUSIVE_OWNERSHIP_QOS;
+    qos.deadline.period = {3, 0};
+    qos.latency_budget.duration = {0, 1000};
+    qos.liveliness = {DDS_MANUAL_BY_TOPIC_LIVELINESS_QOS, {4, 250}};
+    qos.destination_order.kind = DDS_BY_SOURCE_TIMESTAMP_DESTINATIONORDER_QOS;
+    qos.protocol.vendor_specific_entity = DDS_BOOLEAN_TRUE;
+    return qos;
 }
 
 // A keyless struct { int32 value; } described to Cyclone by hand: enough to
@@ -223,6 +416,196 @@ TEST_F(QosCycloneEntities, EntitiesHoldOurDefaultsAndWhatTheRecordsAsk) {
     EXPECT_EQ(endpointFields(readBack(writer, writerDefaults)), endpointFields(writerQos));
     EXPECT_EQ(endpointFields(readBack(reader, DDS_DataReaderQos DDS_DataReaderQos_INITIALIZER)),
               endpointFields(readerQos));
+}
+
+// ---------------------------------------------------------------------------
+// Our entities: what each was created with, read back through our get_qos
+// and through Cyclone's own getters on the Cyclone entity behind it
+
+// What Cyclone holds for an entity, through its own getters, in the shapes
+// of newPolicies.
+class CycloneHeld {
+public:
+    explicit CycloneHeld(const DDS_EntityImpl *entity) : qos_(dds_create_qos()) {
+        EXPECT_EQ(dds_get_qos(entity->handle, qos_.get()), 0);
+    }
+
+    auto limits() const {
+        int32_t samples = 0, instances = 0, perInstance = 0;
+        EXPECT_TRUE(dds_qget_resource_limits(qos_.get(), &samples, &instances, &perInstance));
+        return std::tuple{samples, instances, perInstance};
+    }
+    auto durabilityService() const {
+        dds_duration_t delay = 0;
+        dds_history_kind_t kind = DDS_HISTORY_KEEP_LAST;
+        int32_t depth = 0, samples = 0, instances = 0, perInstance = 0;
+        EXPECT_TRUE(dds_qget_durability_service(qos_.get(), &delay, &kind, &depth, &samples, &instances, &perInstance));
+        return std::tuple{
+            fields(fromCycloneDuration(delay)), DDS_HistoryQosPolicyKind(kind), depth, samples, instances, perInstance};
+    }
+    auto duration(bool (*get)(const dds_qos_t *, dds_duration_t *)) const {
+        dds_duration_t duration = 0;
+        EXPECT_TRUE(get(qos_.get(), &duration));
+        return fields(fromCycloneDuration(duration));
+    }
+    auto readerDataLifecycle() const {
+        dds_duration_t noWriters = 0, disposed = 0;
+        EXPECT_TRUE(dds_qget_reader_data_lifecycle(qos_.get(), &noWriters, &disposed));
+        return std::tuple{fields(fromCycloneDuration(noWriters)), fields(fromCycloneDuration(disposed))};
+    }
+    DDS_Long number(bool (*get)(const dds_qos_t *, int32_t *)) const {
+        int32_t value = -12345;
+        EXPECT_TRUE(get(qos_.get(), &value));
+        return value;
+    }
+    DDS_Boolean autodispose() const {
+        bool autodispose = true;
+        EXPECT_TRUE(dds_qget_writer_data_lifecycle(qos_.get(), &autodispose));
+        return autodispose ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
+    }
+    std::vector<int> octets(bool (*get)(const dds_qos_t *, void **, size_t *)) const {
+        void *data = nullptr;
+        size_t size = 0;
+        EXPECT_TRUE(get(qos_.get(), &data, &size));
+        const auto *first = static_cast<const unsigned char *>(data);
+        std::vector<int> octets(first, first + size);
+        dds_free(data);
+        return octets;
+    }
+    std::vector<std::string> partition() const {
+        uint32_t count = 0;
+        char **names = nullptr;
+        EXPECT_TRUE(dds_qget_partition(qos_.get(), &count, &names));
+        std::vector<std::string> partition(names, names + count);
+        for (uint32_t i = 0; i < count; ++i) dds_free(names[i]);
+        dds_free(names);
+        return partition;
+    }
+
+    auto of(const DDS_DomainParticipantQos *) const { return std::tuple{octets(dds_qget_userdata)}; }
+    auto of(const DDS_PublisherQos *) const { return std::tuple{partition(), octets(dds_qget_groupdata)}; }
+    auto of(const DDS_SubscriberQos *) const { return of(static_cast<const DDS_PublisherQos *>(nullptr)); }
+    auto of(const DDS_TopicQos *) const {
+        return std::tuple{limits(), durabilityService(), duration(dds_qget_lifespan),
+                          number(dds_qget_transport_priority), octets(dds_qget_topicdata)};
+    }
+    auto of(const DDS_DataWriterQos *) const {
+        return std::tuple{limits(),
+                          durabilityService(),
+                          duration(dds_qget_lifespan),
+                          number(dds_qget_transport_priority),
+                          number(dds_qget_ownership_strength),
+                          autodispose(),
+                          octets(dds_qget_userdata)};
+    }
+    auto of(const DDS_DataReaderQos *) const {
+        return std::tuple{limits(), duration(dds_qget_time_based_filter), readerDataLifecycle(),
+                          octets(dds_qget_userdata)};
+    }
+
+private:
+    CycloneQos qos_;
+};
+
+// Every new policy away from its default; the writer is the lossless kind
+// (reliable, KEEP_ALL, bounded) and keeps its history for late joiners.
+struct AskedQos {
+    DDS_DomainParticipantQos participant = DDS_DomainParticipantQos_INITIALIZER;
+    DDS_TopicQos topic = DDS_TopicQos_INITIALIZER;
+    DDS_PublisherQos publisher = DDS_PublisherQos_INITIALIZER;
+    DDS_SubscriberQos subscriber = DDS_SubscriberQos_INITIALIZER;
+    DDS_DataWriterQos writer = DDS_DataWriterQos_INITIALIZER;
+    DDS_DataReaderQos reader = DDS_DataReaderQos_INITIALIZER;
+
+    AskedQos() {
+        setBytes(participant.user_data.value, {7, 8, 9});
+        topic.resource_limits = {100, 10, 10};
+        topic.durability_service = {{1, 0}, DDS_KEEP_ALL_HISTORY_QOS, 1, 200, 20, 20};
+        topic.lifespan.duration = {5, 0};
+        topic.transport_priority.value = 2;
+        setBytes(topic.topic_data.value, {1, 2});
+        setNames(publisher.partition, {"vexar", "logs*"});
+        setBytes(publisher.group_data.value, {3});
+        setNames(subscriber.partition, {"vexar"});
+        setBytes(subscriber.group_data.value, {4, 5});
+        writer.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+        writer.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
+        writer.resource_limits = {50, 5, 10};
+        writer.durability_service = {{2, 0}, DDS_KEEP_LAST_HISTORY_QOS, 3, 30, 3, 10};
+        writer.lifespan.duration = {3, 500};
+        writer.transport_priority.value = 9;
+        writer.ownership_strength.value = 12;
+        writer.writer_data_lifecycle.autodispose_unregistered_instances = DDS_BOOLEAN_FALSE;
+        setBytes(writer.user_data.value, {0xde, 0xad});
+        reader.resource_limits = {40, 4, 10};
+        reader.time_based_filter.minimum_separation = {0, 1000};
+        reader.reader_data_lifecycle = {{7, 0}, {8, 0}};
+        setBytes(reader.user_data.value, {6});
+    }
+    ~AskedQos() {
+        DDS_DomainParticipantQos_finalize(&participant);
+        DDS_TopicQos_finalize(&topic);
+        DDS_PublisherQos_finalize(&publisher);
+        DDS_SubscriberQos_finalize(&subscriber);
+        DDS_DataWriterQos_finalize(&writer);
+        DDS_DataReaderQos_finalize(&reader);
+    }
+};
+
+// Our get_qos of `entity`, read into a record that starts at the defaults.
+template <typename Entity, typename Qos>
+auto ourReadBack(Entity *entity, DDS_ReturnCode_t (*getQos)(Entity *, Qos *), DDS_ReturnCode_t (*finalize)(Qos *)) {
+    Qos qos = kDefaults<Qos>;
+    EXPECT_EQ(getQos(entity, &qos), DDS_RETCODE_OK);
+    auto policies = newPolicies(qos);
+    finalize(&qos);
+    return policies;
+}
+
+TEST(QosRoundTrip, NewPoliciesReachCycloneAndReadBack) {
+    LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);  // the values Cyclone does not honour are reported
+    const AskedQos asked;
+    DDS_DomainParticipantFactory *factory = DDS_DomainParticipantFactory_get_instance();
+    DDS_DomainParticipant *participant =
+        DDS_DomainParticipantFactory_create_participant(factory, kRoundTripDomain, &asked.participant, nullptr, 0);
+    ASSERT_NE(participant, nullptr) << log.text();
+    using Type = vexar_test::TopicType<QTV_VX_LogMessage>;
+    OBLX_TypePlugin *plugin = Type::pluginNew();
+    ASSERT_EQ(DDS_DomainParticipant_register_type(participant, Type::registeredTypeName, plugin, nullptr),
+              DDS_RETCODE_OK);
+    Type::pluginDelete(plugin);
+    DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant, Type::topicName, Type::registeredTypeName,
+                                                          &asked.topic, nullptr, 0);
+    DDS_Publisher *publisher = DDS_DomainParticipant_create_publisher(participant, &asked.publisher, nullptr, 0);
+    DDS_Subscriber *subscriber = DDS_DomainParticipant_create_subscriber(participant, &asked.subscriber, nullptr, 0);
+    ASSERT_TRUE(topic && publisher && subscriber) << log.text();
+    DDS_DataWriter *writer = DDS_Publisher_create_datawriter(publisher, topic, &asked.writer, nullptr, 0);
+    DDS_DataReader *reader =
+        DDS_Subscriber_create_datareader(subscriber, DDS_Topic_as_topicdescription(topic), &asked.reader, nullptr, 0);
+    ASSERT_TRUE(writer && reader) << log.text();
+
+    EXPECT_EQ(ourReadBack(participant, DDS_DomainParticipant_get_qos, DDS_DomainParticipantQos_finalize),
+              newPolicies(asked.participant));
+    EXPECT_EQ(ourReadBack(topic, DDS_Topic_get_qos, DDS_TopicQos_finalize), newPolicies(asked.topic));
+    EXPECT_EQ(ourReadBack(publisher, DDS_Publisher_get_qos, DDS_PublisherQos_finalize), newPolicies(asked.publisher));
+    EXPECT_EQ(ourReadBack(subscriber, DDS_Subscriber_get_qos, DDS_SubscriberQos_finalize),
+              newPolicies(asked.subscriber));
+    EXPECT_EQ(ourReadBack(writer, DDS_DataWriter_get_qos, DDS_DataWriterQos_finalize), newPolicies(asked.writer));
+    EXPECT_EQ(ourReadBack(reader, DDS_DataReader_get_qos, DDS_DataReaderQos_finalize), newPolicies(asked.reader));
+
+    EXPECT_EQ(CycloneHeld(participant).of(&asked.participant), newPolicies(asked.participant));
+    EXPECT_EQ(CycloneHeld(topic).of(&asked.topic), newPolicies(asked.topic));
+    EXPECT_EQ(CycloneHeld(publisher).of(&asked.publisher), newPolicies(asked.publisher));
+    EXPECT_EQ(CycloneHeld(subscriber).of(&asked.subscriber), newPolicies(asked.subscriber));
+    EXPECT_EQ(CycloneHeld(reader).of(&asked.reader), newPolicies(asked.reader));
+    // Cyclone serves late joiners of a TRANSIENT_LOCAL writer from its
+    // durability service: there it holds the writer's own history and limits.
+    DDS_DataWriterQos servedFromHistory = asked.writer;
+    servedFromHistory.durability_service = {{2, 0}, DDS_KEEP_ALL_HISTORY_QOS, 1, 50, 5, 10};
+    EXPECT_EQ(CycloneHeld(writer).of(&asked.writer), newPolicies(servedFromHistory));
+
+    EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory, participant), DDS_RETCODE_OK);
 }
 
 }  // namespace

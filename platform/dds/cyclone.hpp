@@ -52,3 +52,8 @@
 #pragma pop_macro("DDS_RETCODE_ILLEGAL_OPERATION")
 
 #include "platform/dds_types.h"
+
+namespace vexar::dds {
+// Cyclone counts times and durations in nanoseconds.
+inline constexpr dds_duration_t kNanosecondsPerSecond = DDS_NSECS_IN_SEC;
+}  // namespace vexar::dds

@@ -121,7 +121,9 @@ DDS_ReturnCode_t DDS_DataWriter_get_qos(DDS_DataWriter *self, DDS_DataWriterQos 
     const char *context = "DDS_DataWriter_get_qos";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
     DDS_ReturnCode_t result = readQos(self->handle, qos, context);
-    if (result == DDS_RETCODE_OK) qos->batch.enable = self->batched.load() ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
+    if (result != DDS_RETCODE_OK) return result;
+    qos->batch.enable = self->batched.load() ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;
+    qos->durability_service = self->durabilityService;
     return result;
 }
 

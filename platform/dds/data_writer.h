@@ -35,6 +35,8 @@ typedef struct DDS_WriteParams_t {
 VEXAR_API DDS_Entity *DDS_DataWriter_as_entity(DDS_DataWriter *self);
 VEXAR_API DDS_Topic *DDS_DataWriter_get_topic(DDS_DataWriter *self);
 VEXAR_API DDS_Publisher *DDS_DataWriter_get_publisher(DDS_DataWriter *self);
+/* The writer's QoS into `qos`, an initialized record, as the writer was
+ * created with it (platform/dds/qos.h says where Cyclone holds otherwise). */
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_get_qos(DDS_DataWriter *self, DDS_DataWriterQos *qos);
 
 /* Sends at once what a batched writer (QoS batch.enable) has packed so far;

@@ -40,9 +40,9 @@ VEXAR_API DDS_Entity *DDS_DomainParticipant_as_entity(DDS_DomainParticipant *sel
 /* The domain id; -1 for null. */
 VEXAR_API DDS_DomainId_t DDS_DomainParticipant_get_domain_id(DDS_DomainParticipant *self);
 
-/* The participant's QoS into `qos`, an initialized record: its name and
- * role, and wire_protocol's rtps_host_id, rtps_app_id and rtps_instance_id
- * read from the participant's GUID prefix. */
+/* The participant's QoS into `qos`, an initialized record: its user data,
+ * name and role, and wire_protocol's rtps_host_id, rtps_app_id and
+ * rtps_instance_id read from the participant's GUID prefix. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_qos(DDS_DomainParticipant *self, DDS_DomainParticipantQos *qos);
 
 /* The factory, for a participant made by it or adopted. */

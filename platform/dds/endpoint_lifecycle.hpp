@@ -52,6 +52,11 @@ inline dds_entity_t createCycloneEndpoint(DDS_DataWriterImpl &writer, const dds_
 inline dds_entity_t createCycloneEndpoint(DDS_DataReaderImpl &reader, const dds_qos_t *qos) noexcept {
     return dds_create_reader(reader.subscriber.handle, reader.description.handle, qos, nullptr);
 }
+// What of its QoS an endpoint keeps itself, because its Cyclone QoS says otherwise.
+inline void keepOwnQos(DDS_DataWriterImpl &writer, const DDS_DataWriterQos &qos) noexcept {
+    writer.durabilityService = qos.durability_service;
+}
+inline void keepOwnQos(DDS_DataReaderImpl &, const DDS_DataReaderQos &) noexcept {}
 inline OBLX_TypePluginEndpointKind endpointKind(const DDS_DataWriterImpl &) noexcept {
     return OBLX_TYPEPLUGIN_ENDPOINT_WRITER;
 }
@@ -92,6 +97,7 @@ Endpoint *createEndpoint(Group &group, Description &topic, const Qos &qos, const
     CycloneQos cycloneQos = toCyclone(qos, context);
     if (cycloneQos == nullptr) return nullptr;
     auto endpoint = std::make_unique<Endpoint>(group, topic);
+    keepOwnQos(*endpoint, qos);
     {
         std::lock_guard lock(participant.mutex);
         if (!contains(groupsOf(participant, &group), &group)) {

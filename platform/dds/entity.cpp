@@ -15,10 +15,6 @@ DDS_ReturnCode_t fromCycloneResult(dds_return_t result) noexcept {
     return DDS_RETCODE_ERROR;
 }
 
-namespace {
-constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
-}
-
 std::optional<dds_time_t> toCycloneTime(const DDS_Time_t &time) noexcept {
     if (time.sec < 0 || time.nanosec >= kNanosecondsPerSecond) return std::nullopt;
     return static_cast<dds_time_t>(time.sec) * kNanosecondsPerSecond + time.nanosec;

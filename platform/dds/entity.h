@@ -46,9 +46,6 @@ typedef struct DDS_GUID_t {
     DDS_Octet value[16];
 } DDS_GUID_t;
 
-/* Lets the middleware choose, or puts no bound on a count. */
-#define DDS_LENGTH_UNLIMITED -1
-
 /* ---- Status masks (OMG bit values) ------------------------------------ */
 
 typedef DDS_UnsignedLong DDS_StatusMask;

@@ -172,6 +172,10 @@ struct DDS_DataWriterImpl : DDS_EntityImpl {
     // Its QoS's batch.enable: it leaves flushing to the application. Set once
     // the writer is made, possibly while a listener of it already runs.
     std::atomic<bool> batched{false};
+    // Its QoS's durability_service as asked: a TRANSIENT_LOCAL writer's
+    // Cyclone QoS holds its own history there (see toCyclone). Set before
+    // the Cyclone writer exists.
+    DDS_DurabilityServiceQosPolicy durabilityService = DDS_DURABILITY_SERVICE_QOS_POLICY_DEFAULT;
 };
 
 // Samples lent to the application: a reader's own array of initialized

@@ -1,17 +1,32 @@
 /* QoS records of the DDS entities: the policies Vexar chooses, with their
  * OMG names and defaults. Each entity record has
  *   _initialize (the OMG defaults, as its static _INITIALIZER),
- *   _finalize   (frees the strings that the record owns),
+ *   _finalize   (frees the strings and sequences that the record owns),
  *   _copy       (deep copy into an initialized record).
  * The bridge maps a record onto Cyclone's QoS when it creates the entity.
- * What Cyclone cannot honour is passed on where Cyclone accepts it and
- * reported through the middleware logger, never dropped in silence:
+ * What Cyclone cannot honour is passed on where Cyclone accepts it (remote
+ * applications see it in discovery) and reported through the middleware
+ * logger, never dropped in silence:
  *   - presentation coherent_access (Cyclone has no coherent sets) and
  *     ordered_access beyond INSTANCE scope;
  *   - durability TRANSIENT and PERSISTENT (no durability service: late
- *     joiners get no history);
+ *     joiners get no history, and durability_service configures nothing);
+ *   - resource_limits of a writer other than unlimited (Cyclone bounds a
+ *     writer's unacknowledged data in bytes, by its configuration's
+ *     Internal/Watermarks/WhcHigh, not in samples; a reliable KEEP_ALL
+ *     writer still blocks, then times out, when it reaches that bound);
+ *   - time_based_filter minimum_separation above zero (readers get every
+ *     sample);
+ *   - reader_data_lifecycle delays other than infinite (readers purge
+ *     nothing by themselves);
+ *   - transport_priority other than 0 (all data is sent alike);
  *   - wire_protocol ids other than DDS_RTPS_AUTO_ID (Cyclone derives them
  *     from the participant's GUID; the bridge reads them back from there).
+ * Cyclone serves late TRANSIENT_LOCAL readers from its durability-service
+ * history, not from the writer's: a TRANSIENT_LOCAL writer's Cyclone QoS
+ * takes the writer's own history and resource limits there, as the OMG
+ * semantics of TRANSIENT_LOCAL ask, and DDS_DataWriter_get_qos still
+ * returns the durability_service that the writer was created with.
  * Two policies have no Cyclone counterpart and travel as entity properties,
  * readable again from the entity's QoS: protocol.vendor_specific_entity as
  * "vexar.vendor_specific_entity" = "true", and participant_name.role_name as
@@ -36,6 +51,7 @@
 
 #include "platform/dds_types.h"
 #include "platform/export.h"
+#include "platform/types/sequence.h"
 
 VEXAR_BEGIN_DECLS
 
@@ -124,6 +140,77 @@ typedef struct DDS_DestinationOrderQosPolicy {
     DDS_DestinationOrderQosPolicyKind kind;
 } DDS_DestinationOrderQosPolicy;
 
+/* Bounds on what a reader or writer keeps: each a count of at least 1, or
+ * DDS_LENGTH_UNLIMITED. max_samples may not be below
+ * max_samples_per_instance, nor that below a KEEP_LAST history's depth. */
+typedef struct DDS_ResourceLimitsQosPolicy {
+    DDS_Long max_samples;
+    DDS_Long max_instances;
+    DDS_Long max_samples_per_instance;
+} DDS_ResourceLimitsQosPolicy;
+
+/* How long a sample stays valid after it was written. */
+typedef struct DDS_LifespanQosPolicy {
+    DDS_Duration_t duration;
+} DDS_LifespanQosPolicy;
+
+/* The history and limits of the service that keeps TRANSIENT and
+ * PERSISTENT data for late joiners. */
+typedef struct DDS_DurabilityServiceQosPolicy {
+    DDS_Duration_t service_cleanup_delay;
+    DDS_HistoryQosPolicyKind history_kind;
+    DDS_Long history_depth;
+    DDS_Long max_samples;
+    DDS_Long max_instances;
+    DDS_Long max_samples_per_instance;
+} DDS_DurabilityServiceQosPolicy;
+
+/* Readers and writers match only when their publisher and subscriber
+ * share a partition name; no name at all is the default partition. The
+ * sequence and its strings are owned by the record. */
+typedef struct DDS_PartitionQosPolicy {
+    DDS_StringSeq name;
+} DDS_PartitionQosPolicy;
+
+/* Bytes that the application attaches to an entity for remote applications
+ * to read from discovery; owned by the record. */
+typedef struct DDS_UserDataQosPolicy {
+    DDS_OctetSeq value;
+} DDS_UserDataQosPolicy;
+
+typedef struct DDS_TopicDataQosPolicy {
+    DDS_OctetSeq value;
+} DDS_TopicDataQosPolicy;
+
+typedef struct DDS_GroupDataQosPolicy {
+    DDS_OctetSeq value;
+} DDS_GroupDataQosPolicy;
+
+/* Which writer of an EXCLUSIVE instance its readers hear: the strongest. */
+typedef struct DDS_OwnershipStrengthQosPolicy {
+    DDS_Long value;
+} DDS_OwnershipStrengthQosPolicy;
+
+typedef struct DDS_TransportPriorityQosPolicy {
+    DDS_Long value;
+} DDS_TransportPriorityQosPolicy;
+
+typedef struct DDS_WriterDataLifecycleQosPolicy {
+    DDS_Boolean autodispose_unregistered_instances; /* unregistering an instance disposes it too */
+} DDS_WriterDataLifecycleQosPolicy;
+
+/* How long a reader keeps the samples of an instance that has no writers
+ * left, or that was disposed. */
+typedef struct DDS_ReaderDataLifecycleQosPolicy {
+    DDS_Duration_t autopurge_nowriter_samples_delay;
+    DDS_Duration_t autopurge_disposed_samples_delay;
+} DDS_ReaderDataLifecycleQosPolicy;
+
+/* A reader wants at most one sample per instance in this time. */
+typedef struct DDS_TimeBasedFilterQosPolicy {
+    DDS_Duration_t minimum_separation;
+} DDS_TimeBasedFilterQosPolicy;
+
 /* Both strings are owned by the record: set them with DDS_String_dup
  * (platform/runtime/dds_string.h); _finalize frees them. Null means unset. */
 typedef struct DDS_EntityNameQosPolicy {
@@ -146,6 +233,7 @@ typedef struct DDS_WireProtocolQosPolicy {
 } DDS_WireProtocolQosPolicy;
 
 typedef struct DDS_DomainParticipantQos {
+    DDS_UserDataQosPolicy user_data;
     DDS_EntityNameQosPolicy participant_name;
     DDS_WireProtocolQosPolicy wire_protocol;
     DDS_ProtocolQosPolicy protocol;
@@ -153,26 +241,36 @@ typedef struct DDS_DomainParticipantQos {
 
 typedef struct DDS_PublisherQos {
     DDS_PresentationQosPolicy presentation;
+    DDS_PartitionQosPolicy partition;
+    DDS_GroupDataQosPolicy group_data;
     DDS_ProtocolQosPolicy protocol;
 } DDS_PublisherQos;
 
 typedef struct DDS_SubscriberQos {
     DDS_PresentationQosPolicy presentation;
+    DDS_PartitionQosPolicy partition;
+    DDS_GroupDataQosPolicy group_data;
     DDS_ProtocolQosPolicy protocol;
 } DDS_SubscriberQos;
 
-/* Topics, writers and readers carry the same policies; only their defaults
- * differ (writers are reliable). */
+/* Topics, writers and readers start with the same policies, whose defaults
+ * differ only in reliability (writers are reliable); each then adds its
+ * own. */
 typedef struct DDS_TopicQos {
     DDS_ReliabilityQosPolicy reliability;
     DDS_DurabilityQosPolicy durability;
     DDS_HistoryQosPolicy history;
+    DDS_ResourceLimitsQosPolicy resource_limits;
     DDS_OwnershipQosPolicy ownership;
     DDS_DeadlineQosPolicy deadline;
     DDS_LatencyBudgetQosPolicy latency_budget;
     DDS_LivelinessQosPolicy liveliness;
     DDS_DestinationOrderQosPolicy destination_order;
     DDS_ProtocolQosPolicy protocol;
+    DDS_DurabilityServiceQosPolicy durability_service;
+    DDS_LifespanQosPolicy lifespan;
+    DDS_TransportPriorityQosPolicy transport_priority;
+    DDS_TopicDataQosPolicy topic_data;
 } DDS_TopicQos;
 
 /* Many small samples per network packet, sent on DDS_DataWriter_flush or
@@ -185,12 +283,19 @@ typedef struct DDS_DataWriterQos {
     DDS_ReliabilityQosPolicy reliability;
     DDS_DurabilityQosPolicy durability;
     DDS_HistoryQosPolicy history;
+    DDS_ResourceLimitsQosPolicy resource_limits;
     DDS_OwnershipQosPolicy ownership;
     DDS_DeadlineQosPolicy deadline;
     DDS_LatencyBudgetQosPolicy latency_budget;
     DDS_LivelinessQosPolicy liveliness;
     DDS_DestinationOrderQosPolicy destination_order;
     DDS_ProtocolQosPolicy protocol;
+    DDS_DurabilityServiceQosPolicy durability_service;
+    DDS_LifespanQosPolicy lifespan;
+    DDS_TransportPriorityQosPolicy transport_priority;
+    DDS_OwnershipStrengthQosPolicy ownership_strength;
+    DDS_WriterDataLifecycleQosPolicy writer_data_lifecycle;
+    DDS_UserDataQosPolicy user_data;
     DDS_BatchQosPolicy batch;
 } DDS_DataWriterQos;
 
@@ -198,12 +303,16 @@ typedef struct DDS_DataReaderQos {
     DDS_ReliabilityQosPolicy reliability;
     DDS_DurabilityQosPolicy durability;
     DDS_HistoryQosPolicy history;
+    DDS_ResourceLimitsQosPolicy resource_limits;
     DDS_OwnershipQosPolicy ownership;
     DDS_DeadlineQosPolicy deadline;
     DDS_LatencyBudgetQosPolicy latency_budget;
     DDS_LivelinessQosPolicy liveliness;
     DDS_DestinationOrderQosPolicy destination_order;
     DDS_ProtocolQosPolicy protocol;
+    DDS_TimeBasedFilterQosPolicy time_based_filter;
+    DDS_ReaderDataLifecycleQosPolicy reader_data_lifecycle;
+    DDS_UserDataQosPolicy user_data;
 } DDS_DataReaderQos;
 
 /* The OMG defaults. Writers are reliable, everything else best effort;
@@ -214,32 +323,78 @@ typedef struct DDS_DataReaderQos {
     { DDS_BOOLEAN_FALSE }
 #define DDS_BATCH_QOS_POLICY_DEFAULT \
     { DDS_BOOLEAN_FALSE }
-#define DDS_ENDPOINT_QOS_POLICIES_DEFAULT(reliability_kind)                                               \
-    {(reliability_kind), {0, 100000000}}, {DDS_VOLATILE_DURABILITY_QOS}, {DDS_KEEP_LAST_HISTORY_QOS, 1},  \
-        {DDS_SHARED_OWNERSHIP_QOS}, {DDS_DURATION_INFINITE_INITIALIZER}, {DDS_DURATION_ZERO_INITIALIZER}, \
-        {DDS_AUTOMATIC_LIVELINESS_QOS, DDS_DURATION_INFINITE_INITIALIZER},                                \
+#define DDS_RESOURCE_LIMITS_QOS_POLICY_DEFAULT \
+    { DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED }
+#define DDS_LIFESPAN_QOS_POLICY_DEFAULT \
+    { DDS_DURATION_INFINITE_INITIALIZER }
+#define DDS_DURABILITY_SERVICE_QOS_POLICY_DEFAULT                                                                \
+    {                                                                                                            \
+        DDS_DURATION_ZERO_INITIALIZER, DDS_KEEP_LAST_HISTORY_QOS, 1, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED, \
+            DDS_LENGTH_UNLIMITED                                                                                 \
+    }
+/* No partition name (the default partition). */
+#define DDS_PARTITION_QOS_POLICY_DEFAULT \
+    { DDS_SEQUENCE_INITIALIZER }
+/* No bytes: user data, topic data and group data alike. */
+#define DDS_DATA_QOS_POLICY_DEFAULT \
+    { DDS_SEQUENCE_INITIALIZER }
+#define DDS_OWNERSHIP_STRENGTH_QOS_POLICY_DEFAULT \
+    { 0 }
+#define DDS_TRANSPORT_PRIORITY_QOS_POLICY_DEFAULT \
+    { 0 }
+#define DDS_WRITER_DATA_LIFECYCLE_QOS_POLICY_DEFAULT \
+    { DDS_BOOLEAN_TRUE }
+#define DDS_READER_DATA_LIFECYCLE_QOS_POLICY_DEFAULT \
+    { DDS_DURATION_INFINITE_INITIALIZER, DDS_DURATION_INFINITE_INITIALIZER }
+#define DDS_TIME_BASED_FILTER_QOS_POLICY_DEFAULT \
+    { DDS_DURATION_ZERO_INITIALIZER }
+#define DDS_ENDPOINT_QOS_POLICIES_DEFAULT(reliability_kind)                                                      \
+    {(reliability_kind), {0, 100000000}}, {DDS_VOLATILE_DURABILITY_QOS}, {DDS_KEEP_LAST_HISTORY_QOS, 1},         \
+        DDS_RESOURCE_LIMITS_QOS_POLICY_DEFAULT, {DDS_SHARED_OWNERSHIP_QOS}, {DDS_DURATION_INFINITE_INITIALIZER}, \
+        {DDS_DURATION_ZERO_INITIALIZER}, {DDS_AUTOMATIC_LIVELINESS_QOS, DDS_DURATION_INFINITE_INITIALIZER},      \
         {DDS_BY_RECEPTION_TIMESTAMP_DESTINATIONORDER_QOS}, DDS_PROTOCOL_QOS_POLICY_DEFAULT
 
 /* Static initializers: a record declared with one holds the defaults and
  * owns nothing, exactly as after _initialize. */
-#define DDS_DomainParticipantQos_INITIALIZER \
-    { {NULL, NULL}, {DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID}, DDS_PROTOCOL_QOS_POLICY_DEFAULT }
-#define DDS_PublisherQos_INITIALIZER \
-    { DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PROTOCOL_QOS_POLICY_DEFAULT }
-#define DDS_SubscriberQos_INITIALIZER \
-    { DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PROTOCOL_QOS_POLICY_DEFAULT }
-#define DDS_TopicQos_INITIALIZER \
-    { DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_BEST_EFFORT_RELIABILITY_QOS) }
-#define DDS_DataWriterQos_INITIALIZER \
-    { DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_RELIABLE_RELIABILITY_QOS), DDS_BATCH_QOS_POLICY_DEFAULT }
-#define DDS_DataReaderQos_INITIALIZER \
-    { DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_BEST_EFFORT_RELIABILITY_QOS) }
+#define DDS_DomainParticipantQos_INITIALIZER                                                               \
+    {                                                                                                      \
+        DDS_DATA_QOS_POLICY_DEFAULT, {NULL, NULL}, {DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID, DDS_RTPS_AUTO_ID}, \
+            DDS_PROTOCOL_QOS_POLICY_DEFAULT                                                                \
+    }
+#define DDS_PublisherQos_INITIALIZER                                                                        \
+    {                                                                                                       \
+        DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PARTITION_QOS_POLICY_DEFAULT, DDS_DATA_QOS_POLICY_DEFAULT, \
+            DDS_PROTOCOL_QOS_POLICY_DEFAULT                                                                 \
+    }
+#define DDS_SubscriberQos_INITIALIZER                                                                       \
+    {                                                                                                       \
+        DDS_PRESENTATION_QOS_POLICY_DEFAULT, DDS_PARTITION_QOS_POLICY_DEFAULT, DDS_DATA_QOS_POLICY_DEFAULT, \
+            DDS_PROTOCOL_QOS_POLICY_DEFAULT                                                                 \
+    }
+#define DDS_TopicQos_INITIALIZER                                                                                       \
+    {                                                                                                                  \
+        DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_BEST_EFFORT_RELIABILITY_QOS), DDS_DURABILITY_SERVICE_QOS_POLICY_DEFAULT, \
+            DDS_LIFESPAN_QOS_POLICY_DEFAULT, DDS_TRANSPORT_PRIORITY_QOS_POLICY_DEFAULT, DDS_DATA_QOS_POLICY_DEFAULT    \
+    }
+#define DDS_DataWriterQos_INITIALIZER                                                                               \
+    {                                                                                                               \
+        DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_RELIABLE_RELIABILITY_QOS), DDS_DURABILITY_SERVICE_QOS_POLICY_DEFAULT, \
+            DDS_LIFESPAN_QOS_POLICY_DEFAULT, DDS_TRANSPORT_PRIORITY_QOS_POLICY_DEFAULT,                             \
+            DDS_OWNERSHIP_STRENGTH_QOS_POLICY_DEFAULT, DDS_WRITER_DATA_LIFECYCLE_QOS_POLICY_DEFAULT,                \
+            DDS_DATA_QOS_POLICY_DEFAULT, DDS_BATCH_QOS_POLICY_DEFAULT                                               \
+    }
+#define DDS_DataReaderQos_INITIALIZER                                                                                 \
+    {                                                                                                                 \
+        DDS_ENDPOINT_QOS_POLICIES_DEFAULT(DDS_BEST_EFFORT_RELIABILITY_QOS), DDS_TIME_BASED_FILTER_QOS_POLICY_DEFAULT, \
+            DDS_READER_DATA_LIFECYCLE_QOS_POLICY_DEFAULT, DDS_DATA_QOS_POLICY_DEFAULT                                 \
+    }
 
 /* Every operation returns DDS_RETCODE_OK, DDS_RETCODE_BAD_PARAMETER for a
- * null argument (reported), or DDS_RETCODE_OUT_OF_RESOURCES when a string
- * copy fails (reported; dst is then left as it was).
+ * null argument (reported), or DDS_RETCODE_OUT_OF_RESOURCES when a copy of
+ * a string or sequence fails (reported; dst is then left as it was).
  * _initialize overwrites without freeing: use it on fresh memory or after
- * _finalize. _finalize frees the owned strings and leaves the defaults.
+ * _finalize. _finalize frees the owned strings and sequences (a sequence on
+ * loan goes back to its lender untouched) and leaves the defaults.
  * _copy frees what dst owned first; dst == src is allowed. */
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantQos_initialize(DDS_DomainParticipantQos *self);
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipantQos_finalize(DDS_DomainParticipantQos *self);

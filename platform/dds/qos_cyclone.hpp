@@ -16,6 +16,10 @@ struct CycloneQosDeleter {
 };
 using CycloneQos = std::unique_ptr<dds_qos_t, CycloneQosDeleter>;
 
+// The entity properties that carry what Cyclone's QoS has no place for.
+inline constexpr const char *kVendorSpecificEntityProperty = "vexar.vendor_specific_entity";
+inline constexpr const char *kRoleNameProperty = "vexar.role_name";
+
 // The Cyclone QoS for a record. Null, with the fault reported under
 // `context` (the creating operation's name), when a value is out of range or
 // memory ran out. Values that Cyclone cannot honour (see platform/dds/qos.h) are

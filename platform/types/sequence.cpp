@@ -1,4 +1,4 @@
-// The platform's own sequences: DDS_LongSeq and DDS_StringSeq.
+// The platform's own sequences: DDS_LongSeq, DDS_OctetSeq and DDS_StringSeq.
 #include "platform/types/sequence.hpp"
 
 #include "platform/runtime/dds_string.h"
@@ -31,4 +31,5 @@ struct StringElementTraits {
 }  // namespace
 
 OBLX_SEQUENCE_DEFINE(DDS_LongSeq, DDS_Long, vexar::types::PlainElementTraits<DDS_Long>);
+OBLX_SEQUENCE_DEFINE(DDS_OctetSeq, DDS_Octet, vexar::types::PlainElementTraits<DDS_Octet>);
 OBLX_SEQUENCE_DEFINE(DDS_StringSeq, char *, StringElementTraits);

@@ -104,6 +104,8 @@ VEXAR_BEGIN_DECLS
 
 /* The platform's own sequences. */
 OBLX_SEQUENCE_DECLARE(DDS_LongSeq, DDS_Long);
+/* Opaque bytes, such as the user data of a QoS. */
+OBLX_SEQUENCE_DECLARE(DDS_OctetSeq, DDS_Octet);
 /* Elements are heap strings owned by the sequence. */
 OBLX_SEQUENCE_DECLARE(DDS_StringSeq, char *);
 
