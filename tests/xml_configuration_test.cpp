@@ -83,8 +83,8 @@ void sensorStartTag(DDS_XMLObject *object, const char *tag, const char **, DDS_X
 }
 
 void sensorEndTag(DDS_XMLObject *object, const char *tag, const char *text, DDS_XMLContext *context) {
-    recorderOf(object->extension_class).events.push_back("end " + std::string(tag) + " [" + text + "] at " +
-                                                         where(context));
+    recorderOf(object->extension_class)
+        .events.push_back("end " + std::string(tag) + " [" + text + "] at " + where(context));
     auto *sensor = reinterpret_cast<Sensor *>(object);
     if (std::strcmp(tag, "rate") == 0) sensor->rate = std::atoi(text);
     if (std::strcmp(tag, "enabled") == 0) DDS_XMLHelper_str_to_boolean(&sensor->enabled, text, context);
@@ -145,8 +145,7 @@ protected:
         EXPECT_EQ(DDS_DomainParticipantFactory_unload_xml(factory()), DDS_RETCODE_OK);
         EXPECT_EQ(recorder.liveObjects, 0);
         EXPECT_EQ(DDS_DomainParticipantFactory_unregister_xml_extension_class(factory(), sensorClass), DDS_RETCODE_OK);
-        EXPECT_EQ(DDS_DomainParticipantFactory_unregister_xml_extension_class(factory(), stationClass),
-                  DDS_RETCODE_OK);
+        EXPECT_EQ(DDS_DomainParticipantFactory_unregister_xml_extension_class(factory(), stationClass), DDS_RETCODE_OK);
         DDS_XMLExtensionClass_delete(sensorClass);
         DDS_XMLExtensionClass_delete(stationClass);
     }
@@ -210,9 +209,9 @@ TEST_F(XmlConfiguration, ExtensionClassIsToldEveryTagWithItsTextAndLine) {
     ASSERT_EQ(DDS_DomainParticipantFactory_load_xml_file(factory(), file.path()), DDS_RETCODE_OK);
     const std::string at = std::string(" at ") + file.path() + ":";
     const std::vector<std::string> expected{
-        "new s1 under dds" + at + "2",   "start rate" + at + "2",       "end rate [ 5 ]" + at + "2",
-        "start limits" + at + "3",       "start low" + at + "3",        "end low [1]" + at + "3",
-        "end limits []" + at + "3",      "end sensor [\ntail]" + at + "3", "new s2 under qos_library" + at + "5",
+        "new s1 under dds" + at + "2", "start rate" + at + "2",          "end rate [ 5 ]" + at + "2",
+        "start limits" + at + "3",     "start low" + at + "3",           "end low [1]" + at + "3",
+        "end limits []" + at + "3",    "end sensor [\ntail]" + at + "3", "new s2 under qos_library" + at + "5",
         "end sensor []" + at + "5",
     };
     EXPECT_EQ(recorder.events, expected);
@@ -264,7 +263,8 @@ TEST_F(XmlConfiguration, RefusedDocumentReportsEveryErrorAndLeavesTheTreeAlone) 
          {"<string>:2: malformed boolean \" maybe \" (expected true/false, 1/0 or yes/no)"}},
         {"<dds><sensor name=\"c\"/>\n<sensor name=\"d\" refuse=\"yes\"/></dds>",
          {"<string>:2: <sensor> refused by the extension class <sensor>"}},
-        {"<qos_library>\n<station/>\n</qos_library>", {"<string>:2: <station> may stand only at the top of a document"}},
+        {"<qos_library>\n<station/>\n</qos_library>",
+         {"<string>:2: <station> may stand only at the top of a document"}},
     };
     ASSERT_EQ(load("\n<sensor name=\"loaded\"/>"), DDS_RETCODE_OK);
     const std::string before = savedXml();
@@ -292,20 +292,19 @@ TEST_F(XmlConfiguration, SavedConfigurationLoadsBackToTheSameTree) {
                    "</dds>"),
               DDS_RETCODE_OK);
     const std::string saved = savedXml();
-    EXPECT_EQ(saved,
-              "<dds>\n"
-              "    <qos_library name=\"lib &amp; co\">\n"
-              "        <profile name=\"p\" note=\"tab&#9;nl&#10;q&quot;&apos;&lt;&#13;\">\n"
-              "            text &lt;&amp;&gt;\n"
-              "            <empty/>\n"
-              "            <leaf>v</leaf>\n"
-              "        </profile>\n"
-              "    </qos_library>\n"
-              "    <sensor name=\"s\">\n"
-              "        <rate>7</rate>\n"
-              "        <enabled>true</enabled>\n"
-              "    </sensor>\n"
-              "</dds>\n");
+    EXPECT_EQ(saved, "<dds>\n"
+                     "    <qos_library name=\"lib &amp; co\">\n"
+                     "        <profile name=\"p\" note=\"tab&#9;nl&#10;q&quot;&apos;&lt;&#13;\">\n"
+                     "            text &lt;&amp;&gt;\n"
+                     "            <empty/>\n"
+                     "            <leaf>v</leaf>\n"
+                     "        </profile>\n"
+                     "    </qos_library>\n"
+                     "    <sensor name=\"s\">\n"
+                     "        <rate>7</rate>\n"
+                     "        <enabled>true</enabled>\n"
+                     "    </sensor>\n"
+                     "</dds>\n");
     ASSERT_EQ(DDS_DomainParticipantFactory_unload_xml(factory()), DDS_RETCODE_OK);
     EXPECT_EQ(savedXml(), "<dds/>\n");
     ASSERT_EQ(load(saved.c_str()), DDS_RETCODE_OK);

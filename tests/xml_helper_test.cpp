@@ -17,10 +17,9 @@ TEST(XmlHelper, BooleansAreReadInAnyCaseWithWhiteSpaceAround) {
         bool valid;
         DDS_Boolean value;
     } cases[] = {
-        {"true", true, 1},     {" TRUE\n", true, 1}, {"\tYes ", true, 1}, {"1", true, 1},
-        {"False", true, 0},    {"no", true, 0},      {" 0 ", true, 0},    {"maybe", false, 0},
-        {"", false, 0},        {"truee", false, 0},  {"t rue", false, 0}, {"2", false, 0},
-        {nullptr, false, 0},
+        {"true", true, 1},   {" TRUE\n", true, 1}, {"\tYes ", true, 1}, {"1", true, 1}, {"False", true, 0},
+        {"no", true, 0},     {" 0 ", true, 0},     {"maybe", false, 0}, {"", false, 0}, {"truee", false, 0},
+        {"t rue", false, 0}, {"2", false, 0},      {nullptr, false, 0},
     };
     for (const auto &c : cases) {
         const vexar_test::LogCapture capture;
@@ -77,16 +76,15 @@ TEST(XmlHelper, SaveHelpersWriteIndentedEscapedElements) {
     context.indent = 2;
     context.depth = 1;
     saveSample(context);
-    EXPECT_STREQ(DDS_XMLSaveContext_get_string(&context),
-                 "  <qos>\n"
-                 "    <depth>-2147483648</depth>\n"
-                 "    <name>a&lt;b&gt;&amp;&quot;c&apos;</name>\n"
-                 "    <ports>\n"
-                 "      <element>3</element>\n"
-                 "      <element>-40</element>\n"
-                 "    </ports>\n"
-                 "    <raw n=\"7\"/>\n"
-                 "  </qos>\n");
+    EXPECT_STREQ(DDS_XMLSaveContext_get_string(&context), "  <qos>\n"
+                                                          "    <depth>-2147483648</depth>\n"
+                                                          "    <name>a&lt;b&gt;&amp;&quot;c&apos;</name>\n"
+                                                          "    <ports>\n"
+                                                          "      <element>3</element>\n"
+                                                          "      <element>-40</element>\n"
+                                                          "    </ports>\n"
+                                                          "    <raw n=\"7\"/>\n"
+                                                          "  </qos>\n");
     EXPECT_EQ(context.depth, 1);
     EXPECT_EQ(context.error, 0);
     DDS_XMLSaveContext_finalize(&context);

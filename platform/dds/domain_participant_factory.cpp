@@ -1,5 +1,5 @@
 // The participant factory: participants on Cyclone, the default participant
-// QoS, and the profile look-ups that find nothing until named profiles exist.
+// QoS (the profile look-ups are in factory_profiles.cpp).
 #include "platform/dds/entity.hpp"
 
 #include "platform/log/logger.h"
@@ -44,14 +44,6 @@ DDS_DomainParticipant *createParticipant(DDS_DomainId_t domainId, const DDS_Doma
     }
     auto participant = std::make_unique<DDS_DomainParticipantImpl>(handle, domainId, false);
     return participant.release();
-}
-
-// A profile look-up that finds nothing.
-DDS_ReturnCode_t noSuchProfile(const DDS_DomainParticipantFactory *self, const void *qos,
-                               const char *context) noexcept {
-    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
-    OBLX_Report_badParameter(context, qos == nullptr ? "qos" : "profile (no QoS profiles are defined)");
-    return DDS_RETCODE_BAD_PARAMETER;
 }
 
 }  // namespace
@@ -129,68 +121,6 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_set_default_participant_qos(DDS_Do
         std::lock_guard lock(theFactory.mutex);
         return DDS_DomainParticipantQos_copy(&theFactory.defaultQos, qos);
     });
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_qos_profiles(DDS_DomainParticipantFactory *self,
-                                                               DDS_StringSeq *profile_names, const char *library_name) {
-    const char *context = "DDS_DomainParticipantFactory_get_qos_profiles";
-    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
-    if (profile_names == nullptr || library_name == nullptr) {
-        OBLX_Report_badParameter(context, profile_names == nullptr ? "profile_names" : "library_name");
-        return DDS_RETCODE_BAD_PARAMETER;
-    }
-    return DDS_StringSeq_set_length(profile_names, 0) ? DDS_RETCODE_OK : DDS_RETCODE_ERROR;
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_participant_qos_from_profile(DDS_DomainParticipantFactory *self,
-                                                                               DDS_DomainParticipantQos *qos,
-                                                                               const char *, const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_participant_qos_from_profile");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_publisher_qos_from_profile(DDS_DomainParticipantFactory *self,
-                                                                             DDS_PublisherQos *qos, const char *,
-                                                                             const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_publisher_qos_from_profile");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_subscriber_qos_from_profile(DDS_DomainParticipantFactory *self,
-                                                                              DDS_SubscriberQos *qos, const char *,
-                                                                              const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_subscriber_qos_from_profile");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile(DDS_DomainParticipantFactory *self,
-                                                                         DDS_TopicQos *qos, const char *,
-                                                                         const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_topic_qos_from_profile");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(
-    DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *, const char *, const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datawriter_qos_from_profile(DDS_DomainParticipantFactory *self,
-                                                                              DDS_DataWriterQos *qos, const char *,
-                                                                              const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datawriter_qos_from_profile");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(
-    DDS_DomainParticipantFactory *self, DDS_DataWriterQos *qos, const char *, const char *, const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datareader_qos_from_profile(DDS_DomainParticipantFactory *self,
-                                                                              DDS_DataReaderQos *qos, const char *,
-                                                                              const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datareader_qos_from_profile");
-}
-
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_datareader_qos_from_profile_w_topic_name(
-    DDS_DomainParticipantFactory *self, DDS_DataReaderQos *qos, const char *, const char *, const char *) {
-    return noSuchProfile(self, qos, "DDS_DomainParticipantFactory_get_datareader_qos_from_profile_w_topic_name");
 }
 
 }  // extern "C"

@@ -141,6 +141,29 @@ DDS_ReturnCode_t copyRecord(Qos *dst, const Qos *src, const char *context) noexc
 }
 
 }  // namespace
+
+template <typename Qos>
+void releaseQos(Qos &qos) noexcept {
+    releaseRecord(qos);
+    qos = kDefaults<Qos>;
+}
+
+template <typename Qos>
+DDS_ReturnCode_t copyQos(Qos &dst, const Qos &src, const char *context) noexcept {
+    return copyRecord(&dst, &src, context);
+}
+
+#define VEXAR_QOS_RECORD_TEMPLATES(Qos)          \
+    template void releaseQos(Qos &qos) noexcept; \
+    template DDS_ReturnCode_t copyQos(Qos &dst, const Qos &src, const char *context) noexcept
+VEXAR_QOS_RECORD_TEMPLATES(DDS_DomainParticipantQos);
+VEXAR_QOS_RECORD_TEMPLATES(DDS_PublisherQos);
+VEXAR_QOS_RECORD_TEMPLATES(DDS_SubscriberQos);
+VEXAR_QOS_RECORD_TEMPLATES(DDS_TopicQos);
+VEXAR_QOS_RECORD_TEMPLATES(DDS_DataWriterQos);
+VEXAR_QOS_RECORD_TEMPLATES(DDS_DataReaderQos);
+#undef VEXAR_QOS_RECORD_TEMPLATES
+
 }  // namespace vexar::dds
 
 using vexar::dds::copyRecord;

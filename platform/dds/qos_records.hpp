@@ -76,4 +76,24 @@ bool visitPolicies(Visit &&visit) noexcept {
         kPolicies<Qos>);
 }
 
+// Frees what the record owns and puts the defaults back.
+template <typename Qos>
+void releaseQos(Qos &qos) noexcept;
+
+// A deep copy; `dst` is left as it was when memory runs out (reported
+// under `context`, DDS_RETCODE_OUT_OF_RESOURCES).
+template <typename Qos>
+DDS_ReturnCode_t copyQos(Qos &dst, const Qos &src, const char *context) noexcept;
+
+// A record holding the defaults, released when it goes.
+template <typename Qos>
+struct OwnedQos {
+    OwnedQos() noexcept = default;
+    ~OwnedQos() { releaseQos(qos); }
+    OwnedQos(const OwnedQos &) = delete;
+    OwnedQos &operator=(const OwnedQos &) = delete;
+
+    Qos qos = kDefaults<Qos>;
+};
+
 }  // namespace vexar::dds

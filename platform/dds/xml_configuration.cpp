@@ -1,14 +1,9 @@
 // The factory's XML operations: arguments checked at the C boundary, the
 // work done by the factory's XML store.
-#include <cerrno>
-#include <cstdio>
-#include <memory>
-#include <optional>
 #include <string>
 
 #include "platform/dds/entity.hpp"
 #include "platform/dds/xml_documents.hpp"
-#include "platform/runtime/posix_failure.hpp"
 
 using namespace vexar::dds;
 
@@ -16,23 +11,6 @@ namespace {
 
 // What errors and objects of a document given as text name it.
 const std::string kStringDocumentName = "<string>";
-
-// The whole file, or nothing (reported) when it cannot be read.
-std::optional<std::string> readFile(const char *path, const char *operation) {
-    std::unique_ptr<FILE, int (*)(FILE *)> file(std::fopen(path, "rb"), &std::fclose);
-    if (file == nullptr) {
-        vexar::runtime::reportPosixFailure(operation, (std::string("fopen ") + path).c_str(), errno);
-        return std::nullopt;
-    }
-    std::string text;
-    char buffer[16384];
-    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0;) text.append(buffer, got);
-    if (std::ferror(file.get()) != 0) {
-        vexar::runtime::reportPosixFailure(operation, (std::string("fread ") + path).c_str(), errno);
-        return std::nullopt;
-    }
-    return text;
-}
 
 // The factory and an argument, checked; BAD_PARAMETER (reported) otherwise.
 DDS_ReturnCode_t checkCall(const DDS_DomainParticipantFactory *self, const void *argument, const char *argumentName,
@@ -64,10 +42,7 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_unregister_xml_extension_class(DDS
 DDS_ReturnCode_t DDS_DomainParticipantFactory_load_xml_file(DDS_DomainParticipantFactory *self, const char *path) {
     const char *operation = "DDS_DomainParticipantFactory_load_xml_file";
     if (DDS_ReturnCode_t refused = checkCall(self, path, "path", operation)) return refused;
-    return guarded(operation, DDS_RETCODE_ERROR, [&] {
-        const std::optional<std::string> text = readFile(path, operation);
-        return text ? xmlDocuments().load(*text, path, operation) : DDS_RETCODE_ERROR;
-    });
+    return guarded(operation, DDS_RETCODE_ERROR, [&] { return xmlDocuments().loadFile(path, operation); });
 }
 
 DDS_ReturnCode_t DDS_DomainParticipantFactory_load_xml_string(DDS_DomainParticipantFactory *self, const char *text) {

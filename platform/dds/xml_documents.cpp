@@ -2,9 +2,13 @@
 #include "platform/dds/xml_documents.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <optional>
 
 #include "platform/dds/qos_libraries.hpp"
 #include "platform/log/report.h"
+#include "platform/runtime/posix_failure.hpp"
 #include "platform/xml/save_tree.hpp"
 
 namespace vexar::dds {
@@ -30,6 +34,23 @@ private:
 };
 
 namespace {
+
+// The whole file, or nothing (reported) when it cannot be read.
+std::optional<std::string> readFile(const char *path, const char *operation) {
+    std::unique_ptr<FILE, int (*)(FILE *)> file(std::fopen(path, "rb"), &std::fclose);
+    if (file == nullptr) {
+        vexar::runtime::reportPosixFailure(operation, (std::string("fopen ") + path).c_str(), errno);
+        return std::nullopt;
+    }
+    std::string text;
+    char buffer[16384];
+    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0;) text.append(buffer, got);
+    if (std::ferror(file.get()) != 0) {
+        vexar::runtime::reportPosixFailure(operation, (std::string("fread ") + path).c_str(), errno);
+        return std::nullopt;
+    }
+    return text;
+}
 
 // The root and the built-in elements are the factory's own.
 bool isFactoryTag(const std::string &tag) noexcept { return tag == xml::kRootTag || tag == xml::kQosLibraryTag; }
@@ -73,7 +94,7 @@ DDS_ReturnCode_t XmlDocuments::load(std::string_view text, const std::string &do
     if (!hold) return DDS_RETCODE_ILLEGAL_OPERATION;
     xml::ParseResult parsed = xml::parse(text, documentName, classes_, rootObject());
     // Later steps read only what was wholly read.
-    if (parsed.wellFormed) acceptQosLibraries(parsed.staged, parsed.errors);
+    if (parsed.wellFormed) acceptQosLibraries(parsed.staged, *root_, parsed.errors);
     if (!parsed.errors.empty()) {
         xml::reportXmlErrors(operation, documentName, parsed.errors);
         return DDS_RETCODE_ERROR;
@@ -83,9 +104,21 @@ DDS_ReturnCode_t XmlDocuments::load(std::string_view text, const std::string &do
     return DDS_RETCODE_OK;
 }
 
+DDS_ReturnCode_t XmlDocuments::loadFile(const char *path, const char *operation) {
+    const std::optional<std::string> text = readFile(path, operation);
+    return text ? load(*text, path, operation) : DDS_RETCODE_ERROR;
+}
+
 DDS_XMLObject *XmlDocuments::root(const char *operation) {
     Hold hold(lock_, operation);
     return hold && loaded_ ? root_.get() : nullptr;
+}
+
+bool XmlDocuments::read(const char *operation, const std::function<void(const DDS_XMLObject *root)> &read) {
+    Hold hold(lock_, operation);
+    if (!hold) return false;
+    read(loaded_ ? root_.get() : nullptr);
+    return true;
 }
 
 DDS_ReturnCode_t XmlDocuments::unload(const char *operation) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -22,9 +23,14 @@ public:
     DDS_ReturnCode_t unregisterClass(DDS_XMLExtensionClass &extensionClass, const char *operation);
     // Parses, accepts and commits one document, or leaves everything as it was.
     DDS_ReturnCode_t load(std::string_view text, const std::string &documentName, const char *operation);
+    // Reads the file and loads it as above; its errors name `path`.
+    DDS_ReturnCode_t loadFile(const char *path, const char *operation);
     // Null when nothing is loaded.
     DDS_XMLObject *root(const char *operation);
     DDS_ReturnCode_t unload(const char *operation);
+    // Runs `read` with the loaded tree (null when nothing is loaded) under
+    // the lock; false, without running it, from inside a callback.
+    bool read(const char *operation, const std::function<void(const DDS_XMLObject *root)> &read);
     DDS_ReturnCode_t save(FILE *out, const char *operation);
 
 private:

@@ -44,8 +44,9 @@ DDS_XMLExtensionClass *DDS_XMLExtensionClass_new(const char *tag_name, DDS_Boole
         return nullptr;
     }
     try {
-        return new DDS_XMLExtensionClass{tag_name,  is_root != 0,  allow_duplicates != 0, on_start_tag, on_end_tag,
-                                         new_object, delete_object, save,                  user_data};
+        return new DDS_XMLExtensionClass{tag_name,      is_root != 0, allow_duplicates != 0,
+                                         on_start_tag,  on_end_tag,   new_object,
+                                         delete_object, save,         user_data};
     } catch (const std::bad_alloc &) {
         OBLX_Report_allocationFailure(context, sizeof(DDS_XMLExtensionClass));
         return nullptr;

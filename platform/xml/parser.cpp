@@ -143,8 +143,7 @@ ParseResult Parser::run(std::string_view text) {
     } while (status == XML_STATUS_OK && !text.empty());
     if (pending_) std::rethrow_exception(pending_);
     result_.wellFormed = status == XML_STATUS_OK;
-    if (!result_.wellFormed)
-        addError(std::string("malformed XML: ") + XML_ErrorString(XML_GetErrorCode(expat_)));
+    if (!result_.wellFormed) addError(std::string("malformed XML: ") + XML_ErrorString(XML_GetErrorCode(expat_)));
     return std::move(result_);
 }
 
@@ -155,11 +154,15 @@ void Parser::start(const char *tag, const char **attributes) {
     }
     const Frame &parent = frames_.back();
     switch (parent.kind) {
-        case FrameKind::wrapper: return startTop(tag, attributes);
-        case FrameKind::plain: return startNested(*parent.object, tag, attributes);
-        case FrameKind::extension:
-        case FrameKind::insideExtension: return startInsideExtension(*parent.object, tag, attributes);
-        case FrameKind::skipped: return push(FrameKind::skipped, nullptr);
+    case FrameKind::wrapper:
+        return startTop(tag, attributes);
+    case FrameKind::plain:
+        return startNested(*parent.object, tag, attributes);
+    case FrameKind::extension:
+    case FrameKind::insideExtension:
+        return startInsideExtension(*parent.object, tag, attributes);
+    case FrameKind::skipped:
+        return push(FrameKind::skipped, nullptr);
     }
 }
 
@@ -193,9 +196,8 @@ void Parser::startExtension(DDS_XMLExtensionClass &extensionClass, DDS_XMLObject
                         first->document_name + ":" + std::to_string(first->line_number) + ")");
         }
     }
-    DDS_XMLObject *made = callClass(extensionClass, tag, [&] {
-        return extensionClass.newObject(&extensionClass, &parent, attributes, &context_);
-    });
+    DDS_XMLObject *made = callClass(
+        extensionClass, tag, [&] { return extensionClass.newObject(&extensionClass, &parent, attributes, &context_); });
     if (made == nullptr) return push(FrameKind::skipped, nullptr);
     OwnedTree object(made);
     // Whatever new_object made, the class that made it deletes it.

@@ -30,15 +30,24 @@ bool reserve(DDS_XMLSaveContext &context, std::size_t needed) noexcept {
 std::string_view replacement(char c, Escape escape) noexcept {
     const bool attribute = escape == Escape::attribute;
     switch (c) {
-        case '&': return "&amp;";
-        case '<': return "&lt;";
-        case '>': return "&gt;";
-        case '"': return "&quot;";
-        case '\'': return "&apos;";
-        case '\r': return "&#13;";  // a parser would turn it into a line break
-        case '\n': return attribute ? "&#10;" : "";
-        case '\t': return attribute ? "&#9;" : "";
-        default: return "";
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    case '\'':
+        return "&apos;";
+    case '\r':
+        return "&#13;";  // a parser would turn it into a line break
+    case '\n':
+        return attribute ? "&#10;" : "";
+    case '\t':
+        return attribute ? "&#9;" : "";
+    default:
+        return "";
     }
 }
 

@@ -51,8 +51,8 @@ const DDS_XMLObject *given(const DDS_XMLObject *self, const char *context) noexc
 
 extern "C" {
 
-DDS_Boolean DDS_XMLObject_initialize(DDS_XMLObject *self, DDS_XMLExtensionClass *extension_class,
-                                     DDS_XMLObject *parent, const char *tag_name, const char **attributes) {
+DDS_Boolean DDS_XMLObject_initialize(DDS_XMLObject *self, DDS_XMLExtensionClass *extension_class, DDS_XMLObject *parent,
+                                     const char *tag_name, const char **attributes) {
     const char *context = "DDS_XMLObject_initialize";
     if (self == nullptr || tag_name == nullptr) {
         OBLX_Report_badParameter(context, self == nullptr ? "self" : "tag_name");

@@ -68,7 +68,7 @@ public:
     ~Configuration() {
         QTV_VX_Vexar_finalizeInstance();
         if (participant_ != nullptr) DDS_DomainParticipantFactory_delete_participant(factory(), participant_);
-        QTV_VX_Options_delete(owned_);
+        if (owned_ != nullptr) QTV_VX_Options_delete(owned_);
         if (vexarClass_ == nullptr) return;
         DDS_DomainParticipantFactory_unload_xml(factory());
         DDS_DomainParticipantFactory_unregister_xml_extension_class(factory(), vexarClass_);

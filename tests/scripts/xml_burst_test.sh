@@ -13,10 +13,6 @@ cat >"$WORK/burst.xml" <<XML
     <qos_profile name="KeepAll">
       <datawriter_qos topic_filter="qtv/vexar">
         <history><kind>KEEP_ALL_HISTORY_QOS</kind></history>
-        <resource_limits>
-          <max_samples>2048</max_samples>
-          <max_samples_per_instance>2048</max_samples_per_instance>
-        </resource_limits>
       </datawriter_qos>
     </qos_profile>
   </qos_library>
@@ -40,7 +36,7 @@ run_burst() {
   kill -INT "$tail_pid" 2>/dev/null || true
   wait "$tail_pid" || true
   RECEIVED=$(grep -c '"message":"burst ' "$WORK/$name.tail" || true)
-  echo "$name: logger $(tail -n 1 "$WORK/$name.out"); tail received $RECEIVED of $COUNT"
+  echo "$name: logger $(grep -m1 '^queued ' "$WORK/$name.out"); tail received $RECEIVED of $COUNT"
 }
 
 run_burst keep-all-profile "$WORK/burst.xml" Burst KeepAll
