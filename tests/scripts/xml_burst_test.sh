@@ -1,6 +1,7 @@
 # A logger started from an XML file whose profile keeps all of the log
 # writer's history loses nothing of a burst that `vexar tail` follows; the
-# same burst with the default QoS is run beside it and its figures printed.
+# same burst from the same element with the default QoS is run beside it and
+# its figures printed.
 DOMAIN=150
 source "$(dirname "$0")/cli_support.sh"
 BURST="$BUILD_DIR/tests/xml_log_burst"
@@ -41,4 +42,4 @@ run_burst() {
 
 run_burst keep-all-profile "$WORK/burst.xml" Burst KeepAll
 [[ $RECEIVED -eq $COUNT ]] || fail "under the keep-all profile tail received $RECEIVED of $COUNT"
-run_burst default-qos
+run_burst default-qos "$WORK/burst.xml"
