@@ -30,6 +30,9 @@ struct Field {
     const char *tag;
     Value Policy::*member;
 };
+// Spelled out for compilers without deduction for aggregates.
+template <typename Policy, typename Value>
+Field(const char *, Value Policy::*) -> Field<Policy, Value>;
 
 template <typename Policy>
 struct PolicyXml;  // for each policy: `tag` and the tuple of its `fields`

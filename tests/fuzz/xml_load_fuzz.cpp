@@ -93,6 +93,9 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     // Errors are formatted as always, then dropped: the fuzzer's output stays readable.
     static OBLX_Config_LoggerDevice silent{nullptr, discard, nullptr};
     OBLX_Config_Logger_set_output_device(OBLX_Config_Logger_get_instance(), &silent);
+    // The logger's own report lines (a refused queue size, ...) go to standard
+    // output; libFuzzer reports on standard error.
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) std::abort();
     for (const auto &[tag, isRoot, allowDuplicates] : {std::tuple{"item", false, false}, {"group", true, true}}) {
         DDS_XMLExtensionClass *extensionClass = DDS_XMLExtensionClass_new(
             tag, isRoot, allowDuplicates, onStartTag, onEndTag, newItem, deleteItem, saveItem, nullptr);
