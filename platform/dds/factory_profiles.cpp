@@ -58,9 +58,9 @@ DDS_ReturnCode_t fromProfile(const DDS_DomainParticipantFactory *self, Qos *qos,
         });
         if (!read) return DDS_RETCODE_ILLEGAL_OPERATION;
         if (!exists) {
-            OBLX_Report_badParameter(context, (std::string("profile (no QoS profile \"") + library + "::" + profile +
-                                               "\" is loaded)")
-                                                  .c_str());
+            OBLX_Report_badParameter(
+                context,
+                (std::string("profile (no QoS profile \"") + library + "::" + profile + "\" is loaded)").c_str());
             return DDS_RETCODE_BAD_PARAMETER;
         }
         return copyQos(*qos, found.qos, context);
@@ -138,9 +138,10 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile(DDS_Dom
                        "DDS_DomainParticipantFactory_get_topic_qos_from_profile");
 }
 
-DDS_ReturnCode_t DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(
-    DDS_DomainParticipantFactory *self, DDS_TopicQos *qos, const char *library_name, const char *profile_name,
-    const char *topic_name) {
+DDS_ReturnCode_t
+DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(DDS_DomainParticipantFactory *self,
+                                                                     DDS_TopicQos *qos, const char *library_name,
+                                                                     const char *profile_name, const char *topic_name) {
     return fromProfile(self, qos, library_name, profile_name, topic_name,
                        "DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name");
 }

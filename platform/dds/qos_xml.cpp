@@ -34,15 +34,16 @@ struct Field {
 template <typename Policy>
 struct PolicyXml;  // for each policy: `tag` and the tuple of its `fields`
 
-#define VEXAR_POLICY_XML(Policy, policyTag, ...)                 \
-    template <>                                                  \
-    struct PolicyXml<Policy> {                                   \
-        using P = Policy;                                        \
-        static constexpr const char *tag = policyTag;            \
+#define VEXAR_POLICY_XML(Policy, policyTag, ...)                \
+    template <>                                                 \
+    struct PolicyXml<Policy> {                                  \
+        using P = Policy;                                       \
+        static constexpr const char *tag = policyTag;           \
         static constexpr auto fields = std::tuple{__VA_ARGS__}; \
     }
 
-#define VEXAR_FIELD(name) Field{#name, &P::name}
+#define VEXAR_FIELD(name) \
+    Field { #name, &P::name }
 
 VEXAR_POLICY_XML(DDS_ReliabilityQosPolicy, "reliability", VEXAR_FIELD(kind), VEXAR_FIELD(max_blocking_time));
 VEXAR_POLICY_XML(DDS_DurabilityQosPolicy, "durability", VEXAR_FIELD(kind));
@@ -121,8 +122,8 @@ std::span<const KindName<DDS_DurabilityQosPolicyKind>> kindNames(DDS_DurabilityQ
 }
 std::span<const KindName<DDS_HistoryQosPolicyKind>> kindNames(DDS_HistoryQosPolicyKind) { return kHistoryKinds; }
 std::span<const KindName<DDS_OwnershipQosPolicyKind>> kindNames(DDS_OwnershipQosPolicyKind) { return kOwnershipKinds; }
-std::span<const KindName<DDS_PresentationQosPolicyAccessScopeKind>> kindNames(
-    DDS_PresentationQosPolicyAccessScopeKind) {
+std::span<const KindName<DDS_PresentationQosPolicyAccessScopeKind>>
+kindNames(DDS_PresentationQosPolicyAccessScopeKind) {
     return kAccessScopeKinds;
 }
 std::span<const KindName<DDS_LivelinessQosPolicyKind>> kindNames(DDS_LivelinessQosPolicyKind) {
@@ -152,7 +153,9 @@ private:
     bool ok_ = true;
 };
 
-std::string tagOf(const DDS_XMLObject &element) { return std::string("<") + DDS_XMLObject_get_tag_name(&element) + ">"; }
+std::string tagOf(const DDS_XMLObject &element) {
+    return std::string("<") + DDS_XMLObject_get_tag_name(&element) + ">";
+}
 
 std::string_view textOf(const DDS_XMLObject &element) noexcept {
     const char *text = DDS_XMLObject_get_text(&element);
@@ -203,7 +206,7 @@ void readValue(const DDS_XMLObject &element, DDS_Boolean &out, Reader &reader) {
 }
 
 template <typename Kind>
-    requires std::is_enum_v<Kind>
+requires std::is_enum_v<Kind>
 void readValue(const DDS_XMLObject &element, Kind &out, Reader &reader) {
     const std::string_view text = withoutPrefix(textOf(element));
     for (const KindName<Kind> &kind : kindNames(Kind{})) {
@@ -244,7 +247,8 @@ void readValue(const DDS_XMLObject &element, DDS_Duration_t &out, Reader &reader
             readDurationPart(*part, 999'999'999, DDS_DURATION_INFINITE_NSEC, value, reader);
             out.nanosec = static_cast<DDS_UnsignedLong>(value);
         } else {
-            reader.fail(*part, "unknown element " + tagOf(*part) + " in " + tagOf(element) + " (expected <sec>, <nanosec>)");
+            reader.fail(*part,
+                        "unknown element " + tagOf(*part) + " in " + tagOf(element) + " (expected <sec>, <nanosec>)");
         }
     }
 }
@@ -270,7 +274,8 @@ void readValue(const DDS_XMLObject &element, DDS_StringSeq &out, Reader &reader)
     }
     const auto length = static_cast<DDS_Long>(items.size());
     if (!DDS_StringSeq_ensure_length(&out, length, length)) throw std::bad_alloc();
-    for (DDS_Long i = 0; i < length; ++i) readValue(*items[static_cast<std::size_t>(i)], *DDS_StringSeq_get_reference(&out, i), reader);
+    for (DDS_Long i = 0; i < length; ++i)
+        readValue(*items[static_cast<std::size_t>(i)], *DDS_StringSeq_get_reference(&out, i), reader);
 }
 
 // Bytes as pairs of hexadecimal digits, white space between pairs allowed.
@@ -298,13 +303,15 @@ void readValue(const DDS_XMLObject &element, DDS_OctetSeq &out, Reader &reader) 
 
 // A policy: each child sets the field of its tag.
 template <typename Policy>
-    requires requires { PolicyXml<Policy>::fields; }
+requires requires { PolicyXml<Policy>::fields; }
 void readValue(const DDS_XMLObject &element, Policy &policy, Reader &reader) {
     for (const DDS_XMLObject *child = DDS_XMLObject_get_first_child(&element); child != nullptr;
          child = DDS_XMLObject_get_next_sibling(child)) {
         const std::string_view tag = DDS_XMLObject_get_tag_name(child);
         const bool known = std::apply(
-            [&](auto... field) { return ((tag == field.tag && (readValue(*child, policy.*field.member, reader), true)) || ...); },
+            [&](auto... field) {
+                return ((tag == field.tag && (readValue(*child, policy.*field.member, reader), true)) || ...);
+            },
             PolicyXml<Policy>::fields);
         if (!known) reader.fail(*child, "unknown element " + tagOf(*child) + " in " + tagOf(element));
     }
