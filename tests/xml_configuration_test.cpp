@@ -3,21 +3,21 @@
 // tree alone, saving and loading back, unloading.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/dds/domain_participant_factory.h"
 #include "support/log_capture.h"
+#include "support/temp_file.hpp"
 
 namespace {
+
+using vexar_test::TempFile;
 
 DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
 
@@ -116,22 +116,6 @@ std::string savedXml() {
     std::free(buffer);
     return saved;
 }
-
-// A file that goes with the test.
-class TempFile {
-public:
-    explicit TempFile(const std::string &content) {
-        int fd = mkstemps(path_.data(), 4);
-        EXPECT_GE(fd, 0);
-        close(fd);
-        std::ofstream(path_) << content;
-    }
-    ~TempFile() { std::remove(path_.c_str()); }
-    const char *path() const { return path_.c_str(); }
-
-private:
-    std::string path_ = "/tmp/vexar_xml_XXXXXX.xml";
-};
 
 // Two classes registered: <sensor> (nested too, no duplicate names) and
 // <station> (top only, duplicates allowed). Everything unloaded at the end.
