@@ -220,8 +220,8 @@ void readValue(const DDS_XMLObject &element, Kind &out, Reader &reader) {
     failValue(element, expected.c_str(), reader);
 }
 
-// <sec> and <nanosec>, each a number or the infinite duration's name; an
-// infinite <sec> makes the whole duration infinite.
+// <sec> or <nanosec>: a number up to `high`, or a name of the infinite or
+// the zero duration.
 void readDurationPart(const DDS_XMLObject &element, std::int64_t high, std::int64_t infinite, std::int64_t &out,
                       Reader &reader) {
     const std::string_view text = withoutPrefix(textOf(element));
@@ -234,22 +234,29 @@ void readDurationPart(const DDS_XMLObject &element, std::int64_t high, std::int6
     }
 }
 
+// The element gives the whole duration: a part it leaves out is 0, and
+// either part infinite makes it infinite. Mixing a part into what a base
+// profile or the default held could give a finite second with an infinite
+// nanosecond, which is no duration at all.
 void readValue(const DDS_XMLObject &element, DDS_Duration_t &out, Reader &reader) {
+    std::int64_t sec = 0;
+    std::int64_t nanosec = 0;
     for (const DDS_XMLObject *part = DDS_XMLObject_get_first_child(&element); part != nullptr;
          part = DDS_XMLObject_get_next_sibling(part)) {
         const std::string_view tag = DDS_XMLObject_get_tag_name(part);
-        std::int64_t value = 0;
         if (tag == "sec") {
-            readDurationPart(*part, DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_SEC, value, reader);
-            out.sec = static_cast<DDS_Long>(value);
-            if (out.sec == DDS_DURATION_INFINITE_SEC) out.nanosec = DDS_DURATION_INFINITE_NSEC;
+            readDurationPart(*part, DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_SEC, sec, reader);
         } else if (tag == "nanosec") {
-            readDurationPart(*part, 999'999'999, DDS_DURATION_INFINITE_NSEC, value, reader);
-            out.nanosec = static_cast<DDS_UnsignedLong>(value);
+            readDurationPart(*part, 999'999'999, DDS_DURATION_INFINITE_NSEC, nanosec, reader);
         } else {
             reader.fail(*part,
                         "unknown element " + tagOf(*part) + " in " + tagOf(element) + " (expected <sec>, <nanosec>)");
         }
+    }
+    if (sec == DDS_DURATION_INFINITE_SEC || nanosec == DDS_DURATION_INFINITE_NSEC) {
+        out = DDS_DURATION_INFINITE_INITIALIZER;
+    } else {
+        out = {static_cast<DDS_Long>(sec), static_cast<DDS_UnsignedLong>(nanosec)};
     }
 }
 
