@@ -2,9 +2,7 @@
 // its fields), one reader per kind of field value.
 #include "platform/dds/qos_xml.hpp"
 
-#include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -285,6 +283,14 @@ void readValue(const DDS_XMLObject &element, DDS_StringSeq &out, Reader &reader)
         readValue(*items[static_cast<std::size_t>(i)], *DDS_StringSeq_get_reference(&out, i), reader);
 }
 
+// The value of a hexadecimal digit, or -1.
+int hexDigit(char digit) noexcept {
+    if (digit >= '0' && digit <= '9') return digit - '0';
+    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+    return -1;
+}
+
 // Bytes as pairs of hexadecimal digits, white space between pairs allowed.
 void readValue(const DDS_XMLObject &element, DDS_OctetSeq &out, Reader &reader) {
     std::vector<DDS_Octet> bytes;
@@ -294,13 +300,13 @@ void readValue(const DDS_XMLObject &element, DDS_OctetSeq &out, Reader &reader) 
             ++i;
             continue;
         }
-        unsigned value = 0;
-        if (i + 1 >= text.size() || std::sscanf(std::string(text.substr(i, 2)).c_str(), "%2x", &value) != 1 ||
-            !std::isxdigit(static_cast<unsigned char>(text[i + 1]))) {
+        const int high = hexDigit(text[i]);
+        const int low = i + 1 < text.size() ? hexDigit(text[i + 1]) : -1;
+        if (high < 0 || low < 0) {
             failValue(element, "bytes as pairs of hexadecimal digits", reader);
             return;
         }
-        bytes.push_back(static_cast<DDS_Octet>(value));
+        bytes.push_back(static_cast<DDS_Octet>(high * 16 + low));
         i += 2;
     }
     const auto length = static_cast<DDS_Long>(bytes.size());
