@@ -93,7 +93,7 @@ inline void expectSameQos(const DDS_DomainParticipantQos &actual, const DDS_Doma
 }
 
 template <typename GroupQos>
-    requires requires(GroupQos q) { q.presentation; }
+requires requires(GroupQos q) { q.presentation; }
 void expectSameQos(const GroupQos &actual, const GroupQos &expected) {
     VEXAR_EXPECT_SAME_POLICY(presentation);
     VEXAR_EXPECT_SAME_POLICY(partition);
