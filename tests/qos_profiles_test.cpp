@@ -10,18 +10,24 @@
 #include <tuple>
 #include <vector>
 
+#include "platform/dds/domain_participant.h"
 #include "platform/dds/domain_participant_factory.h"
 #include "platform/dds/qos_records.hpp"
 #include "platform/runtime/dds_string.h"
+#include "support/domains.h"
 #include "support/log_capture.h"
 #include "support/qos_fields.hpp"
 #include "support/temp_file.hpp"
+#include "support/typed_topic.hpp"
 
 namespace {
 
 using vexar::dds::OwnedQos;
 using vexar_test::fields;
 using vexar_test::LogCapture;
+
+constexpr int kParticipantDefaultsDomain = vexar_test::domains::kBridgeBase + 41;
+constexpr int kFactoryDefaultDomain = vexar_test::domains::kBridgeBase + 42;
 
 DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
 
@@ -233,9 +239,8 @@ TEST_F(QosProfiles, DurationsAreReadWhole) {
     };
     std::string document = "<qos_library name=\"D\">\n";
     for (std::size_t i = 0; i < std::size(cases); ++i) {
-        document += "<qos_profile name=\"" + std::to_string(i) +
-                    "\"><datareader_qos><liveliness><lease_duration>" + cases[i].parts +
-                    "</lease_duration></liveliness></datareader_qos></qos_profile>\n";
+        document += "<qos_profile name=\"" + std::to_string(i) + "\"><datareader_qos><liveliness><lease_duration>" +
+                    cases[i].parts + "</lease_duration></liveliness></datareader_qos></qos_profile>\n";
     }
     ASSERT_EQ(load(document + "</qos_library>"), DDS_RETCODE_OK);
     for (std::size_t i = 0; i < std::size(cases); ++i) {
@@ -297,9 +302,9 @@ TEST_F(QosProfiles, ADerivedProfileOverridesWhatItsBasesSet) {
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.library) + "::" + c.profile);
         OwnedQos<DDS_DataWriterQos> writer;
-        ASSERT_EQ(DDS_DomainParticipantFactory_get_datawriter_qos_from_profile(factory(), &writer.qos, c.library,
-                                                                               c.profile),
-                  DDS_RETCODE_OK);
+        ASSERT_EQ(
+            DDS_DomainParticipantFactory_get_datawriter_qos_from_profile(factory(), &writer.qos, c.library, c.profile),
+            DDS_RETCODE_OK);
         EXPECT_EQ(fields(writer.qos.history), c.history);
         EXPECT_EQ(writer.qos.resource_limits.max_samples, c.maxSamples);
         EXPECT_EQ(writer.qos.ownership_strength.value, c.strength);
@@ -338,16 +343,16 @@ TEST_F(QosProfiles, TopicFilteredElementsApplyOnlyToMatchingTopics) {
         const DDS_ReturnCode_t read =
             c.topicName == nullptr
                 ? DDS_DomainParticipantFactory_get_datawriter_qos_from_profile(factory(), &writer.qos, "F", "P")
-                : DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(factory(), &writer.qos,
-                                                                                            "F", "P", c.topicName);
+                : DDS_DomainParticipantFactory_get_datawriter_qos_from_profile_w_topic_name(factory(), &writer.qos, "F",
+                                                                                            "P", c.topicName);
         ASSERT_EQ(read, DDS_RETCODE_OK);
         EXPECT_EQ(writer.qos.history.depth, c.depth);
         EXPECT_EQ(writer.qos.ownership_strength.value, c.strength);
     }
     OwnedQos<DDS_TopicQos> topic;
-    ASSERT_EQ(
-        DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(factory(), &topic.qos, "F", "P", "qtv/vexar"),
-        DDS_RETCODE_OK);
+    ASSERT_EQ(DDS_DomainParticipantFactory_get_topic_qos_from_profile_w_topic_name(factory(), &topic.qos, "F", "P",
+                                                                                   "qtv/vexar"),
+              DDS_RETCODE_OK);
     EXPECT_EQ(topic.qos.transport_priority.value, 6);
     ASSERT_EQ(DDS_DomainParticipantFactory_get_topic_qos_from_profile(factory(), &topic.qos, "F", "P"), DDS_RETCODE_OK);
     EXPECT_EQ(topic.qos.transport_priority.value, 0);
@@ -369,7 +374,8 @@ TEST_F(QosProfiles, ProfilesAreListedInDocumentOrderAcrossDocuments) {
     ASSERT_EQ(load("<dds><qos_library name=\"L\"><qos_profile name=\"b\"/><qos_profile name=\"a\"/></qos_library>"
                    "<qos_library name=\"M\"><qos_profile name=\"q\"/></qos_library></dds>"),
               DDS_RETCODE_OK);
-    const vexar_test::TempFile file("<qos_library name=\"L\"><qos_profile name=\"c\" base_name=\"M::q\"/></qos_library>");
+    const vexar_test::TempFile file(
+        "<qos_library name=\"L\"><qos_profile name=\"c\" base_name=\"M::q\"/></qos_library>");
     ASSERT_EQ(DDS_DomainParticipantFactory_load_xml_file(factory(), file.path()), DDS_RETCODE_OK);
     EXPECT_EQ(profilesOf("L"), (std::vector<std::string>{"b", "a", "c"}));
     EXPECT_EQ(profilesOf("M"), std::vector<std::string>{"q"});
@@ -472,11 +478,116 @@ TEST_F(QosProfiles, RefusedDocumentsReportEachMistakeAtItsLine) {
         const LogCapture log;
         EXPECT_EQ(load(c.document), DDS_RETCODE_ERROR);
         const std::string text = log.text();
-        for (const std::string &error : c.errors) EXPECT_TRUE(log.contains("<string>" + error)) << error << "\n" << text;
+        for (const std::string &error : c.errors)
+            EXPECT_TRUE(log.contains("<string>" + error)) << error << "\n" << text;
         EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), static_cast<long>(c.errors.size())) << text;
         EXPECT_EQ(savedXml(), before);
         EXPECT_EQ(profilesOf("L"), std::vector<std::string>{});
     }
+}
+
+// ---------------------------------------------------------------------------
+// The default profile
+
+// Marked is_default_qos, on a base, with elements for log topics only.
+const char *const kDefaultProfile = R"(<qos_library name="Defaults">
+  <qos_profile name="Base"><datawriter_qos><ownership_strength><value>7</value></ownership_strength></datawriter_qos></qos_profile>
+  <qos_profile name="Plant" base_name="Base" is_default_qos="true">
+    <domain_participant_qos><participant_name><name>plant</name></participant_name></domain_participant_qos>
+    <publisher_qos><partition><name><element>north</element></name></partition></publisher_qos>
+    <subscriber_qos><partition><name><element>south</element></name></partition></subscriber_qos>
+    <topic_qos topic_filter="logs/*"><durability><kind>TRANSIENT_LOCAL_DURABILITY_QOS</kind></durability></topic_qos>
+    <datawriter_qos topic_filter="logs/*"><history><depth>8</depth></history></datawriter_qos>
+    <datareader_qos><history><depth>9</depth></history></datareader_qos>
+  </qos_profile>
+</qos_library>)";
+
+// What `pick` takes from the QoS that `get` reads of `entity`.
+template <typename Qos, typename Entity, typename Pick>
+auto qosOf(Entity *entity, DDS_ReturnCode_t (*get)(Entity *, Qos *), Pick pick) {
+    OwnedQos<Qos> read;
+    EXPECT_EQ(get(entity, &read.qos), DDS_RETCODE_OK);
+    return pick(read.qos);
+}
+template <typename Qos, typename Pick>
+auto qosOf(DDS_DomainParticipant *participant, const char *topicName,
+           DDS_ReturnCode_t (*get)(DDS_DomainParticipant *, Qos *, const char *), Pick pick) {
+    OwnedQos<Qos> read;
+    EXPECT_EQ(get(participant, &read.qos, topicName), DDS_RETCODE_OK);
+    return pick(read.qos);
+}
+
+const auto depth = [](const auto &qos) { return qos.history.depth; };
+const auto durability = [](const auto &qos) { return qos.durability.kind; };
+const auto partitions = [](const auto &qos) { return vexar_test::names(qos.partition); };
+const auto strength = [](const auto &qos) { return qos.ownership_strength.value; };
+const auto entityName = [](const auto &qos) { return std::get<0>(fields(qos.participant_name)); };
+
+// The participant's defaults and what it creates with a null QoS.
+TEST_F(QosProfiles, TheDefaultProfileUnderliesTheParticipantsDefaults) {
+    const OwnedQos<DDS_DomainParticipantQos> own;
+    DDS_DomainParticipant *participant =
+        DDS_DomainParticipantFactory_create_participant(factory(), kParticipantDefaultsDomain, &own.qos, nullptr, 0);
+    ASSERT_NE(participant, nullptr);
+    const char *logs = "logs/app";
+    EXPECT_EQ(qosOf(participant, logs, DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name, depth), 1);
+    ASSERT_EQ(load(kDefaultProfile), DDS_RETCODE_OK);
+
+    const std::vector<std::string> north{"north"}, south{"south"};
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_publisher_qos, partitions), north);
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_subscriber_qos, partitions), south);
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_topic_qos, durability), DDS_VOLATILE_DURABILITY_QOS);
+    EXPECT_EQ(qosOf(participant, logs, DDS_DomainParticipant_get_default_topic_qos_w_topic_name, durability),
+              DDS_TRANSIENT_LOCAL_DURABILITY_QOS);
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_datawriter_qos, depth), 1);
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_datawriter_qos, strength), 7) << "from the base";
+    EXPECT_EQ(qosOf(participant, logs, DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name, depth), 8);
+    EXPECT_EQ(qosOf(participant, "other", DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name, depth), 1);
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_datareader_qos, depth), 9);
+
+    using Type = vexar_test::TopicType<QTV_VX_LogMessage>;
+    OBLX_TypePlugin *plugin = Type::pluginNew();
+    ASSERT_EQ(DDS_DomainParticipant_register_type(participant, Type::registeredTypeName, plugin, nullptr),
+              DDS_RETCODE_OK);
+    Type::pluginDelete(plugin);
+    DDS_Topic *topic =
+        DDS_DomainParticipant_create_topic(participant, logs, Type::registeredTypeName, nullptr, nullptr, 0);
+    DDS_Publisher *publisher = DDS_DomainParticipant_create_publisher(participant, nullptr, nullptr, 0);
+    DDS_Subscriber *subscriber = DDS_DomainParticipant_create_subscriber(participant, nullptr, nullptr, 0);
+    ASSERT_TRUE(topic && publisher && subscriber);
+    DDS_DataWriter *writer = DDS_Publisher_create_datawriter(publisher, topic, nullptr, nullptr, 0);
+    DDS_DataReader *reader =
+        DDS_Subscriber_create_datareader(subscriber, DDS_Topic_as_topicdescription(topic), nullptr, nullptr, 0);
+    ASSERT_TRUE(writer && reader);
+    EXPECT_EQ(qosOf(topic, DDS_Topic_get_qos, durability), DDS_TRANSIENT_LOCAL_DURABILITY_QOS);
+    EXPECT_EQ(qosOf(publisher, DDS_Publisher_get_qos, partitions), north);
+    EXPECT_EQ(qosOf(subscriber, DDS_Subscriber_get_qos, partitions), south);
+    EXPECT_EQ(qosOf(writer, DDS_DataWriter_get_qos, depth), 8);
+    EXPECT_EQ(qosOf(reader, DDS_DataReader_get_qos, depth), 9);
+
+    ASSERT_EQ(DDS_DomainParticipantFactory_unload_xml(factory()), DDS_RETCODE_OK);
+    EXPECT_EQ(qosOf(participant, logs, DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name, depth), 1);
+    EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory(), participant), DDS_RETCODE_OK);
+}
+
+// Last in this file: once the application sets a default participant QoS,
+// it stays for the rest of the process.
+TEST_F(QosProfiles, TheDefaultProfileGivesTheParticipantQosUntilTheApplicationSetsOne) {
+    DDS_DomainParticipantFactory *self = factory();
+    EXPECT_EQ(qosOf(self, DDS_DomainParticipantFactory_get_default_participant_qos, entityName), "(null)");
+    ASSERT_EQ(load(kDefaultProfile), DDS_RETCODE_OK);
+    EXPECT_EQ(qosOf(self, DDS_DomainParticipantFactory_get_default_participant_qos, entityName), "plant");
+    DDS_DomainParticipant *participant =
+        DDS_DomainParticipantFactory_create_participant(self, kFactoryDefaultDomain, nullptr, nullptr, 0);
+    ASSERT_NE(participant, nullptr);
+    EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_qos, entityName), "plant");
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(self, participant), DDS_RETCODE_OK);
+
+    OwnedQos<DDS_DomainParticipantQos> own;
+    own.qos.participant_name.name = DDS_String_dup("own");
+    ASSERT_EQ(DDS_DomainParticipantFactory_set_default_participant_qos(self, &own.qos), DDS_RETCODE_OK);
+    EXPECT_EQ(qosOf(self, DDS_DomainParticipantFactory_get_default_participant_qos, entityName), "own");
 }
 
 }  // namespace
