@@ -104,8 +104,9 @@ std::string startOnProfile(int domainId, const char *profile, const WriterPolici
 class LoggerQosProfile : public testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_EQ(DDS_DomainParticipantFactory_load_xml_string(DDS_DomainParticipantFactory_get_instance(), kLogProfiles),
-                  DDS_RETCODE_OK);
+        ASSERT_EQ(
+            DDS_DomainParticipantFactory_load_xml_string(DDS_DomainParticipantFactory_get_instance(), kLogProfiles),
+            DDS_RETCODE_OK);
     }
     void TearDown() override {
         EXPECT_EQ(DDS_DomainParticipantFactory_unload_xml(DDS_DomainParticipantFactory_get_instance()), DDS_RETCODE_OK);

@@ -21,12 +21,15 @@ using vexar_test::TempFile;
 // The first look-up here is of a default, which the good file's default
 // profile gives.
 TEST(QosProfilesFromEnvironment, NamedFilesAreLoadedBeforeTheFirstLookUp) {
-    const TempFile good("<qos_library name=\"Env\">\n<qos_profile name=\"A\" is_default_qos=\"true\">\n"
-                        "<domain_participant_qos><participant_name><name>env</name></participant_name></domain_participant_qos>\n"
-                        "<datawriter_qos><history><depth>9</depth></history></datawriter_qos>\n</qos_profile>\n"
-                        "<qos_profile name=\"B\"/>\n</qos_library>\n");
-    const TempFile refused("<qos_library name=\"Bad\">\n<qos_profile name=\"X\" base_name=\"Nope\"/>\n</qos_library>\n");
-    const std::string list = std::string(" /nonexistent/vexar-profiles.xml;") + refused.path() + "; " + good.path() + ";";
+    const TempFile good(
+        "<qos_library name=\"Env\">\n<qos_profile name=\"A\" is_default_qos=\"true\">\n"
+        "<domain_participant_qos><participant_name><name>env</name></participant_name></domain_participant_qos>\n"
+        "<datawriter_qos><history><depth>9</depth></history></datawriter_qos>\n</qos_profile>\n"
+        "<qos_profile name=\"B\"/>\n</qos_library>\n");
+    const TempFile refused(
+        "<qos_library name=\"Bad\">\n<qos_profile name=\"X\" base_name=\"Nope\"/>\n</qos_library>\n");
+    const std::string list =
+        std::string(" /nonexistent/vexar-profiles.xml;") + refused.path() + "; " + good.path() + ";";
     ASSERT_EQ(setenv("DDS_QOS_PROFILES", list.c_str(), 1), 0);
     const vexar_test::LogCapture log;
     DDS_DomainParticipantFactory *factory = DDS_DomainParticipantFactory_get_instance();

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -17,6 +15,7 @@
 #include "support/domains.h"
 #include "support/log_capture.h"
 #include "support/qos_fields.hpp"
+#include "support/saved_xml.hpp"
 #include "support/temp_file.hpp"
 #include "support/typed_topic.hpp"
 
@@ -25,6 +24,7 @@ namespace {
 using vexar::dds::OwnedQos;
 using vexar_test::fields;
 using vexar_test::LogCapture;
+using vexar_test::savedXml;
 
 constexpr int kParticipantDefaultsDomain = vexar_test::domains::kBridgeBase + 41;
 constexpr int kFactoryDefaultDomain = vexar_test::domains::kBridgeBase + 42;
@@ -42,17 +42,6 @@ std::vector<std::string> profilesOf(const char *library) {
     std::vector<std::string> listed = vexar_test::strings(names);
     DDS_StringSeq_finalize(&names);
     return listed;
-}
-
-std::string savedXml() {
-    char *buffer = nullptr;
-    std::size_t size = 0;
-    FILE *out = open_memstream(&buffer, &size);
-    EXPECT_EQ(DDS_DomainParticipantFactory_save_xml(factory(), out), DDS_RETCODE_OK);
-    std::fclose(out);
-    std::string saved(buffer, size);
-    std::free(buffer);
-    return saved;
 }
 
 // Every document is unloaded when the test ends.

@@ -13,10 +13,12 @@
 
 #include "platform/dds/domain_participant_factory.h"
 #include "support/log_capture.h"
+#include "support/saved_xml.hpp"
 #include "support/temp_file.hpp"
 
 namespace {
 
+using vexar_test::savedXml;
 using vexar_test::TempFile;
 
 DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
@@ -104,17 +106,6 @@ void saveSensor(const DDS_XMLObject *object, DDS_XMLSaveContext *context) {
 DDS_XMLExtensionClass *newClass(const char *tag, bool isRoot, bool allowDuplicates, Recorder &recorder) {
     return DDS_XMLExtensionClass_new(tag, isRoot, allowDuplicates, sensorStartTag, sensorEndTag, newSensor,
                                      deleteSensor, saveSensor, &recorder);
-}
-
-std::string savedXml() {
-    char *buffer = nullptr;
-    std::size_t size = 0;
-    FILE *out = open_memstream(&buffer, &size);
-    EXPECT_EQ(DDS_DomainParticipantFactory_save_xml(factory(), out), DDS_RETCODE_OK);
-    std::fclose(out);
-    std::string saved(buffer, size);
-    std::free(buffer);
-    return saved;
 }
 
 // Two classes registered: <sensor> (nested too, no duplicate names) and
