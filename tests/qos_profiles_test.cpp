@@ -458,6 +458,10 @@ TEST_F(QosProfiles, RefusedDocumentsReportEachMistakeAtItsLine) {
           ":3: is_default_qos expects true or false, not \"maybe\""}},
         {"<qos_library>\n<qos_profile/>\n</qos_library>",
          {":1: <qos_library> needs a name", ":2: <qos_profile> needs a name"}},
+        {"<qos_library name=\"L\" version=\"2\">\n<qos_profile name=\"A\" base=\"B\">\n"
+         "<datawriter_qos base_name=\"L::B\" topic_filter=\"*\"/>\n</qos_profile></qos_library>",
+         {":1: unknown attribute \"version\" of <qos_library>", ":2: unknown attribute \"base\" of <qos_profile>",
+          ":3: unknown attribute \"base_name\" of <datawriter_qos>"}},
     };
     ASSERT_EQ(load("<qos_library name=\"Loaded\">\n<qos_profile name=\"P\" is_default_qos=\"true\"/>\n</qos_library>"),
               DDS_RETCODE_OK);

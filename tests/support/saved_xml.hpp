@@ -15,8 +15,7 @@ inline std::string savedXml() {
     char *text = nullptr;
     std::size_t length = 0;
     FILE *out = open_memstream(&text, &length);
-    EXPECT_EQ(DDS_DomainParticipantFactory_save_xml(DDS_DomainParticipantFactory_get_instance(), out),
-              DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipantFactory_save_xml(DDS_DomainParticipantFactory_get_instance(), out), DDS_RETCODE_OK);
     std::fclose(out);
     std::string saved(text, length);
     std::free(text);
