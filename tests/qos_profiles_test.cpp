@@ -26,8 +26,8 @@ using vexar_test::fields;
 using vexar_test::LogCapture;
 using vexar_test::savedXml;
 
-constexpr int kParticipantDefaultsDomain = vexar_test::domains::kBridgeBase + 41;
-constexpr int kFactoryDefaultDomain = vexar_test::domains::kBridgeBase + 42;
+constexpr int kParticipantDefaultsDomain = vexar_test::domains::kBridgeBase + 14;
+constexpr int kFactoryDefaultDomain = vexar_test::domains::kBridgeBase + 15;
 
 DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
 
