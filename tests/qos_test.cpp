@@ -28,7 +28,7 @@ using vexar_test::names;
 namespace {
 
 constexpr const char *kContext = "qos_test";
-constexpr int kRoundTripDomain = vexar_test::domains::kBridgeBase + 40;
+constexpr int kRoundTripDomain = vexar_test::domains::kBridgeBase + 11;
 
 // ---------------------------------------------------------------------------
 // Records as comparable tuples
