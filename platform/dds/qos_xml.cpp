@@ -28,6 +28,9 @@ struct Field {
     const char *tag;
     Value Policy::*member;
 };
+// Spelt out: Clang before 17 deduces no template arguments for aggregates.
+template <typename Policy, typename Value>
+Field(const char *, Value Policy::*) -> Field<Policy, Value>;
 
 template <typename Policy>
 struct PolicyXml;  // for each policy: `tag` and the tuple of its `fields`
