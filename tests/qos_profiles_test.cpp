@@ -8,6 +8,8 @@
 #include <tuple>
 #include <vector>
 
+#include "platform/dds/data_reader.h"
+#include "platform/dds/data_writer.h"
 #include "platform/dds/domain_participant.h"
 #include "platform/dds/domain_participant_factory.h"
 #include "platform/dds/qos_records.hpp"
