@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "platform/dds/domain_participant_factory.h"
 #include "platform/dds/qos_records.hpp"
