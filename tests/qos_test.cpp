@@ -16,48 +16,25 @@
 #include "platform/dds/qos_records.hpp"
 #include "support/domains.h"
 #include "support/log_capture.h"
+#include "support/qos_fields.hpp"
 #include "support/typed_topic.hpp"
 
 using namespace vexar::dds;
+using vexar_test::bytes;
+using vexar_test::fields;
 using vexar_test::LogCapture;
+using vexar_test::names;
 
 namespace {
 
 constexpr const char *kContext = "qos_test";
-constexpr int kRoundTripDomain = vexar_test::domains::kBridgeBase + 40;
+constexpr int kRoundTripDomain = vexar_test::domains::kBridgeBase + 11;
 
 // ---------------------------------------------------------------------------
 // Records as comparable tuples
 
-auto fields(const DDS_Duration_t &d) { return std::tuple{d.sec, d.nanosec}; }
-const auto kZero = fields({0, 0});
-const auto kInfinite = fields({DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC});
-
-auto fields(const DDS_ResourceLimitsQosPolicy &p) {
-    return std::tuple{p.max_samples, p.max_instances, p.max_samples_per_instance};
-}
-auto fields(const DDS_DurabilityServiceQosPolicy &p) {
-    return std::tuple{fields(p.service_cleanup_delay), p.history_kind, p.history_depth, p.max_samples, p.max_instances,
-                      p.max_samples_per_instance};
-}
-auto fields(const DDS_ReaderDataLifecycleQosPolicy &p) {
-    return std::tuple{fields(p.autopurge_nowriter_samples_delay), fields(p.autopurge_disposed_samples_delay)};
-}
-
-// The sequences' getters do not modify them.
-std::vector<std::string> names(const DDS_PartitionQosPolicy &p) {
-    auto *sequence = const_cast<DDS_StringSeq *>(&p.name);
-    std::vector<std::string> names;
-    for (DDS_Long i = 0; i < DDS_StringSeq_get_length(sequence); ++i)
-        names.emplace_back(DDS_StringSeq_get(sequence, i));
-    return names;
-}
-std::vector<int> bytes(const DDS_OctetSeq &octets) {
-    auto *sequence = const_cast<DDS_OctetSeq *>(&octets);
-    std::vector<int> bytes;
-    for (DDS_Long i = 0; i < DDS_OctetSeq_get_length(sequence); ++i) bytes.push_back(DDS_OctetSeq_get(sequence, i));
-    return bytes;
-}
+const auto kZero = fields(DDS_Duration_t{0, 0});
+const auto kInfinite = fields(DDS_Duration_t{DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_NSEC});
 
 void setNames(DDS_PartitionQosPolicy &p, std::vector<const char *> names) {
     ASSERT_TRUE(DDS_StringSeq_from_array(&p.name, const_cast<char **>(names.data()), DDS_Long(names.size())));

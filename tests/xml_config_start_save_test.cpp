@@ -2,14 +2,13 @@
 // starting the logger from it and saving it back.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "config/XMLConfig.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "support/participant.hpp"
+#include "support/saved_xml.hpp"
 #include "support/xml_config_document.hpp"
 #include "vexar/Vexar.h"
 
@@ -43,18 +42,6 @@ std::string savedElement(const QTV_VX_XMLConfig *element, DDS_Long *error = null
     std::string saved = DDS_XMLSaveContext_get_string(&context);
     if (error != nullptr) *error = context.error;
     DDS_XMLSaveContext_finalize(&context);
-    return saved;
-}
-
-// Everything loaded, as the factory saves it.
-std::string savedConfiguration() {
-    char *text = nullptr;
-    std::size_t length = 0;
-    FILE *out = open_memstream(&text, &length);
-    EXPECT_EQ(DDS_DomainParticipantFactory_save_xml(participantFactory(), out), DDS_RETCODE_OK);
-    std::fclose(out);
-    std::string saved(text, length);
-    std::free(text);
     return saved;
 }
 
@@ -240,7 +227,7 @@ TEST_F(XmlConfigSave, WhatIsSavedReadsBackAsTheSameOptions) {
         QTV_VX_Options_copy(read, options());
         read->echoToStdout = options()->echoToStdout;  // the two flags that copy leaves alone
         read->logInfrastructureMessages = options()->logInfrastructureMessages;
-        const std::string saved = savedConfiguration();
+        const std::string saved = vexar_test::savedXml();
         unload();
 
         ASSERT_EQ(load(saved), DDS_RETCODE_OK) << saved;

@@ -3,21 +3,23 @@
 // tree alone, saving and loading back, unloading.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/dds/domain_participant_factory.h"
 #include "support/log_capture.h"
+#include "support/saved_xml.hpp"
+#include "support/temp_file.hpp"
 
 namespace {
+
+using vexar_test::savedXml;
+using vexar_test::TempFile;
 
 DDS_DomainParticipantFactory *factory() { return DDS_DomainParticipantFactory_get_instance(); }
 
@@ -106,33 +108,6 @@ DDS_XMLExtensionClass *newClass(const char *tag, bool isRoot, bool allowDuplicat
                                      deleteSensor, saveSensor, &recorder);
 }
 
-std::string savedXml() {
-    char *buffer = nullptr;
-    std::size_t size = 0;
-    FILE *out = open_memstream(&buffer, &size);
-    EXPECT_EQ(DDS_DomainParticipantFactory_save_xml(factory(), out), DDS_RETCODE_OK);
-    std::fclose(out);
-    std::string saved(buffer, size);
-    std::free(buffer);
-    return saved;
-}
-
-// A file that goes with the test.
-class TempFile {
-public:
-    explicit TempFile(const std::string &content) {
-        int fd = mkstemps(path_.data(), 4);
-        EXPECT_GE(fd, 0);
-        close(fd);
-        std::ofstream(path_) << content;
-    }
-    ~TempFile() { std::remove(path_.c_str()); }
-    const char *path() const { return path_.c_str(); }
-
-private:
-    std::string path_ = "/tmp/vexar_xml_XXXXXX.xml";
-};
-
 // Two classes registered: <sensor> (nested too, no duplicate names) and
 // <station> (top only, duplicates allowed). Everything unloaded at the end.
 class XmlConfiguration : public testing::Test {
@@ -160,7 +135,11 @@ TEST_F(XmlConfiguration, DocumentsOfBothShapesAddPlainElementsUnderOneRoot) {
     EXPECT_EQ(DDS_DomainParticipantFactory_get_xml_root(factory()), nullptr);
     ASSERT_EQ(load("<dds>\n"
                    "<qos_library name=\"lib\">\n"
-                   "  <profile name=\"p\" base=\"x &amp; y\">  some\n  text <a/><b>t</b>  </profile>\n"
+                   "  <qos_profile name=\"x &amp; y\">\n"
+                   "    <domain_participant_qos><participant_name>\n"
+                   "      <name>  some\n  text  </name><role_name/>\n"
+                   "    </participant_name></domain_participant_qos>\n"
+                   "  </qos_profile>\n"
                    "</qos_library>\n"
                    "</dds>"),
               DDS_RETCODE_OK);
@@ -180,17 +159,23 @@ TEST_F(XmlConfiguration, DocumentsOfBothShapesAddPlainElementsUnderOneRoot) {
 
     DDS_XMLObject *profile = DDS_XMLObject_get_first_child(library);
     ASSERT_NE(profile, nullptr);
-    EXPECT_STREQ(DDS_XMLObject_get_attribute(profile, "base"), "x & y");
+    EXPECT_STREQ(DDS_XMLObject_get_attribute(profile, "name"), "x & y");
     EXPECT_EQ(DDS_XMLObject_get_attribute(profile, "missing"), nullptr);
-    EXPECT_STREQ(DDS_XMLObject_get_text(profile), "some\n  text");  // its own text, trimmed
-    DDS_XMLObject *a = DDS_XMLObject_get_first_child(profile);
-    ASSERT_NE(a, nullptr);
-    EXPECT_STREQ(DDS_XMLObject_get_tag_name(a), "a");
-    EXPECT_EQ(DDS_XMLObject_get_text(a), nullptr);
-    DDS_XMLObject *b = DDS_XMLObject_get_next_sibling(a);
-    ASSERT_NE(b, nullptr);
-    EXPECT_STREQ(DDS_XMLObject_get_text(b), "t");
-    EXPECT_EQ(DDS_XMLObject_get_next_sibling(b), nullptr);
+    EXPECT_EQ(DDS_XMLObject_get_text(profile), nullptr);  // white space around children is no text
+    DDS_XMLObject *entityName = DDS_XMLObject_get_first_child(DDS_XMLObject_get_first_child(profile));
+    ASSERT_NE(entityName, nullptr);
+    EXPECT_STREQ(DDS_XMLObject_get_tag_name(entityName), "participant_name");
+    EXPECT_EQ(DDS_XMLObject_get_text(entityName), nullptr);
+    DDS_XMLObject *name = DDS_XMLObject_get_first_child(entityName);
+    ASSERT_NE(name, nullptr);
+    EXPECT_EQ(DDS_XMLObject_get_parent(name), entityName);
+    EXPECT_STREQ(DDS_XMLObject_get_text(name), "some\n  text");  // trimmed, inner white space kept
+    EXPECT_EQ(DDS_XMLObject_get_line_number(name), 5u);
+    DDS_XMLObject *roleName = DDS_XMLObject_get_next_sibling(name);
+    ASSERT_NE(roleName, nullptr);
+    EXPECT_STREQ(DDS_XMLObject_get_tag_name(roleName), "role_name");
+    EXPECT_EQ(DDS_XMLObject_get_text(roleName), nullptr);
+    EXPECT_EQ(DDS_XMLObject_get_next_sibling(roleName), nullptr);
 
     DDS_XMLObject *second = DDS_XMLObject_get_next_sibling(library);
     ASSERT_NE(second, nullptr);
@@ -203,16 +188,17 @@ TEST_F(XmlConfiguration, ExtensionClassIsToldEveryTagWithItsTextAndLine) {
                         "<sensor name=\"s1\"><rate> 5 </rate>\n"
                         "<limits><low>1</low></limits>tail</sensor>\n"
                         "<qos_library name=\"lib\">\n"
-                        "<sensor name=\"s2\"/>\n"
+                        "<qos_profile name=\"p\"/>\n"
                         "</qos_library>\n"
+                        "<sensor name=\"s2\"/>\n"
                         "</dds>\n");
     ASSERT_EQ(DDS_DomainParticipantFactory_load_xml_file(factory(), file.path()), DDS_RETCODE_OK);
     const std::string at = std::string(" at ") + file.path() + ":";
     const std::vector<std::string> expected{
         "new s1 under dds" + at + "2", "start rate" + at + "2",          "end rate [ 5 ]" + at + "2",
         "start limits" + at + "3",     "start low" + at + "3",           "end low [1]" + at + "3",
-        "end limits []" + at + "3",    "end sensor [\ntail]" + at + "3", "new s2 under qos_library" + at + "5",
-        "end sensor []" + at + "5",
+        "end limits []" + at + "3",    "end sensor [\ntail]" + at + "3", "new s2 under dds" + at + "7",
+        "end sensor []" + at + "7",
     };
     EXPECT_EQ(recorder.events, expected);
 
@@ -224,8 +210,10 @@ TEST_F(XmlConfiguration, ExtensionClassIsToldEveryTagWithItsTextAndLine) {
     EXPECT_EQ(DDS_XMLObject_get_line_number(s1), 2u);
     EXPECT_EQ(reinterpret_cast<Sensor *>(s1)->rate, 5);
     DDS_XMLObject *library = DDS_XMLObject_get_next_sibling(s1);
-    DDS_XMLObject *s2 = DDS_XMLObject_get_first_child(library);
-    EXPECT_EQ(DDS_XMLObject_get_parent(s2), library);
+    EXPECT_EQ(DDS_XMLObject_get_extension_class(library), nullptr);
+    DDS_XMLObject *s2 = DDS_XMLObject_get_next_sibling(library);
+    ASSERT_NE(s2, nullptr);
+    EXPECT_EQ(DDS_XMLObject_get_parent(s2), DDS_DomainParticipantFactory_get_xml_root(factory()));
     EXPECT_EQ(DDS_XMLObject_get_extension_class(s2), sensorClass);
 
     recorder.events.clear();
@@ -235,11 +223,10 @@ TEST_F(XmlConfiguration, ExtensionClassIsToldEveryTagWithItsTextAndLine) {
 }
 
 TEST_F(XmlConfiguration, DuplicatesAreSameNamedElementsOfAStrictClassUnderOneParent) {
-    EXPECT_EQ(load("<dds><sensor/><sensor/><sensor name=\"a\"/><station name=\"s\"/><station name=\"s\"/>"
-                   "<qos_library><sensor name=\"a\"/></qos_library><qos_library><sensor name=\"a\"/></qos_library>"
-                   "</dds>"),
+    EXPECT_EQ(load("<dds><sensor/><sensor/><sensor name=\"a\"/><sensor name=\"b\"/>"
+                   "<station name=\"s\"/><station name=\"s\"/></dds>"),
               DDS_RETCODE_OK);
-    EXPECT_EQ(recorder.liveObjects, 7);
+    EXPECT_EQ(recorder.liveObjects, 6);
 }
 
 // Each document has errors: all of them are reported, the document's
@@ -251,19 +238,27 @@ TEST_F(XmlConfiguration, RefusedDocumentReportsEveryErrorAndLeavesTheTreeAlone) 
     } cases[] = {
         {"", {"<string>:1: malformed XML: no element found"}},
         {"<dds>\n<qos_library>\n</dds>", {"<string>:3: malformed XML: mismatched tag"}},
-        {"<dds>\n<unknown><sensor name=\"x\"/></unknown>\n<qos_library/>\n<other/>\n<dds/></dds>",
+        {"<dds>\n<unknown><sensor name=\"x\"/></unknown>\n<qos_library name=\"fine\"/>\n<other/>\n<dds/></dds>",
          {"<string>:2: unknown element <unknown>", "<string>:4: unknown element <other>",
           "<string>:5: unknown element <dds>"}},
         {"<dds>\n<sensor name=\"a\"/>\n<sensor name=\"a\"/>\n</dds>",
          {"<string>:3: duplicate <sensor> named \"a\" (the first is at <string>:2)"}},
         {"<sensor name=\"loaded\"/>", {"<string>:1: duplicate <sensor> named \"loaded\" (the first is at <string>:2)"}},
-        {"<qos_library>\n<p>\n<sensor name=\"a\"/><sensor name=\"a\"/></p></qos_library>",
-         {"<string>:3: duplicate <sensor> named \"a\" (the first is at <string>:3)"}},
+        // Nested extension objects: duplicates are per parent, and a QoS
+        // library holds none.
+        {"<qos_library name=\"L\">\n<qos_profile name=\"P\">\n<sensor name=\"a\"/><sensor name=\"a\"/></qos_profile>"
+         "</qos_library>",
+         {"<string>:3: duplicate <sensor> named \"a\" (the first is at <string>:3)",
+          "<string>:3: unknown element <sensor> in <qos_profile>"}},
+        {"<dds><qos_library name=\"A\">\n<sensor name=\"a\"/></qos_library>\n"
+         "<qos_library name=\"B\"><sensor name=\"a\"/></qos_library></dds>",
+         {"<string>:2: unknown element <sensor> in <qos_library> (expected <qos_profile>)",
+          "<string>:3: unknown element <sensor> in <qos_library> (expected <qos_profile>)"}},
         {"<sensor name=\"b\">\n<enabled> maybe </enabled>\n</sensor>",
          {"<string>:2: malformed boolean \" maybe \" (expected true/false, 1/0 or yes/no)"}},
         {"<dds><sensor name=\"c\"/>\n<sensor name=\"d\" refuse=\"yes\"/></dds>",
          {"<string>:2: <sensor> refused by the extension class <sensor>"}},
-        {"<qos_library>\n<station/>\n</qos_library>",
+        {"<qos_library name=\"L\">\n<station/>\n</qos_library>",
          {"<string>:2: <station> may stand only at the top of a document"}},
     };
     ASSERT_EQ(load("\n<sensor name=\"loaded\"/>"), DDS_RETCODE_OK);
@@ -282,11 +277,12 @@ TEST_F(XmlConfiguration, RefusedDocumentReportsEveryErrorAndLeavesTheTreeAlone) 
 TEST_F(XmlConfiguration, SavedConfigurationLoadsBackToTheSameTree) {
     ASSERT_EQ(load("<dds>\n"
                    "<qos_library name=\"lib &amp; co\">\n"
-                   "<profile name=\"p\" note=\"tab&#9;nl&#10;q&quot;'&lt;&#13;\">\n"
-                   "  text &lt;&amp;&gt;\n"
-                   "  <empty/>\n"
-                   "  <leaf>v</leaf>\n"
-                   "</profile>\n"
+                   "<qos_profile name=\"tab&#9;nl&#10;q&quot;'&lt;&#13;\">\n"
+                   "<domain_participant_qos><participant_name>\n"
+                   "  <name>text &lt;&amp;&gt;</name>\n"
+                   "  <role_name/>\n"
+                   "</participant_name></domain_participant_qos>\n"
+                   "</qos_profile>\n"
                    "</qos_library>\n"
                    "<sensor name=\"s\"><rate>7</rate><enabled>yes</enabled></sensor>\n"
                    "</dds>"),
@@ -294,11 +290,14 @@ TEST_F(XmlConfiguration, SavedConfigurationLoadsBackToTheSameTree) {
     const std::string saved = savedXml();
     EXPECT_EQ(saved, "<dds>\n"
                      "    <qos_library name=\"lib &amp; co\">\n"
-                     "        <profile name=\"p\" note=\"tab&#9;nl&#10;q&quot;&apos;&lt;&#13;\">\n"
-                     "            text &lt;&amp;&gt;\n"
-                     "            <empty/>\n"
-                     "            <leaf>v</leaf>\n"
-                     "        </profile>\n"
+                     "        <qos_profile name=\"tab&#9;nl&#10;q&quot;&apos;&lt;&#13;\">\n"
+                     "            <domain_participant_qos>\n"
+                     "                <participant_name>\n"
+                     "                    <name>text &lt;&amp;&gt;</name>\n"
+                     "                    <role_name/>\n"
+                     "                </participant_name>\n"
+                     "            </domain_participant_qos>\n"
+                     "        </qos_profile>\n"
                      "    </qos_library>\n"
                      "    <sensor name=\"s\">\n"
                      "        <rate>7</rate>\n"
@@ -310,7 +309,7 @@ TEST_F(XmlConfiguration, SavedConfigurationLoadsBackToTheSameTree) {
     ASSERT_EQ(load(saved.c_str()), DDS_RETCODE_OK);
     EXPECT_EQ(savedXml(), saved);
     const DDS_XMLObject *library = DDS_XMLObject_get_first_child(DDS_DomainParticipantFactory_get_xml_root(factory()));
-    EXPECT_STREQ(DDS_XMLObject_get_attribute(DDS_XMLObject_get_first_child(library), "note"), "tab\tnl\nq\"'<\r");
+    EXPECT_STREQ(DDS_XMLObject_get_attribute(DDS_XMLObject_get_first_child(library), "name"), "tab\tnl\nq\"'<\r");
 }
 
 TEST_F(XmlConfiguration, ClassesAreRegisteredOncePerTagAndUnregisteredOnlyWhenUnused) {
@@ -325,7 +324,7 @@ TEST_F(XmlConfiguration, ClassesAreRegisteredOncePerTagAndUnregisteredOnlyWhenUn
                   DDS_RETCODE_BAD_PARAMETER);
         DDS_XMLExtensionClass_delete(refused);
     }
-    ASSERT_EQ(load("<qos_library><sensor name=\"nested\"/></qos_library>"), DDS_RETCODE_OK);
+    ASSERT_EQ(load("<sensor name=\"loaded\"/>"), DDS_RETCODE_OK);
     EXPECT_EQ(DDS_DomainParticipantFactory_unregister_xml_extension_class(factory(), sensorClass),
               DDS_RETCODE_PRECONDITION_NOT_MET);
     EXPECT_EQ(DDS_DomainParticipantFactory_unregister_xml_extension_class(factory(), stationClass), DDS_RETCODE_OK);
@@ -353,7 +352,7 @@ TEST_F(XmlConfiguration, FileErrorsNameTheFile) {
     EXPECT_TRUE(capture.contains("fopen /nonexistent/vexar.xml: No such file or directory")) << capture.text();
 }
 
-// Loads, saves, unloads and root look-ups from several threads at once.
+// Loads, saves, unloads and profile look-ups from several threads at once.
 TEST(XmlConfigurationConcurrency, OperationsFromManyThreadsAreSerialized) {
     constexpr int kThreads = 4;
     constexpr int kRounds = 100;
@@ -363,9 +362,17 @@ TEST(XmlConfigurationConcurrency, OperationsFromManyThreadsAreSerialized) {
         threads.emplace_back([t, &failures] {
             FILE *sink = std::fopen("/dev/null", "w");
             for (int i = 0; i < kRounds; ++i) {
-                const std::string document = "<qos_library name=\"t" + std::to_string(t) + "\"><p/></qos_library>";
+                // A profile name of its own each round: a library may grow
+                // over several documents, but never repeat a profile.
+                const std::string library = "t" + std::to_string(t);
+                const std::string document = "<qos_library name=\"" + library + "\"><qos_profile name=\"p" +
+                                             std::to_string(i) + "\"/></qos_library>";
                 bool ok = DDS_DomainParticipantFactory_load_xml_string(factory(), document.c_str()) == DDS_RETCODE_OK;
                 ok = ok && DDS_DomainParticipantFactory_save_xml(factory(), sink) == DDS_RETCODE_OK;
+                DDS_StringSeq names = DDS_SEQUENCE_INITIALIZER;
+                ok = ok && DDS_DomainParticipantFactory_get_qos_profiles(factory(), &names, library.c_str()) ==
+                               DDS_RETCODE_OK;
+                DDS_StringSeq_finalize(&names);
                 if (i % 10 == t) ok = ok && DDS_DomainParticipantFactory_unload_xml(factory()) == DDS_RETCODE_OK;
                 if (!ok) ++failures;
             }

@@ -7,6 +7,7 @@
 
 #include "platform/dds/cyclone_sertype.hpp"
 #include "platform/dds/endpoint_lifecycle.hpp"
+#include "platform/dds/factory_profiles.hpp"
 #include "platform/dds/qos_cyclone.hpp"
 
 #include <dds/ddsi/ddsi_sertype.h>
@@ -143,19 +144,18 @@ DDS_ReturnCode_t getParticipantQos(const DDS_DomainParticipantImpl &participant,
     return wireProtocolFromParticipant(participant.handle, qos->wire_protocol, context);
 }
 
-// The default QoS of an entity kind: its record's initializer.
-template <typename Qos, DDS_ReturnCode_t (*copy)(Qos *, const Qos *)>
-DDS_ReturnCode_t copyDefaults(DDS_DomainParticipant *self, Qos *qos, const Qos &defaults,
+// The default QoS of an entity kind: its record's defaults with the default
+// profile over them. The participant keeps no defaults of its own.
+template <typename Qos>
+DDS_ReturnCode_t copyDefaults(DDS_DomainParticipant *self, Qos *qos, const char *topicName,
                               const char *context) noexcept {
-    if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    return copy(qos, &defaults);
+    if (checked(self, context) == nullptr || !isGiven(qos, context, "qos")) return DDS_RETCODE_BAD_PARAMETER;
+    return guarded(context, DDS_RETCODE_ERROR, [&] {
+        OwnedQos<Qos> defaults;
+        const DDS_ReturnCode_t overlaid = overlayDefaultProfile(defaults.qos, topicName, context);
+        return overlaid == DDS_RETCODE_OK ? copyQos(*qos, defaults.qos, context) : overlaid;
+    });
 }
-
-constexpr DDS_PublisherQos kDefaultPublisherQos = DDS_PublisherQos_INITIALIZER;
-constexpr DDS_SubscriberQos kDefaultSubscriberQos = DDS_SubscriberQos_INITIALIZER;
-constexpr DDS_TopicQos kDefaultTopicQos = DDS_TopicQos_INITIALIZER;
-constexpr DDS_DataWriterQos kDefaultDataWriterQos = DDS_DataWriterQos_INITIALIZER;
-constexpr DDS_DataReaderQos kDefaultDataReaderQos = DDS_DataReaderQos_INITIALIZER;
 
 }  // namespace
 }  // namespace vexar::dds
@@ -234,7 +234,10 @@ DDS_Publisher *DDS_DomainParticipant_create_publisher(DDS_DomainParticipant *sel
     const char *context = "DDS_DomainParticipant_create_publisher";
     if (checked(self, context) == nullptr || !acceptsNoCallbacks(listener, mask, context)) return nullptr;
     return guarded(context, static_cast<DDS_Publisher *>(nullptr), [&]() -> DDS_Publisher * {
-        CycloneQos cycloneQos = toCyclone(qos != nullptr ? *qos : kDefaultPublisherQos, context);
+        OwnedQos<DDS_PublisherQos> defaults;
+        const DDS_PublisherQos *chosen = givenOrDefaultQos(qos, defaults, nullptr, context);
+        if (chosen == nullptr) return nullptr;
+        CycloneQos cycloneQos = toCyclone(*chosen, context);
         if (cycloneQos == nullptr) return nullptr;
         return createGroup(*self, self->publishers, cycloneQos, dds_create_publisher, "dds_create_publisher", context);
     });
@@ -255,7 +258,10 @@ DDS_Subscriber *DDS_DomainParticipant_create_subscriber(DDS_DomainParticipant *s
     const char *context = "DDS_DomainParticipant_create_subscriber";
     if (checked(self, context) == nullptr || !acceptsNoCallbacks(listener, mask, context)) return nullptr;
     return guarded(context, static_cast<DDS_Subscriber *>(nullptr), [&]() -> DDS_Subscriber * {
-        CycloneQos cycloneQos = toCyclone(qos != nullptr ? *qos : kDefaultSubscriberQos, context);
+        OwnedQos<DDS_SubscriberQos> defaults;
+        const DDS_SubscriberQos *chosen = givenOrDefaultQos(qos, defaults, nullptr, context);
+        if (chosen == nullptr) return nullptr;
+        CycloneQos cycloneQos = toCyclone(*chosen, context);
         if (cycloneQos == nullptr) return nullptr;
         return createGroup(*self, self->subscribers, cycloneQos, dds_create_subscriber, "dds_create_subscriber",
                            context);
@@ -279,46 +285,40 @@ DDS_ReturnCode_t DDS_DomainParticipant_delete_contained_entities(DDS_DomainParti
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_publisher_qos(DDS_DomainParticipant *self, DDS_PublisherQos *qos) {
-    return copyDefaults<DDS_PublisherQos, DDS_PublisherQos_copy>(self, qos, kDefaultPublisherQos,
-                                                                 "DDS_DomainParticipant_get_default_publisher_qos");
+    return copyDefaults(self, qos, nullptr, "DDS_DomainParticipant_get_default_publisher_qos");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_subscriber_qos(DDS_DomainParticipant *self, DDS_SubscriberQos *qos) {
-    return copyDefaults<DDS_SubscriberQos, DDS_SubscriberQos_copy>(self, qos, kDefaultSubscriberQos,
-                                                                   "DDS_DomainParticipant_get_default_subscriber_qos");
+    return copyDefaults(self, qos, nullptr, "DDS_DomainParticipant_get_default_subscriber_qos");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_topic_qos(DDS_DomainParticipant *self, DDS_TopicQos *qos) {
-    return copyDefaults<DDS_TopicQos, DDS_TopicQos_copy>(self, qos, kDefaultTopicQos,
-                                                         "DDS_DomainParticipant_get_default_topic_qos");
+    return copyDefaults(self, qos, nullptr, "DDS_DomainParticipant_get_default_topic_qos");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_topic_qos_w_topic_name(DDS_DomainParticipant *self,
-                                                                          DDS_TopicQos *qos, const char *) {
-    return copyDefaults<DDS_TopicQos, DDS_TopicQos_copy>(self, qos, kDefaultTopicQos,
-                                                         "DDS_DomainParticipant_get_default_topic_qos_w_topic_name");
+                                                                          DDS_TopicQos *qos, const char *topic_name) {
+    return copyDefaults(self, qos, topic_name, "DDS_DomainParticipant_get_default_topic_qos_w_topic_name");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos(DDS_DomainParticipant *self, DDS_DataWriterQos *qos) {
-    return copyDefaults<DDS_DataWriterQos, DDS_DataWriterQos_copy>(self, qos, kDefaultDataWriterQos,
-                                                                   "DDS_DomainParticipant_get_default_datawriter_qos");
+    return copyDefaults(self, qos, nullptr, "DDS_DomainParticipant_get_default_datawriter_qos");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name(DDS_DomainParticipant *self,
-                                                                               DDS_DataWriterQos *qos, const char *) {
-    return copyDefaults<DDS_DataWriterQos, DDS_DataWriterQos_copy>(
-        self, qos, kDefaultDataWriterQos, "DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name");
+                                                                               DDS_DataWriterQos *qos,
+                                                                               const char *topic_name) {
+    return copyDefaults(self, qos, topic_name, "DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos(DDS_DomainParticipant *self, DDS_DataReaderQos *qos) {
-    return copyDefaults<DDS_DataReaderQos, DDS_DataReaderQos_copy>(self, qos, kDefaultDataReaderQos,
-                                                                   "DDS_DomainParticipant_get_default_datareader_qos");
+    return copyDefaults(self, qos, nullptr, "DDS_DomainParticipant_get_default_datareader_qos");
 }
 
 DDS_ReturnCode_t DDS_DomainParticipant_get_default_datareader_qos_w_topic_name(DDS_DomainParticipant *self,
-                                                                               DDS_DataReaderQos *qos, const char *) {
-    return copyDefaults<DDS_DataReaderQos, DDS_DataReaderQos_copy>(
-        self, qos, kDefaultDataReaderQos, "DDS_DomainParticipant_get_default_datareader_qos_w_topic_name");
+                                                                               DDS_DataReaderQos *qos,
+                                                                               const char *topic_name) {
+    return copyDefaults(self, qos, topic_name, "DDS_DomainParticipant_get_default_datareader_qos_w_topic_name");
 }
 
 }  // extern "C"

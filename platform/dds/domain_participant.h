@@ -1,6 +1,6 @@
 /* The domain participant: registers types, creates and deletes the topics,
  * content-filtered topics, publishers and subscribers of one domain, and
- * holds their default QoS.
+ * gives their default QoS.
  *
  * A participant is made by the factory (platform/dds/domain_participant_factory.h)
  * or adopted from an application that already has a Cyclone participant
@@ -69,7 +69,8 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_unregister_type(DDS_DomainParti
 VEXAR_API DDS_TopicDescription *DDS_DomainParticipant_lookup_topicdescription(DDS_DomainParticipant *self,
                                                                               const char *topic_name);
 
-/* A topic of a registered type; `qos` null means the default topic QoS.
+/* A topic of a registered type; `qos` null means the default topic QoS for
+ * its name.
  * Null, reported, when the type is not registered or the name is taken by
  * a topic of another type. The listener must be null or the mask 0. */
 VEXAR_API DDS_Topic *DDS_DomainParticipant_create_topic(DDS_DomainParticipant *self, const char *topic_name,
@@ -122,8 +123,14 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_delete_subscriber(DDS_DomainPar
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_delete_contained_entities(DDS_DomainParticipant *self);
 
 /* ---- Default QoS ---------------------------------------------------------- *
- * Each fills `qos`, an initialized record. The _w_topic_name forms are the
- * same as the plain ones until named profiles exist. */
+ * Each fills `qos`, an initialized record, with the record's defaults (see
+ * platform/dds/qos.h) and over them the loaded QoS profile marked
+ * is_default_qos="true", when there is one (with its base profiles). The
+ * plain forms take the profile's elements without a topic_filter; the
+ * _w_topic_name forms also those whose topic_filter matches `topic_name`.
+ * Entities created with a null QoS get these values.
+ * DDS_RETCODE_ILLEGAL_OPERATION, reported, from an XML extension callback of
+ * the participant factory. */
 
 VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_default_publisher_qos(DDS_DomainParticipant *self,
                                                                            DDS_PublisherQos *qos);

@@ -2,11 +2,15 @@
 // QoS (the profile look-ups are in factory_profiles.cpp).
 #include "platform/dds/entity.hpp"
 
-#include "platform/log/logger.h"
+#include "platform/dds/factory_profiles.hpp"
 #include "platform/dds/qos_cyclone.hpp"
+#include "platform/log/logger.h"
 
 struct DDS_DomainParticipantFactoryImpl {
     std::mutex mutex;
+    // The application's default, once it set one; until then the default
+    // profile over the record's defaults, read anew each time.
+    bool defaultQosSet = false;                                                  // under mutex
     DDS_DomainParticipantQos defaultQos = DDS_DomainParticipantQos_INITIALIZER;  // under mutex
 };
 
@@ -27,15 +31,23 @@ bool isFactory(const DDS_DomainParticipantFactory *factory, const char *context)
 
 namespace {
 
+// The profile is read without the factory's mutex: an XML extension callback
+// holds the XML lock and may ask for the default.
+DDS_ReturnCode_t copyDefaultParticipantQos(DDS_DomainParticipantQos &qos, const char *context) {
+    {
+        std::lock_guard lock(theFactory.mutex);
+        if (theFactory.defaultQosSet) return copyQos(qos, theFactory.defaultQos, context);
+    }
+    OwnedQos<DDS_DomainParticipantQos> defaults;
+    const DDS_ReturnCode_t overlaid = overlayDefaultProfile(defaults.qos, nullptr, context);
+    return overlaid == DDS_RETCODE_OK ? copyQos(qos, defaults.qos, context) : overlaid;
+}
+
 DDS_DomainParticipant *createParticipant(DDS_DomainId_t domainId, const DDS_DomainParticipantQos *qos,
                                          const char *context) {
-    DDS_DomainParticipantQos defaults = DDS_DomainParticipantQos_INITIALIZER;
-    if (qos == nullptr) {
-        std::lock_guard lock(theFactory.mutex);
-        if (DDS_DomainParticipantQos_copy(&defaults, &theFactory.defaultQos) != DDS_RETCODE_OK) return nullptr;
-    }
-    CycloneQos cycloneQos = toCyclone(qos != nullptr ? *qos : defaults, context);
-    DDS_DomainParticipantQos_finalize(&defaults);
+    OwnedQos<DDS_DomainParticipantQos> defaults;
+    if (qos == nullptr && copyDefaultParticipantQos(defaults.qos, context) != DDS_RETCODE_OK) return nullptr;
+    CycloneQos cycloneQos = toCyclone(qos != nullptr ? *qos : defaults.qos, context);
     if (cycloneQos == nullptr) return nullptr;
     dds_entity_t handle = dds_create_participant(static_cast<dds_domainid_t>(domainId), cycloneQos.get(), nullptr);
     if (handle < 0) {
@@ -106,11 +118,8 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_delete_participant(DDS_DomainParti
 DDS_ReturnCode_t DDS_DomainParticipantFactory_get_default_participant_qos(DDS_DomainParticipantFactory *self,
                                                                           DDS_DomainParticipantQos *qos) {
     const char *context = "DDS_DomainParticipantFactory_get_default_participant_qos";
-    if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
-    return guarded(context, DDS_RETCODE_ERROR, [&] {
-        std::lock_guard lock(theFactory.mutex);
-        return DDS_DomainParticipantQos_copy(qos, &theFactory.defaultQos);
-    });
+    if (!isFactory(self, context) || !isGiven(qos, context, "qos")) return DDS_RETCODE_BAD_PARAMETER;
+    return guarded(context, DDS_RETCODE_ERROR, [&] { return copyDefaultParticipantQos(*qos, context); });
 }
 
 DDS_ReturnCode_t DDS_DomainParticipantFactory_set_default_participant_qos(DDS_DomainParticipantFactory *self,
@@ -119,7 +128,9 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_set_default_participant_qos(DDS_Do
     if (!isFactory(self, context)) return DDS_RETCODE_BAD_PARAMETER;
     return guarded(context, DDS_RETCODE_ERROR, [&] {
         std::lock_guard lock(theFactory.mutex);
-        return DDS_DomainParticipantQos_copy(&theFactory.defaultQos, qos);
+        const DDS_ReturnCode_t copied = DDS_DomainParticipantQos_copy(&theFactory.defaultQos, qos);
+        if (copied == DDS_RETCODE_OK) theFactory.defaultQosSet = true;
+        return copied;
     });
 }
 

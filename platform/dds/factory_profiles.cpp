@@ -1,7 +1,8 @@
 // The participant factory's QoS profile look-ups, answered from the QoS
-// libraries of the loaded XML documents. Before its first look-up the
-// factory loads the files that DDS_QOS_PROFILES names (separated by ';'):
-// the middleware's convention for profiles that no program loads itself.
+// libraries of the loaded XML documents, and the default profile under the
+// entities' defaults. Before its first look-up the factory loads the files
+// that DDS_QOS_PROFILES names (separated by ';'): the middleware's
+// convention for profiles that no program loads itself.
 #include "platform/dds/entity.hpp"  // first: it orders Cyclone's headers before ours
 
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "platform/dds/domain_participant_factory.h"
+#include "platform/dds/factory_profiles.hpp"
 #include "platform/dds/qos_libraries.hpp"
 #include "platform/dds/qos_records.hpp"
 #include "platform/dds/xml_documents.hpp"
@@ -32,6 +34,25 @@ void loadProfilesNamedInEnvironment() {
         }
     });
 }
+
+template <typename Qos>
+DDS_ReturnCode_t overlayDefaultProfile(Qos &qos, const char *topicName, const char *context) {
+    loadProfilesNamedInEnvironment();
+    const bool read = xmlDocuments().read(context, [&](const DDS_XMLObject *root) {
+        if (root != nullptr) defaultQosFromProfiles(*root, topicName, qos);
+    });
+    return read ? DDS_RETCODE_OK : DDS_RETCODE_ILLEGAL_OPERATION;
+}
+
+#define VEXAR_INSTANTIATE_DEFAULT_PROFILE(Qos) \
+    template DDS_ReturnCode_t overlayDefaultProfile(Qos &qos, const char *topicName, const char *context)
+VEXAR_INSTANTIATE_DEFAULT_PROFILE(DDS_DomainParticipantQos);
+VEXAR_INSTANTIATE_DEFAULT_PROFILE(DDS_PublisherQos);
+VEXAR_INSTANTIATE_DEFAULT_PROFILE(DDS_SubscriberQos);
+VEXAR_INSTANTIATE_DEFAULT_PROFILE(DDS_TopicQos);
+VEXAR_INSTANTIATE_DEFAULT_PROFILE(DDS_DataWriterQos);
+VEXAR_INSTANTIATE_DEFAULT_PROFILE(DDS_DataReaderQos);
+#undef VEXAR_INSTANTIATE_DEFAULT_PROFILE
 
 namespace {
 

@@ -2,6 +2,7 @@
 #include "platform/dds/entity.hpp"
 
 #include "platform/dds/endpoint_lifecycle.hpp"
+#include "platform/dds/factory_profiles.hpp"
 #include "platform/dds/write_batching.hpp"
 
 DDS_PublisherImpl::~DDS_PublisherImpl() = default;
@@ -26,15 +27,16 @@ DDS_DataWriter *DDS_Publisher_create_datawriter(DDS_Publisher *self, DDS_Topic *
                                                 const DDS_DataWriterListener *listener, DDS_StatusMask mask) {
     const char *context = "DDS_Publisher_create_datawriter";
     if (checked(self, context) == nullptr || checked(topic, context, "topic") == nullptr) return nullptr;
-    const DDS_DataWriterQos defaults = DDS_DataWriterQos_INITIALIZER;
-    const DDS_DataWriterQos &chosen = qos != nullptr ? *qos : defaults;
-    // Before the Cyclone writer exists: it takes its domain's batching switch when created.
-    if (chosen.batch.enable) enableWriteBatching(context);
-    DDS_DataWriter *writer = guarded(context, static_cast<DDS_DataWriter *>(nullptr), [&] {
-        return createEndpoint<DDS_DataWriterImpl>(*self, *topic, chosen, listener, mask, context);
+    return guarded(context, static_cast<DDS_DataWriter *>(nullptr), [&]() -> DDS_DataWriter * {
+        OwnedQos<DDS_DataWriterQos> defaults;
+        const DDS_DataWriterQos *chosen = givenOrDefaultQos(qos, defaults, topic->name.c_str(), context);
+        if (chosen == nullptr) return nullptr;
+        // Before the Cyclone writer exists: it takes its domain's batching switch when created.
+        if (chosen->batch.enable) enableWriteBatching(context);
+        DDS_DataWriter *writer = createEndpoint<DDS_DataWriterImpl>(*self, *topic, *chosen, listener, mask, context);
+        if (writer != nullptr) writer->batched = chosen->batch.enable != DDS_BOOLEAN_FALSE;
+        return writer;
     });
-    if (writer != nullptr) writer->batched = chosen.batch.enable != DDS_BOOLEAN_FALSE;
-    return writer;
 }
 
 DDS_ReturnCode_t DDS_Publisher_delete_datawriter(DDS_Publisher *self, DDS_DataWriter *writer) {

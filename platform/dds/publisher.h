@@ -15,7 +15,8 @@ VEXAR_API DDS_DomainParticipant *DDS_Publisher_get_participant(DDS_Publisher *se
 VEXAR_API DDS_ReturnCode_t DDS_Publisher_get_qos(DDS_Publisher *self, DDS_PublisherQos *qos);
 
 /* A writer on `topic` (of this publisher's participant) with `qos`, or the
- * participant's default writer QoS when `qos` is null. The listener's
+ * participant's default writer QoS for the topic's name when `qos` is null
+ * (DDS_DomainParticipant_get_default_datawriter_qos_w_topic_name). The listener's
  * callbacks whose status bits are in `mask` are installed before the writer
  * is enabled, so no event is missed. Null on failure, reported. */
 VEXAR_API DDS_DataWriter *DDS_Publisher_create_datawriter(DDS_Publisher *self, DDS_Topic *topic,

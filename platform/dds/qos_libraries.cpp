@@ -4,6 +4,8 @@
 
 #include <fnmatch.h>
 
+#include <algorithm>
+#include <initializer_list>
 #include <string_view>
 #include <tuple>
 
@@ -126,6 +128,7 @@ public:
 
     void library(const DDS_XMLObject &library) {
         if (nameOf(library).empty()) fail(library, "<qos_library> needs a name");
+        knownAttributes(library, {"name"});
         forEachChild(library, [&](const DDS_XMLObject &child) {
             if (tagOf(child) == kProfileTag) {
                 profile(child);
@@ -141,6 +144,15 @@ private:
         errors_.push_back({DDS_XMLObject_get_line_number(&at), message});
     }
 
+    // An attribute that nothing reads would be a setting silently lost.
+    void knownAttributes(const DDS_XMLObject &element, std::initializer_list<std::string_view> known) {
+        for (char **attribute = element.attributes; attribute != nullptr && attribute[0] != nullptr; attribute += 2) {
+            if (std::ranges::find(known, std::string_view(attribute[0])) != known.end()) continue;
+            fail(element,
+                 "unknown attribute \"" + std::string(attribute[0]) + "\" of <" + std::string(tagOf(element)) + ">");
+        }
+    }
+
     std::string fullName(const DDS_XMLObject &profile) const {
         return std::string(nameOf(*profile.parent)) + "::" + std::string(nameOf(profile));
     }
@@ -153,6 +165,7 @@ private:
             fail(profile, "duplicate <qos_profile> named \"" + fullName(profile) + "\" (the first is at " +
                               placeOf(*first) + ")");
         }
+        knownAttributes(profile, {"name", "base_name", "is_default_qos"});
         isDefault(profile);
         base(profile);
         forEachChild(profile, [&](const DDS_XMLObject &element) { qosElement(element); });
@@ -187,11 +200,12 @@ private:
 
     void qosElement(const DDS_XMLObject &element) {
         const std::string_view tag = tagOf(element);
+        const bool known = withRecordOf(tag, [&](auto &record) { readQos(element, record, errors_); });
+        if (!known) return fail(element, "unknown element <" + std::string(tag) + "> in <qos_profile>");
         if (DDS_XMLObject_get_attribute(&element, kTopicFilter) != nullptr && !takesTopicFilter(tag)) {
             fail(element, "<" + std::string(tag) + "> takes no topic_filter");
         }
-        const bool known = withRecordOf(tag, [&](auto &record) { readQos(element, record, errors_); });
-        if (!known) fail(element, "unknown element <" + std::string(tag) + "> in <qos_profile>");
+        knownAttributes(element, {kTopicFilter});
     }
 
     Tops tops_;

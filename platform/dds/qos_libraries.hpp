@@ -21,7 +21,8 @@ namespace vexar::dds {
 // Checks the <qos_library> elements among a document's `staged` top-level
 // objects, together with the libraries already under `root`: names given
 // and unique, only profiles in a library and only QoS elements in a profile,
-// every value readable, every base found and no profile its own base.
+// no attribute that nothing reads, every value readable, every base found
+// and no profile its own base, at most one default profile.
 // Adds what it refuses to `errors`. Throws std::bad_alloc.
 void acceptQosLibraries(const std::vector<xml::OwnedTree> &staged, const DDS_XMLObject &root,
                         std::vector<xml::XmlError> &errors);

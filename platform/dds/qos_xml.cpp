@@ -2,9 +2,7 @@
 // its fields), one reader per kind of field value.
 #include "platform/dds/qos_xml.hpp"
 
-#include <cctype>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -30,7 +28,7 @@ struct Field {
     const char *tag;
     Value Policy::*member;
 };
-// Spelled out for compilers without deduction for aggregates.
+// Spelt out: Clang before 17 deduces no template arguments for aggregates.
 template <typename Policy, typename Value>
 Field(const char *, Value Policy::*) -> Field<Policy, Value>;
 
@@ -223,8 +221,8 @@ void readValue(const DDS_XMLObject &element, Kind &out, Reader &reader) {
     failValue(element, expected.c_str(), reader);
 }
 
-// <sec> and <nanosec>, each a number or the infinite duration's name; an
-// infinite <sec> makes the whole duration infinite.
+// <sec> or <nanosec>: a number up to `high`, or a name of the infinite or
+// the zero duration.
 void readDurationPart(const DDS_XMLObject &element, std::int64_t high, std::int64_t infinite, std::int64_t &out,
                       Reader &reader) {
     const std::string_view text = withoutPrefix(textOf(element));
@@ -237,22 +235,29 @@ void readDurationPart(const DDS_XMLObject &element, std::int64_t high, std::int6
     }
 }
 
+// The element gives the whole duration: a part it leaves out is 0, and
+// either part infinite makes it infinite. Mixing a part into what a base
+// profile or the default held could give a finite second with an infinite
+// nanosecond, which is no duration at all.
 void readValue(const DDS_XMLObject &element, DDS_Duration_t &out, Reader &reader) {
+    std::int64_t sec = 0;
+    std::int64_t nanosec = 0;
     for (const DDS_XMLObject *part = DDS_XMLObject_get_first_child(&element); part != nullptr;
          part = DDS_XMLObject_get_next_sibling(part)) {
         const std::string_view tag = DDS_XMLObject_get_tag_name(part);
-        std::int64_t value = 0;
         if (tag == "sec") {
-            readDurationPart(*part, DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_SEC, value, reader);
-            out.sec = static_cast<DDS_Long>(value);
-            if (out.sec == DDS_DURATION_INFINITE_SEC) out.nanosec = DDS_DURATION_INFINITE_NSEC;
+            readDurationPart(*part, DDS_DURATION_INFINITE_SEC, DDS_DURATION_INFINITE_SEC, sec, reader);
         } else if (tag == "nanosec") {
-            readDurationPart(*part, 999'999'999, DDS_DURATION_INFINITE_NSEC, value, reader);
-            out.nanosec = static_cast<DDS_UnsignedLong>(value);
+            readDurationPart(*part, 999'999'999, DDS_DURATION_INFINITE_NSEC, nanosec, reader);
         } else {
             reader.fail(*part,
                         "unknown element " + tagOf(*part) + " in " + tagOf(element) + " (expected <sec>, <nanosec>)");
         }
+    }
+    if (sec == DDS_DURATION_INFINITE_SEC || nanosec == DDS_DURATION_INFINITE_NSEC) {
+        out = DDS_DURATION_INFINITE_INITIALIZER;
+    } else {
+        out = {static_cast<DDS_Long>(sec), static_cast<DDS_UnsignedLong>(nanosec)};
     }
 }
 
@@ -281,6 +286,14 @@ void readValue(const DDS_XMLObject &element, DDS_StringSeq &out, Reader &reader)
         readValue(*items[static_cast<std::size_t>(i)], *DDS_StringSeq_get_reference(&out, i), reader);
 }
 
+// The value of a hexadecimal digit, or -1.
+int hexDigit(char digit) noexcept {
+    if (digit >= '0' && digit <= '9') return digit - '0';
+    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+    return -1;
+}
+
 // Bytes as pairs of hexadecimal digits, white space between pairs allowed.
 void readValue(const DDS_XMLObject &element, DDS_OctetSeq &out, Reader &reader) {
     std::vector<DDS_Octet> bytes;
@@ -290,13 +303,13 @@ void readValue(const DDS_XMLObject &element, DDS_OctetSeq &out, Reader &reader) 
             ++i;
             continue;
         }
-        unsigned value = 0;
-        if (i + 1 >= text.size() || std::sscanf(std::string(text.substr(i, 2)).c_str(), "%2x", &value) != 1 ||
-            !std::isxdigit(static_cast<unsigned char>(text[i + 1]))) {
+        const int high = hexDigit(text[i]);
+        const int low = i + 1 < text.size() ? hexDigit(text[i + 1]) : -1;
+        if (high < 0 || low < 0) {
             failValue(element, "bytes as pairs of hexadecimal digits", reader);
             return;
         }
-        bytes.push_back(static_cast<DDS_Octet>(value));
+        bytes.push_back(static_cast<DDS_Octet>(high * 16 + low));
         i += 2;
     }
     const auto length = static_cast<DDS_Long>(bytes.size());

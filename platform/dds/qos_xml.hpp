@@ -31,7 +31,8 @@ inline constexpr const char *kQosTag<DDS_DataReaderQos> = "datareader_qos";
 
 // Overlays what `element` (a <datawriter_qos> or the like) sets onto `qos`,
 // which owns what it held before; a policy or field the element leaves out
-// keeps its value. Every error (an unknown element, a bad value) is added
+// keeps its value, and a field it gives is given whole (a duration's left-out
+// part is 0, a partition's names replace the old ones). Every error (an unknown element, a bad value) is added
 // to `errors` with its line. True when there was none. Throws
 // std::bad_alloc.
 template <typename Qos>

@@ -2,6 +2,7 @@
 #include "platform/dds/entity.hpp"
 
 #include "platform/dds/endpoint_lifecycle.hpp"
+#include "platform/dds/factory_profiles.hpp"
 
 DDS_SubscriberImpl::~DDS_SubscriberImpl() = default;
 
@@ -40,10 +41,12 @@ DDS_DataReader *DDS_Subscriber_create_datareader(DDS_Subscriber *self, DDS_Topic
     if (checked(self, context) == nullptr) return nullptr;
     DDS_TopicDescriptionImpl *description = checkedDescription(topic, context);
     if (description == nullptr) return nullptr;
-    const DDS_DataReaderQos defaults = DDS_DataReaderQos_INITIALIZER;
-    return guarded(context, static_cast<DDS_DataReader *>(nullptr), [&] {
-        return createEndpoint<DDS_DataReaderImpl>(*self, *description, qos != nullptr ? *qos : defaults, listener, mask,
-                                                  context);
+    return guarded(context, static_cast<DDS_DataReader *>(nullptr), [&]() -> DDS_DataReader * {
+        OwnedQos<DDS_DataReaderQos> defaults;
+        const DDS_DataReaderQos *chosen = givenOrDefaultQos(qos, defaults, description->name.c_str(), context);
+        return chosen != nullptr
+                   ? createEndpoint<DDS_DataReaderImpl>(*self, *description, *chosen, listener, mask, context)
+                   : nullptr;
     });
 }
 

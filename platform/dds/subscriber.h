@@ -15,8 +15,8 @@ VEXAR_API DDS_ReturnCode_t DDS_Subscriber_get_qos(DDS_Subscriber *self, DDS_Subs
 
 /* A reader on `topic` (a topic or content-filtered topic of this
  * subscriber's participant) with `qos`, or the participant's default reader
- * QoS when `qos` is null. The listener is installed before the reader is
- * enabled. Null on failure, reported. */
+ * QoS for the description's name when `qos` is null. The listener is
+ * installed before the reader is enabled. Null on failure, reported. */
 VEXAR_API DDS_DataReader *DDS_Subscriber_create_datareader(DDS_Subscriber *self, DDS_TopicDescription *topic,
                                                            const DDS_DataReaderQos *qos,
                                                            const DDS_DataReaderListener *listener, DDS_StatusMask mask);

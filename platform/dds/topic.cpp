@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "platform/dds/cyclone_sertype.hpp"
+#include "platform/dds/factory_profiles.hpp"
 #include "platform/runtime/dds_string.h"
 #include "platform/dds/qos_cyclone.hpp"
 
@@ -179,9 +180,10 @@ DDS_Topic *DDS_DomainParticipant_create_topic(DDS_DomainParticipant *self, const
         !isGiven(type_name, context, "type_name") || !acceptsNoCallbacks(listener, mask, context)) {
         return nullptr;
     }
-    const DDS_TopicQos defaults = DDS_TopicQos_INITIALIZER;
-    return guarded(context, static_cast<DDS_Topic *>(nullptr), [&] {
-        return createTopic(*self, topic_name, type_name, qos != nullptr ? *qos : defaults, context);
+    return guarded(context, static_cast<DDS_Topic *>(nullptr), [&]() -> DDS_Topic * {
+        OwnedQos<DDS_TopicQos> defaults;
+        const DDS_TopicQos *chosen = givenOrDefaultQos(qos, defaults, topic_name, context);
+        return chosen != nullptr ? createTopic(*self, topic_name, type_name, *chosen, context) : nullptr;
     });
 }
 
