@@ -156,6 +156,10 @@ private:
     std::map<AppId, Clock::time_point> firstSeen_;
 };
 
+// Each take's ceiling: the loan of one batch of log messages stays under
+// 5 MB however fast they arrive.
+constexpr DDS_Long kBatch = Reader<QTV_VX_LogMessage>::kBatch;
+
 }  // namespace
 
 const CommandDescription kTailCommand{
@@ -176,10 +180,14 @@ int runTail(const ParsedArguments &arguments) {
     Clock::time_point deadline = deadlineAfter(timeout);
     while (!printer.done() && !stopRequested()) {
         watch.updateApps();
-        logs.takeAll([&](std::vector<Received<QTV_VX_LogMessage>> &batch) { printer.take(batch, watch.apps); });
+        // One bounded batch per turn, so that States, the deadline and a stop
+        // are still seen under a flood; a full batch means more is waiting.
+        bool moreWaiting = logs.take(kBatch, [&](std::vector<Received<QTV_VX_LogMessage>> &batch) {
+            printer.take(batch, watch.apps);
+        }) == kBatch;
         printer.releaseHeld(watch.apps);
         if (printer.done() || Clock::now() >= deadline) break;
-        watch.signal.waitUntil(deadline);
+        if (!moreWaiting) watch.signal.waitUntil(deadline);
     }
     bool countMissed = printer.countLimited() && !printer.done() && !stopRequested();
     return countMissed ? kExitNoAnswer : 0;
