@@ -57,6 +57,13 @@ VEXAR_API DDS_DataReaderListener DDS_DataReader_get_listener(DDS_DataReader *sel
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_get_subscription_matched_status(DDS_DataReader *self,
                                                                           DDS_SubscriptionMatchedStatus *status);
 
+/* Samples lost on their way to the reader (reading resets the _change
+ * field). Cyclone 0.10 counts only samples that their instance refused
+ * (with source-time ordering, one older than the instance's latest), not
+ * samples that a writer gave up before they reached the reader: a reader
+ * that must notice every loss numbers its samples itself. */
+VEXAR_API DDS_ReturnCode_t DDS_DataReader_get_sample_lost_status(DDS_DataReader *self, DDS_SampleLostStatus *status);
+
 /* Whether the reader's type is the one named `type_name` (see
  * DDS_DataWriter_compare_typeI). */
 VEXAR_API DDS_Boolean DDS_DataReader_compare_typeI(DDS_DataReader *self, const char *type_name);

@@ -141,7 +141,7 @@ public:
     using Type = TopicType<Sample>;
 
     Reader(Session &session, const DDS_DataReaderQos &qos, DataSignal &signal)
-        : reader_(Type::narrowReader(session.createReader(session.topic<Sample>(), qos, signal))) {
+        : untyped_(session.createReader(session.topic<Sample>(), qos, signal)), reader_(Type::narrowReader(untyped_)) {
         if (reader_ == nullptr) throw DdsFailure(std::string("cannot read ") + Type::topicName);
     }
 
@@ -174,6 +174,15 @@ public:
         while (take(kBatch, use) == kBatch) {}
     }
 
+    // Samples lost on their way to this reader since the last call.
+    std::int64_t lostSinceAsked() {
+        DDS_SampleLostStatus status = DDS_SampleLostStatus_INITIALIZER;
+        if (DDS_DataReader_get_sample_lost_status(untyped_, &status) != DDS_RETCODE_OK) {
+            throw DdsFailure(std::string("cannot read the lost samples of ") + Type::topicName);
+        }
+        return status.total_count_change;
+    }
+
     // One loaned take's ceiling: each loaned sample holds its type's bounds.
     static constexpr DDS_Long kBatch = OBLX_DATAREADER_MAX_LOANED_SAMPLES;
 
@@ -185,6 +194,7 @@ private:
         ~LoanReturn() { Type::returnLoan(reader, samples, infos); }
     };
 
+    DDS_DataReader *untyped_;
     typename Type::DataReader *reader_;
 };
 
