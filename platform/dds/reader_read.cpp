@@ -107,8 +107,8 @@ bool growLoan(ReaderLoan &loan, std::uint32_t count) noexcept {
     return true;
 }
 
-// Gives back the room of a burst once a take needed far less (four times
-// what it keeps): the array, the pointers and both info arrays.
+// Gives back the room of a burst once a take needed a quarter of it or
+// less: the array, the pointers and both info arrays keep twice that take.
 void shrinkAfterBurst(ReaderLoan &loan) noexcept {
     const std::uint32_t kept = std::max(kKeptRoom, 2 * static_cast<std::uint32_t>(loan.count));
     if (loan.capacity() < 2 * kept) return;
