@@ -27,8 +27,8 @@
  * own resource limits): a reader that lets samples wait, or is woken once
  * for many, takes again until DDS_RETCODE_NO_DATA (DATA_AVAILABLE is not
  * raised again for samples already there). A loan that grew for a burst
- * shrinks back when a later take needed far less. A group of states that selects nothing
- * (a zero mask) matches no sample. The result is
+ * shrinks back when a later take needed far less. A group of states that
+ * selects nothing (a zero mask) matches no sample. The result is
  * DDS_RETCODE_OK, or DDS_RETCODE_NO_DATA when no sample matched (nothing is
  * then on loan and info_seq's length is 0).
  *
