@@ -8,6 +8,7 @@
 
 #include "apps_table.hpp"
 #include "line_format.hpp"
+#include "loss_report.hpp"
 #include "message_filter.hpp"
 
 namespace {
@@ -89,6 +90,31 @@ TEST_F(CliOutput, FilterEdgesAndARegexSearchingOnlyTheView) {
     const std::string text = "abc";
     EXPECT_TRUE(Regex("b$").search(std::string_view(text).substr(0, 2))) << "the view ends before the c";
     EXPECT_FALSE(Regex("b$").search(text));
+}
+
+// Loss is said at most once a second, everything counted in between at
+// once, and what is left at the end is said regardless of time.
+TEST_F(CliOutput, LossIsSummedIntoOneNoticeASecondAndFlushedAtTheEnd) {
+    using std::chrono::milliseconds;
+    const WallClock::time_point start{std::chrono::seconds(kSeconds)};
+    LossCounter losses(start);
+    EXPECT_FALSE(losses.add(0, start + milliseconds(100))) << "nothing lost, nothing said";
+    std::optional<LossNotice> first = losses.add(3, start + milliseconds(200));
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->count, 3);
+    EXPECT_EQ(lossLine(*first), "vexar tail: lost 3 messages since 18:30:05\n");
+    EXPECT_EQ(lossJson(*first), "{\"lost\":3,\"since\":\"2026-11-21T18:30:05.000000000Z\"}\n");
+    EXPECT_FALSE(losses.add(4, start + milliseconds(700)));
+    EXPECT_FALSE(losses.add(5, start + milliseconds(1100)));
+    std::optional<LossNotice> second = losses.add(0, start + milliseconds(1200));
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->count, 9);
+    EXPECT_EQ(second->since, start + milliseconds(200));
+    EXPECT_FALSE(losses.add(1, start + milliseconds(1300)));
+    std::optional<LossNotice> last = losses.flush(start + milliseconds(1400));
+    ASSERT_TRUE(last);
+    EXPECT_EQ(lossLine(*last), "vexar tail: lost 1 message since 18:30:06\n");
+    EXPECT_FALSE(losses.flush(start + milliseconds(1500)));
 }
 
 }  // namespace

@@ -83,10 +83,12 @@ TEST(CliArguments, OptionsTakeValuesEitherWayOperandsMayBeNegativeAndMistakesAre
                   parse({"t", "--count", "0"}).integer("count", 1, 1, 10);
               }),
               "bad --count '0' (expected a whole number from 1 to 10)");
-    for (std::string_view bad : {"soon", "-1", "inf", "nan", ""}) {
+    // Past the largest deadline a clock can hold, a time-out would end at once.
+    for (std::string_view bad : {"soon", "-1", "-0.5", "inf", "-inf", "nan", "", "1e10", "1e300", "5s"}) {
         EXPECT_NE(usageErrorOf([&] { parse({"t", "--count", bad}).seconds("count", 1); }), "(no error)") << bad;
     }
     EXPECT_DOUBLE_EQ(parse({"t", "--count", "0.5"}).seconds("count", 1), 0.5);
+    EXPECT_DOUBLE_EQ(parse({"t", "--count", "1e9"}).seconds("count", 1), 1e9);
 }
 
 }  // namespace

@@ -169,6 +169,38 @@ TEST(DdsReadTake, LoansHoldEverySampleAndStayApart) {
     EXPECT_EQ(taken.returnLoan(endpoints.reader), DDS_RETCODE_OK);
 }
 
+// Cyclone counts as lost a sample that its instance refuses: with source
+// time ordering, one older than the instance's latest.
+TEST(DdsReadTake, ASampleOlderThanItsInstanceIsCountedLost) {
+    LogEndpoints endpoints(kDomain + 6);
+    DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
+    qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
+    qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+    qos.destination_order.kind = DDS_BY_SOURCE_TIMESTAMP_DESTINATIONORDER_QOS;
+    DDS_DataReader *reader = DDS_Subscriber_create_datareader(
+        endpoints.participant.subscriber(), DDS_Topic_as_topicdescription(endpoints.topic), &qos, nullptr, 0);
+    DDS_DataWriterQos writerQos = DDS_DataWriterQos_INITIALIZER;  // offers the ordering the reader asks for
+    writerQos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+    writerQos.destination_order.kind = DDS_BY_SOURCE_TIMESTAMP_DESTINATIONORDER_QOS;
+    DDS_DataWriter *writer =
+        DDS_Publisher_create_datawriter(endpoints.participant.publisher(), endpoints.topic, &writerQos, nullptr, 0);
+    ASSERT_TRUE(reader != nullptr && writer != nullptr);
+    LogSample sample;
+    for (DDS_Long second : {20, 10, 30, 15}) {
+        const DDS_Time_t time{second, 0};
+        ASSERT_EQ(DDS_DataWriter_write_w_timestamp_untypedI(writer, sample.get(), DDS_HANDLE_NIL, &time),
+                  DDS_RETCODE_OK);
+    }
+    DDS_SampleLostStatus lost = DDS_SampleLostStatus_INITIALIZER;
+    ASSERT_EQ(DDS_DataReader_get_sample_lost_status(reader, &lost), DDS_RETCODE_OK);
+    EXPECT_EQ(lost.total_count, 2);
+    EXPECT_EQ(lost.total_count_change, 2);
+    ASSERT_EQ(DDS_DataReader_get_sample_lost_status(reader, &lost), DDS_RETCODE_OK);
+    EXPECT_EQ(lost.total_count_change, 0) << "reading resets the change";
+    EXPECT_EQ(countReadable<ReceivedLogMessages>(reader), 2);
+    EXPECT_EQ(DDS_DataReader_get_sample_lost_status(reader, nullptr), DDS_RETCODE_BAD_PARAMETER);
+}
+
 TEST(DdsReadTake, ReadConditionSelectsUnreadSamplesOfAllOrOneInstance) {
     LogEndpoints endpoints(kDomain + 7);
     endpoints.write(600);

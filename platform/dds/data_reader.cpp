@@ -99,6 +99,16 @@ DDS_ReturnCode_t DDS_DataReader_get_subscription_matched_status(DDS_DataReader *
     return readMatchedStatus(self->handle, status, dds_get_subscription_matched_status, context);
 }
 
+DDS_ReturnCode_t DDS_DataReader_get_sample_lost_status(DDS_DataReader *self, DDS_SampleLostStatus *status) {
+    const char *context = "DDS_DataReader_get_sample_lost_status";
+    if (checked(self, context) == nullptr || !isGiven(status, context, "status")) return DDS_RETCODE_BAD_PARAMETER;
+    dds_sample_lost_status_t lost;
+    dds_return_t result = dds_get_sample_lost_status(self->handle, &lost);
+    if (result < 0) return reportCycloneFailure(context, "dds_get_sample_lost_status", result);
+    *status = {static_cast<DDS_Long>(lost.total_count), static_cast<DDS_Long>(lost.total_count_change)};
+    return DDS_RETCODE_OK;
+}
+
 DDS_Boolean DDS_DataReader_compare_typeI(DDS_DataReader *self, const char *type_name) {
     if (checked(self, "DDS_DataReader_compare_typeI") == nullptr) return DDS_BOOLEAN_FALSE;
     return isOfType(self->description, type_name) ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE;

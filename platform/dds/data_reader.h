@@ -18,10 +18,17 @@
  *    (owning) grows to hold their infos. The caller sets the data
  *    sequence's length.
  *  - A sequence that holds a loan is refused (DDS_RETCODE_PRECONDITION_NOT_MET).
- * `max_samples` bounds the result; DDS_LENGTH_UNLIMITED means every
- * matching sample (on loan), or as many as fit (copies); 0 is refused
- * (DDS_RETCODE_BAD_PARAMETER). A group of states that selects nothing
- * (a zero mask) matches no sample. The result is
+ * `max_samples` bounds the result; 0 is refused (DDS_RETCODE_BAD_PARAMETER).
+ * DDS_LENGTH_UNLIMITED means as many as fit (copies), or on loan at most
+ * OBLX_DATAREADER_MAX_LOANED_SAMPLES: the same ceiling bounds every loan,
+ * since each loaned sample holds its type's full bounds (a log message
+ * about 4.6 KB). So a loaned read or take may return fewer samples than
+ * the reader holds, where OMG asks for all of them (within the reader's
+ * own resource limits): a reader that lets samples wait, or is woken once
+ * for many, takes again until DDS_RETCODE_NO_DATA (DATA_AVAILABLE is not
+ * raised again for samples already there). A loan that grew for a burst
+ * shrinks back when a later take needed far less. A group of states that
+ * selects nothing (a zero mask) matches no sample. The result is
  * DDS_RETCODE_OK, or DDS_RETCODE_NO_DATA when no sample matched (nothing is
  * then on loan and info_seq's length is 0).
  *
@@ -50,6 +57,13 @@ VEXAR_API DDS_DataReaderListener DDS_DataReader_get_listener(DDS_DataReader *sel
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_get_subscription_matched_status(DDS_DataReader *self,
                                                                           DDS_SubscriptionMatchedStatus *status);
 
+/* Samples lost on their way to the reader (reading resets the _change
+ * field). Cyclone 0.10 counts only samples that their instance refused
+ * (with source-time ordering, one older than the instance's latest), not
+ * samples that a writer gave up before they reached the reader: a reader
+ * that must notice every loss numbers its samples itself. */
+VEXAR_API DDS_ReturnCode_t DDS_DataReader_get_sample_lost_status(DDS_DataReader *self, DDS_SampleLostStatus *status);
+
 /* Whether the reader's type is the one named `type_name` (see
  * DDS_DataWriter_compare_typeI). */
 VEXAR_API DDS_Boolean DDS_DataReader_compare_typeI(DDS_DataReader *self, const char *type_name);
@@ -77,6 +91,10 @@ VEXAR_API DDS_ReturnCode_t DDS_DataReader_delete_readcondition(DDS_DataReader *s
  *   max_samples        at most this many, or DDS_LENGTH_UNLIMITED
  * then the form's own selection, then `take` (true: remove the samples from
  * the reader; false: read, leaving them marked DDS_READ_SAMPLE_STATE). */
+
+/* The most samples that one loaned read or take returns (about 4.7 MB of
+ * log messages). */
+#define OBLX_DATAREADER_MAX_LOANED_SAMPLES 1024
 
 #define OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS                                             \
     DDS_DataReader *self, DDS_Boolean *is_loan, void ***received_data, DDS_Long *data_count, \

@@ -50,6 +50,14 @@ typedef struct DDS_SubscriptionMatchedStatus {
     DDS_InstanceHandle_t last_publication_handle;
 } DDS_SubscriptionMatchedStatus;
 
+/* Samples of the reader's topic that never reached it, counted as above. */
+typedef struct DDS_SampleLostStatus {
+    DDS_Long total_count;
+    DDS_Long total_count_change;
+} DDS_SampleLostStatus;
+
+#define DDS_SampleLostStatus_INITIALIZER \
+    { 0, 0 }
 #define DDS_PublicationMatchedStatus_INITIALIZER \
     { 0, 0, 0, 0, DDS_HANDLE_NIL }
 #define DDS_SubscriptionMatchedStatus_INITIALIZER \

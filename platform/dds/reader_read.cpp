@@ -10,6 +10,12 @@
 // locked for the read that follows (DDS_READ_WITHOUT_LOCK); the room is
 // made in between, and if it cannot be, the read is cut to what fits.
 //
+// Every loaned sample holds its type's full bounds (a log message about
+// 4.6 KB), so a loan never exceeds OBLX_DATAREADER_MAX_LOANED_SAMPLES: an
+// unlimited take under a steady stream would otherwise keep doubling while
+// data arrives. A returned loan that grew for a burst shrinks back once a
+// later take needed far less, so one burst does not stay resident.
+//
 // Lock order: counting takes Cyclone's reader lock, then its cache lock, and
 // no read into our buffers takes the reader lock again; the reader's loan
 // mutex serializes the loaned reads and every other operation of ours that
@@ -77,6 +83,11 @@ DDS_ReturnCode_t failed(dds_return_t result, const char *context) noexcept {
     return reportCycloneFailure(context, "read or take", result);
 }
 
+constexpr std::uint32_t kFirstRoom = 8;
+// An idle loan keeps at least this room, and twice what its last take held.
+constexpr std::uint32_t kKeptRoom = 64;
+constexpr dds_return_t kNoMemory = -DDS_RETCODE_OUT_OF_RESOURCES;  // as Cyclone reports it
+
 // Grows the loan to `count` samples (never shrinks it); false when memory
 // ran out, the loan then as it was.
 bool growLoan(ReaderLoan &loan, std::uint32_t count) noexcept {
@@ -94,6 +105,25 @@ bool growLoan(ReaderLoan &loan, std::uint32_t count) noexcept {
     loan.samples.resize(count);
     types::sample::array::listElements(loan.type, base, count, loan.samples.data());
     return true;
+}
+
+// Gives back the room of a burst once a take needed a quarter of it or
+// less: the array, the pointers and both info arrays keep twice that take.
+void shrinkAfterBurst(ReaderLoan &loan) noexcept {
+    const std::uint32_t kept = std::max(kKeptRoom, 2 * static_cast<std::uint32_t>(loan.count));
+    if (loan.capacity() < 2 * kept) return;
+    loan.base = types::sample::array::resize(loan.type, loan.base, kept);  // in place if realloc failed
+    loan.samples.resize(kept);
+    loan.infos.resize(kept);
+    loan.cycloneInfos.resize(kept);
+    try {
+        loan.samples.shrink_to_fit();
+        loan.infos.shrink_to_fit();
+        loan.cycloneInfos.shrink_to_fit();
+    } catch (...) {
+        // kept at their old size: correct, only larger
+    }
+    types::sample::array::listElements(loan.type, loan.base, kept, loan.samples.data());
 }
 
 // A returned loan when there is one, else a new empty one.
@@ -117,6 +147,7 @@ DDS_ReturnCode_t idle(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> lo
     constexpr size_t kIdleLoansKept = 2;
     if (reader.idleLoans.size() < kIdleLoansKept) {
         try {
+            shrinkAfterBurst(*loan);
             loan->count = 0;
             reader.idleLoans.push_back(std::move(loan));
         } catch (...) {
@@ -138,9 +169,6 @@ DDS_ReturnCode_t lend(DDS_DataReaderImpl &reader, std::unique_ptr<ReaderLoan> lo
     reader.loans.push_back(std::move(loan));
     return DDS_RETCODE_OK;
 }
-
-constexpr std::uint32_t kFirstRoom = 8;
-constexpr dds_return_t kNoMemory = -DDS_RETCODE_OUT_OF_RESOURCES;  // as Cyclone reports it
 
 std::uint32_t doubled(std::uint32_t room, std::uint32_t limit) noexcept { return room > limit / 2 ? limit : 2 * room; }
 
@@ -180,8 +208,9 @@ DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selecti
     std::lock_guard lock(reader.loanMutex);
     reader.loans.reserve(reader.loans.size() + 1);  // lend() must not fail once samples are out
     std::unique_ptr<ReaderLoan> loan = prepareLoan(reader);
+    constexpr auto kCeiling = static_cast<std::uint32_t>(OBLX_DATAREADER_MAX_LOANED_SAMPLES);
     const std::uint32_t limit =
-        maxSamples == DDS_LENGTH_UNLIMITED ? UINT32_MAX : static_cast<std::uint32_t>(maxSamples);
+        maxSamples == DDS_LENGTH_UNLIMITED ? kCeiling : std::min(kCeiling, static_cast<std::uint32_t>(maxSamples));
     dds_return_t result =
         selection.take ? takeInRounds(*loan, selection, limit) : readCounted(*loan, reader.handle, selection, limit);
     if (result <= 0) return idle(reader, std::move(loan), result < 0 ? failed(result, context) : noData(out));

@@ -27,6 +27,8 @@ bad level 'loud'|tail --level loud
 bad HOST:APP 'x:y'|tail --app x:y
 bad --count '0'|tail --count 0
 bad --timeout 'soon'|tail --timeout soon
+bad --timeout '1e10'|tail --timeout 1e10
+bad --timeout 'nan'|set-level demo INFO --timeout nan
 bad regular expression '\('|tail --grep (
 bad --domain '231'|apps --domain 231
 option --timeout needs a value|apps --timeout

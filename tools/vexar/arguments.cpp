@@ -1,7 +1,6 @@
 #include "arguments.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 
 #include "names.hpp"
@@ -60,8 +59,12 @@ double ParsedArguments::seconds(std::string_view option, double fallback) const 
     if (!text) return fallback;
     char *end = nullptr;
     double number = std::strtod(text->c_str(), &end);
-    if (text->empty() || *end != '\0' || !std::isfinite(number) || number < 0) {
-        throw UsageError("bad --" + std::string(option) + " '" + *text + "' (expected seconds, such as 5 or 0.5)");
+    // A deadline is a clock point in nanoseconds: beyond about 292 years it
+    // would wrap into the past, so a huge value would end the command at once.
+    constexpr double kMaxSeconds = 1e9;
+    if (text->empty() || *end != '\0' || !(number >= 0 && number <= kMaxSeconds)) {
+        throw UsageError("bad --" + std::string(option) + " '" + *text +
+                         "' (expected seconds from 0 to 1000000000, such as 5 or 0.5)");
     }
     return number;
 }

@@ -141,20 +141,20 @@ public:
     using Type = TopicType<Sample>;
 
     Reader(Session &session, const DDS_DataReaderQos &qos, DataSignal &signal)
-        : reader_(Type::narrowReader(session.createReader(session.topic<Sample>(), qos, signal))) {
+        : untyped_(session.createReader(session.topic<Sample>(), qos, signal)), reader_(Type::narrowReader(untyped_)) {
         if (reader_ == nullptr) throw DdsFailure(std::string("cannot read ") + Type::topicName);
     }
 
-    // Takes everything the reader holds, on loan, and hands it to `use` as a
-    // std::vector<Received<Sample>> in the order the reader gave it; the loan
-    // is returned afterwards. Nothing happens when there is no data.
+    // Takes at most `maxSamples` on loan and hands them to `use` as a
+    // std::vector<Received<Sample>> in the order the reader gave them; the
+    // loan is returned afterwards. Returns how many were taken (0: no data).
     template <class Use>
-    void takeAll(Use &&use) {
+    DDS_Long take(DDS_Long maxSamples, Use &&use) {
         typename Type::Seq samples = DDS_SEQUENCE_INITIALIZER;
         DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
-        DDS_ReturnCode_t result = Type::take(reader_, &samples, &infos, DDS_LENGTH_UNLIMITED, DDS_ANY_SAMPLE_STATE,
+        DDS_ReturnCode_t result = Type::take(reader_, &samples, &infos, maxSamples, DDS_ANY_SAMPLE_STATE,
                                              DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE);
-        if (result == DDS_RETCODE_NO_DATA) return;
+        if (result == DDS_RETCODE_NO_DATA) return 0;
         if (result != DDS_RETCODE_OK) throw DdsFailure(std::string("cannot take from ") + Type::topicName);
         LoanReturn giveBack{reader_, &samples, &infos};
         std::vector<Received<Sample>> received;
@@ -164,7 +164,27 @@ public:
             received.push_back({Type::element(&samples, i), DDS_SampleInfoSeq_get_reference(&infos, i)});
         }
         use(received);
+        return count;
     }
+
+    // Takes everything the reader holds, in bounded batches, each handed to
+    // `use` as above.
+    template <class Use>
+    void takeAll(Use &&use) {
+        while (take(kBatch, use) == kBatch) {}
+    }
+
+    // Samples lost on their way to this reader since the last call.
+    std::int64_t lostSinceAsked() {
+        DDS_SampleLostStatus status = DDS_SampleLostStatus_INITIALIZER;
+        if (DDS_DataReader_get_sample_lost_status(untyped_, &status) != DDS_RETCODE_OK) {
+            throw DdsFailure(std::string("cannot read the lost samples of ") + Type::topicName);
+        }
+        return status.total_count_change;
+    }
+
+    // One loaned take's ceiling: each loaned sample holds its type's bounds.
+    static constexpr DDS_Long kBatch = OBLX_DATAREADER_MAX_LOANED_SAMPLES;
 
 private:
     struct LoanReturn {
@@ -174,6 +194,7 @@ private:
         ~LoanReturn() { Type::returnLoan(reader, samples, infos); }
     };
 
+    DDS_DataReader *untyped_;
     typename Type::DataReader *reader_;
 };
 

@@ -79,6 +79,8 @@ void appendDigits(std::string &out, std::uint32_t value, int digits) {
     out.append(text, static_cast<std::size_t>(digits));
 }
 
+}  // namespace
+
 void appendUtcTime(std::string &out, std::int64_t seconds, std::uint32_t nanoseconds) {
     std::time_t time = static_cast<std::time_t>(seconds);
     std::tm parts{};
@@ -90,8 +92,6 @@ void appendUtcTime(std::string &out, std::int64_t seconds, std::uint32_t nanosec
     appendDigits(out, nanoseconds, 9);
     out += 'Z';
 }
-
-}  // namespace
 
 std::string_view levelColour(std::int32_t level) {
     if (level <= 200) return "\x1b[1;31m";  // FATAL, SEVERE: bold red

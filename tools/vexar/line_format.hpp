@@ -35,6 +35,9 @@ enum class LineStyle { Plain, Colour, Json };
 std::string_view levelColour(std::int32_t level);
 inline constexpr std::string_view kColourReset = "\x1b[0m";
 
+// Appends the time as RFC 3339 UTC with nanoseconds: 2026-11-21T17:30:05.123456789Z.
+void appendUtcTime(std::string &out, std::int64_t seconds, std::uint32_t nanoseconds);
+
 // Appends `text` as a JSON string (with quotes): escapes quotes, backslashes
 // and control characters, and replaces bytes that are not UTF-8 with U+FFFD.
 void appendJsonString(std::string &out, std::string_view text);

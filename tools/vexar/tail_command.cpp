@@ -10,6 +10,7 @@
 #include "commands.hpp"
 #include "dds_session.hpp"
 #include "line_format.hpp"
+#include "loss_report.hpp"
 #include "message_filter.hpp"
 #include "names.hpp"
 
@@ -30,7 +31,9 @@ constexpr OptionDescription kTailOptions[] = {
 constexpr std::string_view kTailDetails =
     "Columns: source time (local), HOST:APP, application kind (once its State is seen),\n"
     "level, category, text. A late start still shows each logger's recent history.\n"
-    "JSON objects carry time (UTC), host, app, id, kind, level, levelName, category, message.";
+    "JSON objects carry time (UTC), host, app, id, kind, level, levelName, category, message.\n"
+    "Messages the reader lost are counted on standard error at most once a second\n"
+    "(\"vexar tail: lost N messages since HH:MM:SS\"); with --json also as {\"lost\":N,\"since\":TIME}.";
 
 MessageFilter filterFrom(const ParsedArguments &arguments) {
     MessageFilter filter;
@@ -156,6 +159,19 @@ private:
     std::map<AppId, Clock::time_point> firstSeen_;
 };
 
+// Each take's ceiling: the loan of one batch of log messages stays under
+// 5 MB however fast they arrive.
+constexpr DDS_Long kBatch = Reader<QTV_VX_LogMessage>::kBatch;
+
+// Loss goes to standard error; with --json it is also a record of its own
+// among the messages.
+void reportLoss(const LossNotice &notice, LineStyle style) {
+    std::fputs(lossLine(notice).c_str(), stderr);
+    if (style != LineStyle::Json) return;
+    std::fputs(lossJson(notice).c_str(), stdout);
+    std::fflush(stdout);
+}
+
 }  // namespace
 
 const CommandDescription kTailCommand{
@@ -172,15 +188,26 @@ int runTail(const ParsedArguments &arguments) {
     DomainWatch watch(domain);
     Reader<QTV_VX_LogMessage> logs(watch.session, logReaderQos(), watch.signal);
     TailPrinter printer(std::move(filter), style, count > 0 ? count : std::numeric_limits<std::int64_t>::max());
+    LossCounter losses(WallClock::now());
+    auto sayLost = [&](const std::optional<LossNotice> &notice) {
+        if (notice) reportLoss(*notice, style);
+    };
 
     Clock::time_point deadline = deadlineAfter(timeout);
     while (!printer.done() && !stopRequested()) {
         watch.updateApps();
-        logs.takeAll([&](std::vector<Received<QTV_VX_LogMessage>> &batch) { printer.take(batch, watch.apps); });
+        // One bounded batch per turn, so that States, the deadline and a stop
+        // are still seen under a flood; a full batch means more is waiting.
+        bool moreWaiting = logs.take(kBatch, [&](std::vector<Received<QTV_VX_LogMessage>> &batch) {
+            printer.take(batch, watch.apps);
+        }) == kBatch;
         printer.releaseHeld(watch.apps);
+        sayLost(losses.add(logs.lostSinceAsked(), WallClock::now()));
         if (printer.done() || Clock::now() >= deadline) break;
-        watch.signal.waitUntil(deadline);
+        if (!moreWaiting) watch.signal.waitUntil(deadline);
     }
+    sayLost(losses.add(logs.lostSinceAsked(), WallClock::now()));
+    sayLost(losses.flush(WallClock::now()));
     bool countMissed = printer.countLimited() && !printer.done() && !stopRequested();
     return countMissed ? kExitNoAnswer : 0;
 }
