@@ -1,13 +1,81 @@
 #include "vexar/message_counts.hpp"
 
+#include <algorithm>
 #include <atomic>
+#include <mutex>
+#include <vector>
 
 #include "platform/runtime/hot_thread_local.hpp"
 
 namespace vexar {
 namespace {
 
-VEXAR_HOT_THREAD_LOCAL CallOutcomes tCallOutcomes;
+// One thread's call counts. Only the owning thread writes them (a relaxed
+// load and store, as cheap as a plain increment), and any thread may sum
+// them: registered threads are listed, and a thread that ends folds its
+// counts into the retired total first. Constant-initialized and trivially
+// destructible, so the hot path reaches it without a guard.
+struct ThreadCallCounts {
+    std::atomic<std::uint64_t> refused{0};
+    std::atomic<std::uint64_t> queued{0};
+    std::atomic<std::uint64_t> dropped{0};
+    bool registered = false;
+};
+
+VEXAR_HOT_THREAD_LOCAL ThreadCallCounts tCallCounts;
+
+struct CallRegistry {
+    std::mutex mutex;
+    std::vector<const ThreadCallCounts *> threads;
+    CallOutcomes retired;
+};
+
+// Never destroyed: threads may end after static destruction began.
+CallRegistry &registry() noexcept {
+    static auto *registry = new CallRegistry;
+    return *registry;
+}
+
+std::uint64_t read(const std::atomic<std::uint64_t> &count) noexcept { return count.load(std::memory_order_relaxed); }
+
+void bump(std::atomic<std::uint64_t> &count) noexcept {
+    count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+CallOutcomes snapshot(const ThreadCallCounts &counts) noexcept {
+    return {read(counts.refused), read(counts.queued), read(counts.dropped)};
+}
+
+void add(CallOutcomes &total, const CallOutcomes &more) noexcept {
+    total.refused += more.refused;
+    total.queued += more.queued;
+    total.dropped += more.dropped;
+}
+
+// Folds the thread's counts into the retired total when the thread ends.
+struct CallCountsRetirement {
+    ~CallCountsRetirement() {
+        CallRegistry &calls = registry();
+        std::lock_guard lock(calls.mutex);
+        add(calls.retired, snapshot(tCallCounts));
+        std::erase(calls.threads, &tCallCounts);
+    }
+};
+
+// Once per thread, on its first logging call.
+[[gnu::noinline, gnu::cold]] void registerThisThread() noexcept {
+    static thread_local CallCountsRetirement retirement;
+    (void)retirement;
+    CallRegistry &calls = registry();
+    std::lock_guard lock(calls.mutex);
+    try {
+        calls.threads.push_back(&tCallCounts);
+        tCallCounts.registered = true;
+    } catch (...) {
+        // Without memory the thread's calls are still counted, on the
+        // thread; process totals miss them until the next try.
+    }
+}
 
 // Apart, so that the logging threads bumping `queued` and the write thread
 // bumping `published` do not share a cache line.
@@ -31,25 +99,35 @@ Counter &counterOf(QueueOutcome outcome) noexcept {
     return gDiscarded;
 }
 
-std::uint64_t read(const Counter &counter) noexcept { return counter.value.load(std::memory_order_relaxed); }
+std::uint64_t read(const Counter &counter) noexcept { return read(counter.value); }
 
 }  // namespace
 
 void countCall(CallOutcome outcome) noexcept {
+    if (!tCallCounts.registered) [[unlikely]]
+        registerThisThread();
     switch (outcome) {
     case CallOutcome::refused:
-        ++tCallOutcomes.refused;
+        bump(tCallCounts.refused);
         return;
     case CallOutcome::queued:
-        ++tCallOutcomes.queued;
+        bump(tCallCounts.queued);
         return;
     case CallOutcome::dropped:
-        ++tCallOutcomes.dropped;
+        bump(tCallCounts.dropped);
         return;
     }
 }
 
-CallOutcomes callOutcomesOfThisThread() noexcept { return tCallOutcomes; }
+CallOutcomes callOutcomesOfThisThread() noexcept { return snapshot(tCallCounts); }
+
+CallOutcomes callOutcomesOfProcess() noexcept {
+    CallRegistry &calls = registry();
+    std::lock_guard lock(calls.mutex);
+    CallOutcomes total = calls.retired;
+    for (const ThreadCallCounts *thread : calls.threads) add(total, snapshot(*thread));
+    return total;
+}
 
 void countInQueues(QueueOutcome outcome, std::uint64_t count) noexcept {
     counterOf(outcome).value.fetch_add(count, std::memory_order_relaxed);
@@ -57,11 +135,13 @@ void countInQueues(QueueOutcome outcome, std::uint64_t count) noexcept {
 
 // Exact once messages stop flowing; while they flow, only a snapshot.
 QueueOutcomes queueOutcomes() noexcept {
+    // Settled before queued: every message settled was queued first, so the
+    // snapshot never shows more settled than queued.
     QueueOutcomes outcomes;
-    outcomes.queued = read(gQueued);
     outcomes.published = read(gPublished);
     outcomes.failed = read(gFailed);
     outcomes.discarded = read(gDiscarded);
+    outcomes.queued = read(gQueued);
     return outcomes;
 }
 

@@ -3,7 +3,8 @@
 //
 // Each logging call ends in exactly one outcome, counted on the calling
 // thread (a thread-local count costs no shared cache line, so even a call
-// refused by the level gate can be counted). What the queues then do with
+// refused by the level gate can be counted) and summed over the threads on
+// request (QTV_VX_Vexar_getStatistics). What the queues then do with
 // the messages they took is counted process-wide, over every logger the
 // process has had.
 #pragma once
@@ -27,6 +28,10 @@ struct CallOutcomes {
 void countCall(CallOutcome outcome) noexcept;
 // The calls made so far on the calling thread.
 CallOutcomes callOutcomesOfThisThread() noexcept;
+// The calls made so far on every thread, ended ones too: the sum of the
+// per-thread counts, taken under a registry lock that the logging calls
+// never take (only a thread's first call does).
+CallOutcomes callOutcomesOfProcess() noexcept;
 
 // Every queued message ends published, failed (the write failed and it was
 // dropped) or discarded (still queued when its logger was destroyed); the
