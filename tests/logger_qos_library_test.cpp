@@ -76,8 +76,7 @@ TEST(BuiltinQosLibrary, LosslessKeepsEveryLogSampleWithoutAFile) {
         });
         EXPECT_EQ(out.find("cannot be found"), std::string::npos) << out;
         EXPECT_EQ(out.find("unsupported"), std::string::npos) << out;
-        ASSERT_EQ(DDS_DomainParticipantFactory_unload_xml(DDS_DomainParticipantFactory_get_instance()),
-                  DDS_RETCODE_OK);
+        ASSERT_EQ(DDS_DomainParticipantFactory_unload_xml(DDS_DomainParticipantFactory_get_instance()), DDS_RETCODE_OK);
     }
 }
 

@@ -32,9 +32,9 @@ constexpr const char *kLibraryXml = R"(<dds>
 
 bool isLoaded(DDS_DomainParticipantFactory *factory) noexcept {
     DDS_StringSeq names = DDS_SEQUENCE_INITIALIZER;
-    const bool listed = DDS_DomainParticipantFactory_get_qos_profiles(factory, &names, QTV_VX_QOS_LIBRARY_NAME) ==
-                            DDS_RETCODE_OK &&
-                        DDS_StringSeq_get_length(&names) > 0;
+    const bool listed =
+        DDS_DomainParticipantFactory_get_qos_profiles(factory, &names, QTV_VX_QOS_LIBRARY_NAME) == DDS_RETCODE_OK &&
+        DDS_StringSeq_get_length(&names) > 0;
     DDS_StringSeq_finalize(&names);
     return listed;
 }

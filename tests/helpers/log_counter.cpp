@@ -47,6 +47,7 @@ int main(int argc, char **argv) {
     }
     vexar_test::LogSubscriber subscriber(std::atoi(argv[1]));
     if (!subscriber.ready() || !writeFile(argv[4], -1)) return 3;
-    const long received = countUntilQuiet(subscriber, std::atol(argv[2]), std::chrono::milliseconds(std::atol(argv[3])));
+    const long received =
+        countUntilQuiet(subscriber, std::atol(argv[2]), std::chrono::milliseconds(std::atol(argv[3])));
     return writeFile(argv[5], received) ? 0 : 4;
 }

@@ -58,8 +58,9 @@ public:
 
 private:
     static std::filesystem::path madeDirectory(int domain) {
-        std::filesystem::path directory = std::filesystem::temp_directory_path() /
-                                          ("vexar_log_counter_" + std::to_string(getpid()) + "_" + std::to_string(domain));
+        std::filesystem::path directory =
+            std::filesystem::temp_directory_path() /
+            ("vexar_log_counter_" + std::to_string(getpid()) + "_" + std::to_string(domain));
         std::filesystem::create_directories(directory);
         return directory;
     }
