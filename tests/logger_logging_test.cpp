@@ -131,6 +131,18 @@ TEST_F(HeldLogger, EveryCallIsCountedAsRefusedQueuedOrDropped) {
     EXPECT_EQ(vexar::queueOutcomes().queued - queuesBefore.queued, static_cast<std::uint64_t>(capacity));
 }
 
+// The options promise that echoToStdout is read on every call: writing the
+// field of the registered record, without the setter, takes effect at once,
+// even for calls that the level gate would refuse.
+TEST_F(HeldLogger, EchoWrittenStraightIntoTheRegisteredOptionsIsReadOnEveryCall) {
+    QTV_VX_Vexar_setFilterLevel(logger(), 300);
+    options()->echoToStdout = 1;
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_debug(logger(), "echoed"); }), "VX Debug: : echoed\n");
+    options()->echoToStdout = 0;
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_debug(logger(), "silent"); }), "");
+    EXPECT_TRUE(queued().empty());
+}
+
 QTV_VX_Statistics statistics() {
     QTV_VX_Statistics figures{};
     EXPECT_EQ(QTV_VX_Vexar_getStatistics(&figures), DDS_RETCODE_OK);
