@@ -1,5 +1,6 @@
 // A collecting application in a process of its own: a reliable keep-all
-// LogMessage reader that counts what arrives.
+// transient-local LogMessage reader (as `vexar tail` has) that counts what
+// arrives.
 //
 //   log_counter <domain> <expected> <quiet ms> <ready file> <result file>
 //
@@ -45,7 +46,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "usage: %s DOMAIN EXPECTED QUIET_MS READY_FILE RESULT_FILE\n", argv[0]);
         return 2;
     }
-    vexar_test::LogSubscriber subscriber(std::atoi(argv[1]));
+    vexar_test::LogSubscriber subscriber(std::atoi(argv[1]), true);
     if (!subscriber.ready() || !writeFile(argv[4], -1)) return 3;
     const long received =
         countUntilQuiet(subscriber, std::atol(argv[2]), std::chrono::milliseconds(std::atol(argv[3])));

@@ -21,7 +21,9 @@ namespace vexar_test {
 
 class LogSubscriber {
 public:
-    explicit LogSubscriber(int domain) : participant_(domain) {
+    // A transient-local reader also gets what the logger's writer keeps for
+    // late readers, as `vexar tail` does.
+    explicit LogSubscriber(int domain, bool transientLocal = false) : participant_(domain) {
         DDS_DomainParticipant *participant = participant_.get();
         if (participant == nullptr || participant_.subscriber() == nullptr ||
             QTV_VX_LogMessageTypeSupport_register_type(participant, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME) !=
@@ -34,6 +36,7 @@ public:
         DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
         qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
         qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+        if (transientLocal) qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
         reader_ = QTV_VX_LogMessageDataReader_narrow(DDS_Subscriber_create_datareader(
             participant_.subscriber(), DDS_Topic_as_topicdescription(topic), &qos, nullptr, 0));
     }

@@ -71,14 +71,15 @@ private:
     ChildProcess child_;
 };
 
-// Whether the logger's log writer has matched a reader, within 10 s.
+// Whether the logger's log writer has matched a reader, within 10 s. Ever:
+// a subscriber that got all it expected leaves at once.
 inline bool logWriterMatched(const QTV_VX_Vexar *logger) {
     DDS_DataWriter *writer =
         QTV_VX_LogMessageDataWriter_as_datawriter(QTV_VX_DDSEntities_getLogMessageWriter(logger->_ddsEntities));
     for (int i = 0; i < 1000; ++i) {
         DDS_PublicationMatchedStatus status = DDS_PublicationMatchedStatus_INITIALIZER;
         if (DDS_DataWriter_get_publication_matched_status(writer, &status) == DDS_RETCODE_OK &&
-            status.current_count > 0) {
+            status.total_count > 0) {
             return true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
