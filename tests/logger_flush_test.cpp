@@ -12,6 +12,7 @@
 #include "support/domains.h"
 #include "support/remote_log_counter.hpp"
 #include "support/running_logger.hpp"
+#include "vexar/QosLibrary.h"
 
 using namespace vexar_test;
 
@@ -102,6 +103,8 @@ TEST(LoggerFlush, FinalizationEndsAFlushInProgress) {
 }
 
 // Without the flush, finalization right after logging discards most of it.
+// Lossless: under the default history a subscriber that falls more than 10
+// samples behind loses some whatever the flush does.
 TEST(LoggerFlush, FlushThenFinalizeDeliversEveryLineToAnotherProcess) {
     constexpr long kLines = 200;
     RemoteLogCounter counter(kRemoteDomain, kLines, std::chrono::seconds(3));
@@ -109,6 +112,8 @@ TEST(LoggerFlush, FlushThenFinalizeDeliversEveryLineToAnotherProcess) {
     {
         OptionsPtr options = loggerOptions(kRemoteDomain);
         QTV_VX_Options_setQueueSize(options.get(), 2 * kLines);
+        QTV_VX_Options_setQosLibrary(options.get(), QTV_VX_QOS_LIBRARY_NAME);
+        QTV_VX_Options_setQosProfile(options.get(), QTV_VX_QOS_PROFILE_LOSSLESS);
         LoggerSession session(std::move(options));
         ASSERT_TRUE(logWriterMatched(session.logger()));
         for (long i = 0; i < kLines; ++i) QTV_VX_Vexar_info(session.logger(), ("line " + std::to_string(i)).c_str());

@@ -86,8 +86,7 @@ public:
         std::printf("%s: logged %ld accepted %llu dropped %llu published %llu failed %llu discarded %llu arrived %ld\n",
                     name, figures.logged, static_cast<unsigned long long>(figures.accepted),
                     static_cast<unsigned long long>(figures.dropped),
-                    static_cast<unsigned long long>(figures.published),
-                    static_cast<unsigned long long>(figures.failed),
+                    static_cast<unsigned long long>(figures.published), static_cast<unsigned long long>(figures.failed),
                     static_cast<unsigned long long>(figures.discarded), figures.arrived);
         return figures;
     }
@@ -152,7 +151,7 @@ TEST_P(LossScenarios, LogThenFlushThenFinalize) {
     scenario.log();
     Figures figures = scenario.finish("log, flush, finalize");
     expectOutcome(figures);
-    EXPECT_EQ(figures.arrived, 100) << "the subscriber was matched before the first line";
+    EXPECT_EQ(figures.dropped, 0u);
 }
 
 TEST_P(LossScenarios, BurstLargerThanTheQueue) {

@@ -3,12 +3,14 @@
 // loses nothing the logger's writer sends. Free of GoogleTest, so that
 // benchmarks can use it too.
 //
-// The logger's writer is reliable and transient-local with a keep-last
-// history; Cyclone keeps every sample that a matched reliable reader has
-// not acknowledged, whatever that depth. So a reader loses nothing when it
-// is reliable (a best-effort one loses whatever the socket drops) and keeps
-// all it has not taken yet (a keep-last reader would overwrite samples
-// between two takes).
+// The logger's writer is reliable and transient-local, by default with a
+// keep-last history of 10 per instance, which replaces samples that a reader
+// has not acknowledged yet: a reader that falls behind loses some
+// (tests/logger_loss_test.cpp measures how many); under
+// VexarQosLibrary::Lossless the writer keeps them all. The reader itself is
+// reliable (a best-effort one loses whatever the socket drops) and keeps all
+// it has not taken yet (a keep-last reader would overwrite samples between
+// two takes).
 #pragma once
 
 #include "platform/dds/subscriber.h"
