@@ -25,22 +25,22 @@ constexpr DDS_Long kEveryLevel = std::numeric_limits<DDS_Long>::max();
 // last value written is computed from the latest filter level and state.
 //
 // Beside it, in the same cache line, the echo flag of the running logger's
-// registered options, null otherwise. An application may write that field
+// registered options. An application may write that field
 // directly while the logger runs, and echo prints whatever the level, so a
 // call above the ceiling reads it too: one more load. Registered options
 // outlive their logger.
+// Points at gNoEcho when there is no such field: one load, no test.
+DDS_Long gNoEcho = 0;
 struct alignas(64) LevelGate {
     std::atomic<DDS_Long> ceiling{kNoLevel};
-    std::atomic<const DDS_Long *> registeredEcho{nullptr};
+    std::atomic<const DDS_Long *> registeredEcho{&gNoEcho};
 };
 LevelGate gGate;
 
 bool echoRequested() noexcept {
-    const DDS_Long *flag = gGate.registeredEcho.load(std::memory_order_relaxed);
-    return flag != nullptr &&
-           std::atomic_ref<DDS_Long>(const_cast<DDS_Long &>(*flag)).load(std::memory_order_relaxed) == 1;
+    DDS_Long *flag = const_cast<DDS_Long *>(gGate.registeredEcho.load(std::memory_order_relaxed));
+    return std::atomic_ref<DDS_Long>(*flag).load(std::memory_order_relaxed) == 1;
 }
-
 // Invalid arguments pass the gate, so that their errors are still printed.
 bool refusedAtGate(DDS_Long level, const char *message, const char *category) noexcept {
     if (level <= gGate.ceiling.load(std::memory_order_relaxed) || message == nullptr || category == nullptr ||
@@ -186,7 +186,7 @@ void refreshLevelGate(const QTV_VX_Vexar &self) noexcept {
     if (!isSingleton(&self)) return;
     gGate.ceiling.store(levelCeilingOf(self), std::memory_order_relaxed);
     const bool registered = self.options == shared(gQTV_VX_Vexar_currentOptions).load();
-    gGate.registeredEcho.store(registered ? &self.options->echoToStdout : nullptr, std::memory_order_relaxed);
+    gGate.registeredEcho.store(registered ? &self.options->echoToStdout : &gNoEcho, std::memory_order_relaxed);
 }
 
 void refreshLevelGateFor(const QTV_VX_Options *options) noexcept {
@@ -199,7 +199,7 @@ void refreshLevelGateFor(const QTV_VX_Options *options) noexcept {
 void closeLevelGate() noexcept {
     auto stateLock = lockState();
     gGate.ceiling.store(kNoLevel, std::memory_order_relaxed);
-    gGate.registeredEcho.store(nullptr, std::memory_order_relaxed);
+    gGate.registeredEcho.store(&gNoEcho, std::memory_order_relaxed);
 }
 
 bool publishFilterLevel(QTV_VX_Vexar &self, DDS_Long level) noexcept {

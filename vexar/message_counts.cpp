@@ -5,25 +5,13 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/runtime/hot_thread_local.hpp"
-
 namespace vexar {
+
+constinit VEXAR_HOT_THREAD_LOCAL ThreadCallCounts tCallCounts;
+
 namespace {
 
-// One thread's call counts. Only the owning thread writes them (a relaxed
-// load and store, as cheap as a plain increment), and any thread may sum
-// them: registered threads are listed, and a thread that ends folds its
-// counts into the retired total first. Constant-initialized and trivially
-// destructible, so the hot path reaches it without a guard.
-struct ThreadCallCounts {
-    std::atomic<std::uint64_t> refused{0};
-    std::atomic<std::uint64_t> queued{0};
-    std::atomic<std::uint64_t> dropped{0};
-    bool registered = false;
-};
-
-VEXAR_HOT_THREAD_LOCAL ThreadCallCounts tCallCounts;
-
+// Every thread that has logged, and what threads that ended had counted.
 struct CallRegistry {
     std::mutex mutex;
     std::vector<const ThreadCallCounts *> threads;
@@ -37,10 +25,6 @@ CallRegistry &registry() noexcept {
 }
 
 std::uint64_t read(const std::atomic<std::uint64_t> &count) noexcept { return count.load(std::memory_order_relaxed); }
-
-void bump(std::atomic<std::uint64_t> &count) noexcept {
-    count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-}
 
 CallOutcomes snapshot(const ThreadCallCounts &counts) noexcept {
     return {read(counts.refused), read(counts.queued), read(counts.dropped)};
@@ -62,8 +46,10 @@ struct CallCountsRetirement {
     }
 };
 
-// Once per thread, on its first logging call.
-[[gnu::noinline, gnu::cold]] void registerThisThread() noexcept {
+}  // namespace
+
+void registerThisThread() noexcept {
+    if (tCallCounts.registered) return;
     static thread_local CallCountsRetirement retirement;
     (void)retirement;
     CallRegistry &calls = registry();
@@ -76,6 +62,8 @@ struct CallCountsRetirement {
         // thread; process totals miss them until the next try.
     }
 }
+
+namespace {
 
 // Apart, so that the logging threads bumping `queued` and the write thread
 // bumping `published` do not share a cache line.
@@ -102,22 +90,6 @@ Counter &counterOf(QueueOutcome outcome) noexcept {
 std::uint64_t read(const Counter &counter) noexcept { return read(counter.value); }
 
 }  // namespace
-
-void countCall(CallOutcome outcome) noexcept {
-    if (!tCallCounts.registered) [[unlikely]]
-        registerThisThread();
-    switch (outcome) {
-    case CallOutcome::refused:
-        bump(tCallCounts.refused);
-        return;
-    case CallOutcome::queued:
-        bump(tCallCounts.queued);
-        return;
-    case CallOutcome::dropped:
-        bump(tCallCounts.dropped);
-        return;
-    }
-}
 
 CallOutcomes callOutcomesOfThisThread() noexcept { return snapshot(tCallCounts); }
 
