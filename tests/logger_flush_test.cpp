@@ -85,7 +85,7 @@ TEST(LoggerFlush, GetsAHeadThatTimedOutWrittenAgain) {
     vexar::replaceLogMessagePublisher(gRealPublisher);
 }
 
-TEST(LoggerFlush, FinalizationEndsAFlushInProgress) {
+TEST(LoggerFlushConcurrency, FinalizationEndsAFlushInProgress) {
     OptionsPtr options = loggerOptions(kFinalizeDomain);
     ASSERT_EQ(QTV_VX_Vexar_setOptions(options.get()), 1);
     QTV_VX_Vexar *logger = QTV_VX_Vexar_getInstance();
