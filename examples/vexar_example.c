@@ -56,9 +56,12 @@ int main(int argc, char **argv) {
     QTV_VX_Vexar_logMessageWithLevelCategory(logger, QTV_VX_LOG_LEVEL_ERROR, "a message with a category",
                                              "example.pumps");
 
-    /* Finalization drops what is still queued: give the write thread a
-     * second to publish it. */
-    QTV_VX_Utility_sleep(1000);
+    /* Finalization drops what is still queued: flush first, waiting at
+     * most five seconds for the subscribers to acknowledge every message. */
+    const DDS_Duration_t flushTimeout = {5, 0};
+    if (QTV_VX_Vexar_flush(logger, &flushTimeout) != DDS_RETCODE_OK) {
+        fprintf(stderr, "vexar_example: not every message was acknowledged\n");
+    }
     QTV_VX_Vexar_finalizeInstance();
     QTV_VX_Options_delete(options);
     return EXIT_SUCCESS;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "support/captured_stdout.h"
 #include "support/domains.h"
 #include "support/running_logger.hpp"
+#include "vexar/Statistics.h"
 #include "vexar/message_counts.hpp"
 
 using namespace vexar_test;
@@ -127,6 +129,46 @@ TEST_F(HeldLogger, EveryCallIsCountedAsRefusedQueuedOrDropped) {
     EXPECT_EQ(after.dropped - before.dropped, 2u);
     EXPECT_EQ(after.refused - before.refused, 2u);
     EXPECT_EQ(vexar::queueOutcomes().queued - queuesBefore.queued, static_cast<std::uint64_t>(capacity));
+}
+
+// The options promise that echoToStdout is read on every call: writing the
+// field of the registered record, without the setter, takes effect at once,
+// even for calls that the level gate would refuse.
+TEST_F(HeldLogger, EchoWrittenStraightIntoTheRegisteredOptionsIsReadOnEveryCall) {
+    QTV_VX_Vexar_setFilterLevel(logger(), 300);
+    options()->echoToStdout = 1;
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_debug(logger(), "echoed"); }), "VX Debug: : echoed\n");
+    options()->echoToStdout = 0;
+    EXPECT_EQ(capturedStdout([&] { QTV_VX_Vexar_debug(logger(), "silent"); }), "");
+    EXPECT_TRUE(queued().empty());
+}
+
+QTV_VX_Statistics statistics() {
+    QTV_VX_Statistics figures{};
+    EXPECT_EQ(QTV_VX_Vexar_getStatistics(&figures), DDS_RETCODE_OK);
+    return figures;
+}
+
+// The process totals sum every thread's calls, those of ended threads too.
+TEST_F(HeldLogger, StatisticsSumTheCallsOfEveryThread) {
+    const QTV_VX_Statistics before = statistics();
+    const DDS_Long capacity = QTV_VX_MessageQueue_getMessageQueueProperty(QTV_VX_Vexar_getMessageQueue());
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10; ++i) QTV_VX_Vexar_debug(logger(), "above the filter");
+        });
+    }
+    for (std::thread &thread : threads) thread.join();
+    capturedStdout([&] {
+        for (DDS_Long i = 0; i < capacity + 2; ++i) QTV_VX_Vexar_info(logger(), "fills the queue");
+    });
+    const QTV_VX_Statistics after = statistics();
+    EXPECT_EQ(after.refused - before.refused, 30u);
+    EXPECT_EQ(after.accepted - before.accepted, static_cast<DDS_UnsignedLongLong>(capacity));
+    EXPECT_EQ(after.dropped - before.dropped, 2u);
+    EXPECT_EQ(after.published, before.published) << "the write thread is held";
+    capturedStdout([] { EXPECT_EQ(QTV_VX_Vexar_getStatistics(nullptr), DDS_RETCODE_BAD_PARAMETER); });
 }
 
 }  // namespace

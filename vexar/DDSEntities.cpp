@@ -5,12 +5,14 @@
 // endpoints. A failure at any step deletes what was made.
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/dds/data_writer.h"
 #include "platform/dds/publisher.h"
 #include "platform/dds/subscriber.h"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
+#include "vexar/QosLibrary.h"
 #include "vexar/admin_state.hpp"
 #include "vexar/report_line.hpp"
 
@@ -87,6 +89,14 @@ struct ScopedQos {
 bool fail(const char *text) noexcept {
     reportError(text, kCreate);
     return false;
+}
+
+// The built-in library needs no file; it is loaded only when named, so that
+// applications that never ask for it do not find it in their XML tree.
+void loadBuiltinLibraryWhenNamed(const QTV_VX_DDSEntities &self) noexcept {
+    if (self.qosLibrary != nullptr && std::strcmp(self.qosLibrary, QTV_VX_QOS_LIBRARY_NAME) == 0) {
+        (void)QTV_VX_QosLibrary_load();  // a failure leaves the profile missing, which is warned about next
+    }
 }
 
 void warnWhenProfileMissing(QTV_VX_DDSEntities &self) noexcept {
@@ -267,6 +277,7 @@ bool buildEntities(QTV_VX_DDSEntities &self, QTV_VX_Vexar &logger) noexcept {
     self.factory = options.domainParticipant != nullptr
                        ? DDS_DomainParticipant_get_participant_factoryI(options.domainParticipant)
                        : DDS_DomainParticipantFactory_get_instance();
+    loadBuiltinLibraryWhenNamed(self);
     warnWhenProfileMissing(self);
     vexar::setInitialStateSent(false);
     if (!attachParticipant(self, options) || !learnRtpsIds(self, logger)) return false;

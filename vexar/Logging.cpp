@@ -23,11 +23,28 @@ constexpr DDS_Long kEveryLevel = std::numeric_limits<DDS_Long>::max();
 // cheap. kNoLevel while no logger runs, kEveryLevel while echo is on (echo
 // prints whatever the level). Written under the State mutex only, so the
 // last value written is computed from the latest filter level and state.
-std::atomic<DDS_Long> gLevelCeiling{kNoLevel};
+//
+// Beside it, in the same cache line, the echo flag of the running logger's
+// registered options. An application may write that field
+// directly while the logger runs, and echo prints whatever the level, so a
+// call above the ceiling reads it too: one more load. Registered options
+// outlive their logger.
+// Points at gNoEcho when there is no such field: one load, no test.
+DDS_Long gNoEcho = 0;
+struct alignas(64) LevelGate {
+    std::atomic<DDS_Long> ceiling{kNoLevel};
+    std::atomic<const DDS_Long *> registeredEcho{&gNoEcho};
+};
+LevelGate gGate;
 
+bool echoRequested() noexcept {
+    DDS_Long *flag = const_cast<DDS_Long *>(gGate.registeredEcho.load(std::memory_order_relaxed));
+    return std::atomic_ref<DDS_Long>(*flag).load(std::memory_order_relaxed) == 1;
+}
 // Invalid arguments pass the gate, so that their errors are still printed.
 bool refusedAtGate(DDS_Long level, const char *message, const char *category) noexcept {
-    if (level <= gLevelCeiling.load(std::memory_order_relaxed) || message == nullptr || category == nullptr) {
+    if (level <= gGate.ceiling.load(std::memory_order_relaxed) || message == nullptr || category == nullptr ||
+        echoRequested()) {
         return false;
     }
     vexar::countCall(CallOutcome::refused);
@@ -35,7 +52,7 @@ bool refusedAtGate(DDS_Long level, const char *message, const char *category) no
 }
 
 DDS_Long levelCeilingOf(const QTV_VX_Vexar &self) noexcept {
-    if (self.options->echoToStdout == 1) return kEveryLevel;
+    if (vexar::shared(self.options->echoToStdout).load() == 1) return kEveryLevel;
     if (vexar::stateKind(self) != QTV_VX_STATE_OPERATIONAL) return kNoLevel;
     return vexar::shared(const_cast<DDS_Long &>(self.filterLevel)).load();
 }
@@ -49,9 +66,10 @@ bool raisedOnWriteThread(const QTV_VX_Vexar &self, DDS_UnsignedLong caller) noex
 }
 
 // The echo precedes the state and level tests on purpose: with echo on,
-// every message is printed whatever the filter level.
+// every message is printed whatever the filter level. The application may
+// write the field meanwhile.
 void echo(const QTV_VX_Vexar &self, const QTV_VX_Vexar_MessageParams &params) noexcept {
-    if (self.options->echoToStdout == 1 && params.message[0] != '\0') {
+    if (vexar::shared(self.options->echoToStdout).load() == 1 && params.message[0] != '\0') {
         QTV_VX_Vexar_printMessage(params.message, "", params.log_level);
     }
 }
@@ -165,7 +183,10 @@ CallOutcome logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, cons
 
 void refreshLevelGate(const QTV_VX_Vexar &self) noexcept {
     auto stateLock = lockState();
-    if (isSingleton(&self)) gLevelCeiling.store(levelCeilingOf(self), std::memory_order_relaxed);
+    if (!isSingleton(&self)) return;
+    gGate.ceiling.store(levelCeilingOf(self), std::memory_order_relaxed);
+    const bool registered = self.options == shared(gQTV_VX_Vexar_currentOptions).load();
+    gGate.registeredEcho.store(registered ? &self.options->echoToStdout : &gNoEcho, std::memory_order_relaxed);
 }
 
 void refreshLevelGateFor(const QTV_VX_Options *options) noexcept {
@@ -177,7 +198,8 @@ void refreshLevelGateFor(const QTV_VX_Options *options) noexcept {
 
 void closeLevelGate() noexcept {
     auto stateLock = lockState();
-    gLevelCeiling.store(kNoLevel, std::memory_order_relaxed);
+    gGate.ceiling.store(kNoLevel, std::memory_order_relaxed);
+    gGate.registeredEcho.store(&gNoEcho, std::memory_order_relaxed);
 }
 
 bool publishFilterLevel(QTV_VX_Vexar &self, DDS_Long level) noexcept {

@@ -151,6 +151,20 @@ void createMembers(QTV_VX_MessageQueue *self, const char *source) noexcept {
 
 }  // namespace
 
+namespace vexar {
+
+DDS_Long queuedMessages(QTV_VX_MessageQueue &queue) noexcept {
+    constexpr const char *source = "QTV_VX_Vexar_flush";
+    if (!lock(&queue, source)) return -1;
+    DDS_Long length = OBLX_InlineList_getSize(&queue.queue);
+    unlock(&queue, source);
+    return length;
+}
+
+void wakeConsumer(QTV_VX_MessageQueue &queue) noexcept { OBLX_CountingSemaphore_give(queue.countSem); }
+
+}  // namespace vexar
+
 extern "C" {
 
 QTV_VX_MessageQueue *QTV_VX_MessageQueue_new(const QTV_VX_MessageQueueProperty *property) {

@@ -229,6 +229,7 @@ DDS_Long QTV_VX_Vexar_finalizeInstance(void) {
 // by createInstance are deleted.
 QTV_VX_Vexar *QTV_VX_Vexar_destroy(QTV_VX_Vexar *self) {
     if (self == nullptr) return nullptr;
+    vexar::endFlushes();
     releaseInfrastructureMessages(*self);
     stopListeningForCommands(*self);
     vexar::stopWriteThread(self->logMessageWriteThread);

@@ -117,6 +117,19 @@ VEXAR_API void QTV_VX_Vexar_logMessageWithParams(QTV_VX_Vexar *self, const QTV_V
  * negative level (nothing changes), else 0. */
 VEXAR_API DDS_Long QTV_VX_Vexar_setFilterLevel(QTV_VX_Vexar *self, DDS_Long level);
 
+/* Waits until every message queued so far has been published and
+ * acknowledged by the matched reliable readers of the log topic, at most
+ * `timeout` (DDS_DURATION_INFINITE: without limit). Flush, then finalize, to
+ * exit without losing the last lines: finalization discards what is still
+ * queued. DDS_RETCODE_OK, DDS_RETCODE_TIMEOUT when the time-out passed
+ * first; with a printed line, DDS_RETCODE_BAD_PARAMETER for a null logger
+ * or a null or invalid time-out, DDS_RETCODE_PRECONDITION_NOT_MET when
+ * `self` is not the running logger, when called on the write thread, or
+ * when the logger is finalized meanwhile. Holds no lock while it waits, so
+ * other threads keep logging (and their messages are waited for too); call
+ * it from application threads, not from listeners. */
+VEXAR_API DDS_ReturnCode_t QTV_VX_Vexar_flush(QTV_VX_Vexar *self, const DDS_Duration_t *timeout);
+
 /* ---- the middleware logger --------------------------------------------- */
 
 /* The local device's write: logs a captured line in the category

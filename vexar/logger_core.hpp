@@ -79,6 +79,17 @@ DDS_UnsignedLong writeThreadId(const LogMessageWriteThread *thread) noexcept;
 // True on a write thread: lets the device drop its lines before any lock.
 bool onWriteThread() noexcept;
 
+// What a flush waits for: the messages still in `queue` (the head leaves
+// only once written), -1 when its mutex fails. wakeConsumer gives the
+// queue's semaphore once, so that a head left after a timed-out write is
+// written again without waiting for a later push; a spare count only costs
+// the write thread one empty look.
+DDS_Long queuedMessages(QTV_VX_MessageQueue &queue) noexcept;
+void wakeConsumer(QTV_VX_MessageQueue &queue) noexcept;
+// Makes flushes in progress return and waits until they have; destroy calls
+// it before it stops the write thread and deletes the writer.
+void endFlushes() noexcept;
+
 // How the write thread publishes one message: the typed LogMessage writer's
 // write with the message's time stamp. Replaceable so that tests can make
 // the outcomes (time-outs, errors) that a real writer rarely gives; returns

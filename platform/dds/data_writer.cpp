@@ -6,6 +6,7 @@
 #include "platform/dds/entity.hpp"
 
 #include "platform/dds/endpoint_listener.hpp"
+#include "platform/dds/qos_cyclone.hpp"
 #include "platform/dds/write_batching.hpp"
 
 namespace vexar::dds {
@@ -131,6 +132,20 @@ DDS_ReturnCode_t DDS_DataWriter_flush(DDS_DataWriter *self) {
     if (checked(self, "DDS_DataWriter_flush") == nullptr) return DDS_RETCODE_BAD_PARAMETER;
     dds_write_flush(self->handle);
     return DDS_RETCODE_OK;
+}
+
+DDS_ReturnCode_t DDS_DataWriter_wait_for_acknowledgments(DDS_DataWriter *self, const DDS_Duration_t *max_wait) {
+    const char *context = "DDS_DataWriter_wait_for_acknowledgments";
+    if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
+    std::optional<dds_duration_t> timeout = max_wait != nullptr ? toCycloneDuration(*max_wait) : std::nullopt;
+    if (!timeout) {
+        OBLX_Report_badParameter(context, "max_wait");
+        return DDS_RETCODE_BAD_PARAMETER;
+    }
+    dds_return_t result = dds_wait_for_acks(self->handle, *timeout);
+    // Readers that are slow to acknowledge are the caller's to judge.
+    if (result == -DDS_RETCODE_TIMEOUT) return DDS_RETCODE_TIMEOUT;
+    return result < 0 ? reportCycloneFailure(context, "dds_wait_for_acks", result) : DDS_RETCODE_OK;
 }
 
 DDS_ReturnCode_t DDS_DataWriter_set_listener(DDS_DataWriter *self, const DDS_DataWriterListener *listener,

@@ -43,6 +43,14 @@ VEXAR_API DDS_ReturnCode_t DDS_DataWriter_get_qos(DDS_DataWriter *self, DDS_Data
  * see platform/dds/qos.h. Harmless on any writer. */
 VEXAR_API DDS_ReturnCode_t DDS_DataWriter_flush(DDS_DataWriter *self);
 
+/* Waits until every sample written so far is acknowledged by the matched
+ * reliable readers, at most `max_wait` (DDS_DURATION_INFINITE: without
+ * limit). DDS_RETCODE_OK, DDS_RETCODE_TIMEOUT when some sample is still
+ * unacknowledged then (not reported), DDS_RETCODE_BAD_PARAMETER for a null
+ * or invalid duration. Send what a batched writer holds first (flush). */
+VEXAR_API DDS_ReturnCode_t DDS_DataWriter_wait_for_acknowledgments(DDS_DataWriter *self,
+                                                                   const DDS_Duration_t *max_wait);
+
 /* Replaces the listener: `listener` null (or mask 0) removes it. The record
  * is copied. Waits for a callback in progress, so never call it from the
  * writer's own callback. */

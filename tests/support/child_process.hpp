@@ -38,6 +38,9 @@ public:
 
     bool started() const { return pid_ > 0; }
 
+    // Sends `signal` (SIGSTOP, SIGCONT: a subscriber that stalls) to the child.
+    bool signal(int signal) const { return pid_ > 0 && kill(pid_, signal) == 0; }
+
     // The exit status, or -1 when the child did not exit normally within
     // `timeout` (it is then killed).
     int wait(std::chrono::milliseconds timeout) {

@@ -3,12 +3,14 @@
 // loses nothing the logger's writer sends. Free of GoogleTest, so that
 // benchmarks can use it too.
 //
-// The logger's writer is reliable and transient-local with a keep-last
-// history; Cyclone keeps every sample that a matched reliable reader has
-// not acknowledged, whatever that depth. So a reader loses nothing when it
-// is reliable (a best-effort one loses whatever the socket drops) and keeps
-// all it has not taken yet (a keep-last reader would overwrite samples
-// between two takes).
+// The logger's writer is reliable and transient-local, by default with a
+// keep-last history of 10 per instance, which replaces samples that a reader
+// has not acknowledged yet: a reader that falls behind loses some
+// (tests/logger_loss_test.cpp measures how many); under
+// VexarQosLibrary::Lossless the writer keeps them all. The reader itself is
+// reliable (a best-effort one loses whatever the socket drops) and keeps all
+// it has not taken yet (a keep-last reader would overwrite samples between
+// two takes).
 #pragma once
 
 #include "platform/dds/subscriber.h"
@@ -21,7 +23,9 @@ namespace vexar_test {
 
 class LogSubscriber {
 public:
-    explicit LogSubscriber(int domain) : participant_(domain) {
+    // A transient-local reader also gets what the logger's writer keeps for
+    // late readers, as `vexar tail` does.
+    explicit LogSubscriber(int domain, bool transientLocal = false) : participant_(domain) {
         DDS_DomainParticipant *participant = participant_.get();
         if (participant == nullptr || participant_.subscriber() == nullptr ||
             QTV_VX_LogMessageTypeSupport_register_type(participant, QTV_VX_LOG_MESSAGE_REGISTERED_TYPE_NAME) !=
@@ -34,6 +38,7 @@ public:
         DDS_DataReaderQos qos = DDS_DataReaderQos_INITIALIZER;
         qos.reliability.kind = DDS_RELIABLE_RELIABILITY_QOS;
         qos.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
+        if (transientLocal) qos.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
         reader_ = QTV_VX_LogMessageDataReader_narrow(DDS_Subscriber_create_datareader(
             participant_.subscriber(), DDS_Topic_as_topicdescription(topic), &qos, nullptr, 0));
     }

@@ -6,6 +6,7 @@
 #include "line_format.hpp"
 #include "platform/dds/domain_participant_factory.h"
 #include "usage_error.hpp"
+#include "vexar/QosLibrary.h"
 #include "xml_files.hpp"
 
 namespace vexar::cli {
@@ -21,7 +22,8 @@ constexpr std::string_view kConfigDetails =
     "                 error as FILE:LINE: message, and the exit status is 1 when\n"
     "                 any file was refused\n"
     "  save FILE...   load the files and print their vexar element and QoS\n"
-    "                 profiles back as one XML document";
+    "                 profiles back as one XML document, with the built-in\n"
+    "                 library VexarQosLibrary (profiles Lossless and Bounded)";
 
 std::string entryJson(const XmlEntry &entry) {
     std::string out = "{\"kind\":";
@@ -64,6 +66,8 @@ int save(const ParsedArguments &arguments) {
     for (std::size_t i = 1; i < arguments.operands.size(); ++i) {
         if (!files.load(arguments.operands[i])) return kExitFailure;
     }
+    // Shown beside the files' own: any logger can name them without a file.
+    if (QTV_VX_QosLibrary_load() != DDS_RETCODE_OK) return kExitFailure;
     return DDS_DomainParticipantFactory_save_xml(DDS_DomainParticipantFactory_get_instance(), stdout) == DDS_RETCODE_OK
                ? 0
                : kExitFailure;

@@ -42,9 +42,9 @@ constexpr const char *kEvents[] = {"connection accepted",    "cache refreshed", 
                                    "retrying after timeout", "configuration reloaded", "queue drained",
                                    "checkpoint written"};
 constexpr std::uint64_t kLongMessageEvery = 50;
-// Finalization drops what is still queued: the write thread gets this long
-// to publish it first.
-constexpr auto kDrainTime = std::chrono::seconds(1);
+// Finalization drops what is still queued: the demo flushes first, waiting
+// at most this long for its subscribers to acknowledge.
+constexpr DDS_Duration_t kFlushTimeout{5, 0};
 
 struct DemoSettings {
     std::string kind;
@@ -178,6 +178,8 @@ public:
         return {QTV_VX_DDSEntities_getRtpsHostId(logger_->_ddsEntities),
                 QTV_VX_DDSEntities_getRtpsAppId(logger_->_ddsEntities)};
     }
+    // Whether every message reached the reliable subscribers in time.
+    bool flush() { return QTV_VX_Vexar_flush(logger_, &kFlushTimeout) == DDS_RETCODE_OK; }
     void log(std::uint64_t index) {
         std::string text = messageText(index);
         QTV_VX_Vexar_logMessageWithLevelCategory(logger_, kLevels[index % std::size(kLevels)], text.c_str(),
@@ -207,9 +209,9 @@ int runDemoWith(const DemoSettings &settings) {
                                                       std::chrono::duration<double>(double(logged) / settings.rate)));
         }
     }
-    std::this_thread::sleep_for(kDrainTime);
-    std::printf("demo %s: logged %llu messages\n", formatAppId(logger.id()).c_str(),
-                static_cast<unsigned long long>(logged));
+    const bool flushed = logger.flush();
+    std::printf("demo %s: logged %llu messages%s\n", formatAppId(logger.id()).c_str(),
+                static_cast<unsigned long long>(logged), flushed ? "" : " (not all acknowledged)");
     std::fflush(stdout);
     return 0;
 }
