@@ -29,6 +29,8 @@ namespace {
 
 constexpr const char *kContext = "qos_test";
 constexpr int kRoundTripDomain = vexar_test::domains::kBridgeBase + 11;
+constexpr int kOwnDurabilityServiceDomain = vexar_test::domains::kBridgeBase + 47;
+constexpr int kDefaultDurabilityServiceDomain = vexar_test::domains::kBridgeBase + 48;
 
 // ---------------------------------------------------------------------------
 // Records as comparable tuples
@@ -575,14 +577,66 @@ TEST(QosRoundTrip, NewPoliciesReachCycloneAndReadBack) {
     EXPECT_EQ(CycloneHeld(publisher).of(&asked.publisher), newPolicies(asked.publisher));
     EXPECT_EQ(CycloneHeld(subscriber).of(&asked.subscriber), newPolicies(asked.subscriber));
     EXPECT_EQ(CycloneHeld(reader).of(&asked.reader), newPolicies(asked.reader));
-    // Cyclone serves late joiners of a TRANSIENT_LOCAL writer from its
-    // durability service: there it holds the writer's own history and limits.
-    DDS_DataWriterQos servedFromHistory = asked.writer;
-    servedFromHistory.durability_service = {{2, 0}, DDS_KEEP_ALL_HISTORY_QOS, 1, 50, 5, 10};
-    EXPECT_EQ(CycloneHeld(writer).of(&asked.writer), newPolicies(servedFromHistory));
+    EXPECT_EQ(CycloneHeld(writer).of(&asked.writer), newPolicies(asked.writer)) << "its own durability service";
 
     EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_OK);
     EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory, participant), DDS_RETCODE_OK);
+}
+
+// A TRANSIENT_LOCAL writer serves late joiners from the durability service
+// that it names, else from its own history; live readers get every sample.
+TEST(QosLateJoiners, GetTheDurabilityServicesHistoryElseTheWriters) {
+    using T = QTV_VX_LogMessage;
+    using Type = vexar_test::TopicType<T>;
+    constexpr int kWrites = 50;
+    const DDS_DurabilityServiceQosPolicy defaults = DDS_DURABILITY_SERVICE_QOS_POLICY_DEFAULT;
+    DDS_DurabilityServiceQosPolicy lastFive = defaults;
+    lastFive.history_depth = 5;
+    const struct {
+        const char *name;
+        int domain;
+        DDS_HistoryQosPolicy history;
+        DDS_DurabilityServiceQosPolicy durabilityService;
+        int lateGets;
+    } cases[] = {
+        {"KEEP_ALL writer, durability service KEEP_LAST 5",
+         kOwnDurabilityServiceDomain,
+         {DDS_KEEP_ALL_HISTORY_QOS, 1},
+         lastFive,
+         5},
+        {"KEEP_LAST 20 writer, default durability service",
+         kDefaultDurabilityServiceDomain,
+         {DDS_KEEP_LAST_HISTORY_QOS, 20},
+         defaults,
+         20},
+    };
+    for (const auto &each : cases) {
+        SCOPED_TRACE(each.name);
+        LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+        vexar_test::TypedParticipant<T> participant(each.domain, "late_joiners", kWrites);
+        ASSERT_NE(participant.topic(), nullptr) << log.text();
+        Type::DataReader *live = participant.reader();
+        DDS_DataWriterQos qos = vexar_test::historyQos(DDS_DataWriterQos(DDS_DataWriterQos_INITIALIZER), 1);
+        qos.history = each.history;
+        qos.durability_service = each.durabilityService;
+        DDS_DataWriter *writer =
+            DDS_Publisher_create_datawriter(participant.publisher(), participant.topic(), &qos, nullptr, 0);
+        ASSERT_TRUE(live && writer) << log.text();
+        ASSERT_TRUE(vexar_test::eventually([&] { return vexar_test::hasMatchedReaders(writer, 1); }));
+        for (int i = 0; i < kWrites; ++i) {
+            vexar_test::Sample<T> sample(i);  // one instance: same host, app and level
+            ASSERT_EQ(Type::write(Type::narrowWriter(writer), sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+        }
+        const DDS_Duration_t fiveSeconds = {5, 0};
+        ASSERT_EQ(DDS_DataWriter_wait_for_acknowledgments(writer, &fiveSeconds), DDS_RETCODE_OK);
+        EXPECT_EQ(vexar_test::takeMarkers<T>(live, kWrites).size(), size_t{kWrites});
+
+        std::vector<int> lastOnes;
+        for (int i = kWrites - each.lateGets; i < kWrites; ++i) lastOnes.push_back(i);
+        // Waits a while beyond the expected count, so that any extra arrives too.
+        EXPECT_EQ(vexar_test::takeMarkers<T>(participant.reader(), kWrites, std::chrono::seconds(1)), lastOnes);
+        EXPECT_EQ(log.text().find("not supported"), std::string::npos) << log.text();
+    }
 }
 
 }  // namespace

@@ -23,10 +23,13 @@
  *   - wire_protocol ids other than DDS_RTPS_AUTO_ID (Cyclone derives them
  *     from the participant's GUID; the bridge reads them back from there).
  * Cyclone serves late TRANSIENT_LOCAL readers from its durability-service
- * history, not from the writer's: a TRANSIENT_LOCAL writer's Cyclone QoS
- * takes the writer's own history and resource limits there, as the OMG
- * semantics of TRANSIENT_LOCAL ask, and DDS_DataWriter_get_qos still
- * returns the durability_service that the writer was created with.
+ * history, not from the writer's: a TRANSIENT_LOCAL writer whose
+ * durability_service is the default takes the writer's own history and
+ * resource limits there, as the OMG semantics of TRANSIENT_LOCAL ask, and
+ * DDS_DataWriter_get_qos still returns the durability_service that the
+ * writer was created with. A durability_service of the application's own
+ * (history or limits away from the defaults) is honoured as it stands: late
+ * joiners get that bounded history, live readers every sample.
  * Two policies have no Cyclone counterpart and travel as entity properties,
  * readable again from the entity's QoS: protocol.vendor_specific_entity as
  * "vexar.vendor_specific_entity" = "true", and participant_name.role_name as

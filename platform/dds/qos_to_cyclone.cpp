@@ -376,6 +376,14 @@ void serveLateJoinersFromWriterHistory(dds_qos_t &cyclone, const DDS_DataWriterQ
                                 limits.max_samples_per_instance);
 }
 
+// The cleanup delay is left out: it bounds nothing that a writer keeps.
+bool keepsDefaultHistory(const DDS_DurabilityServiceQosPolicy &service) noexcept {
+    const DDS_DurabilityServiceQosPolicy defaults = DDS_DURABILITY_SERVICE_QOS_POLICY_DEFAULT;
+    return service.history_kind == defaults.history_kind && service.history_depth == defaults.history_depth &&
+           service.max_samples == defaults.max_samples && service.max_instances == defaults.max_instances &&
+           service.max_samples_per_instance == defaults.max_samples_per_instance;
+}
+
 }  // namespace
 
 std::optional<dds_duration_t> toCycloneDuration(const DDS_Duration_t &duration) noexcept {
@@ -398,7 +406,9 @@ CycloneQos toCyclone(const DDS_DataWriterQos &qos, const char *context) noexcept
     if (!isUnlimited(qos.resource_limits))
         OBLX_Report_unsupported(context, "resource_limits of a writer (Cyclone bounds a writer's unacknowledged "
                                          "data in bytes, not in samples)");
-    if (qos.durability.kind == DDS_TRANSIENT_LOCAL_DURABILITY_QOS)
+    // A durability service of the application's own stays as it is: late
+    // joiners get that bounded history while live readers get everything.
+    if (qos.durability.kind == DDS_TRANSIENT_LOCAL_DURABILITY_QOS && keepsDefaultHistory(qos.durability_service))
         serveLateJoinersFromWriterHistory(*cyclone, qos,
                                           *toCycloneDuration(qos.durability_service.service_cleanup_delay));
     return cyclone;
