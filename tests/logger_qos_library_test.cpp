@@ -3,11 +3,17 @@
 // also after the application unloaded every XML document.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
 #include "platform/dds/data_writer.h"
 #include "platform/dds/domain_participant_factory.h"
 #include "platform/dds/xml_configuration.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
+#include "support/log_subscriber.hpp"
 #include "support/running_logger.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/QosLibrary.h"
@@ -18,6 +24,8 @@ namespace {
 
 constexpr int kLosslessDomain = domains::kLoggerBase + 44;
 constexpr int kBoundedDomain = domains::kLoggerBase + 45;
+constexpr int kLosslessLateReaderDomain = domains::kLoggerBase + 47;
+constexpr DDS_Long kLosslessLateJoinerDepth = 1000;
 
 OptionsPtr optionsWithProfile(int domain, const char *profile) {
     OptionsPtr options = loggerOptions(domain);
@@ -58,6 +66,8 @@ TEST(BuiltinQosLibrary, LosslessKeepsEveryLogSampleWithoutAFile) {
             LogWriterQos qos(session.logger());
             for (const DDS_DataWriterQos *each : {&qos.computed, &qos.created}) {
                 EXPECT_EQ(each->history.kind, DDS_KEEP_ALL_HISTORY_QOS);
+                EXPECT_EQ(each->durability_service.history_kind, DDS_KEEP_LAST_HISTORY_QOS);
+                EXPECT_EQ(each->durability_service.history_depth, kLosslessLateJoinerDepth);
                 expectForcedValues(*each);
             }
             DDS_DataWriterQos stateWriter = DDS_DataWriterQos_INITIALIZER;
@@ -75,9 +85,51 @@ TEST(BuiltinQosLibrary, LosslessKeepsEveryLogSampleWithoutAFile) {
             DDS_DataReaderQos_finalize(&reader);
         });
         EXPECT_EQ(out.find("cannot be found"), std::string::npos) << out;
-        EXPECT_EQ(out.find("unsupported"), std::string::npos) << out;
+        EXPECT_EQ(out.find("not supported"), std::string::npos) << out;
         ASSERT_EQ(DDS_DomainParticipantFactory_unload_xml(DDS_DomainParticipantFactory_get_instance()), DDS_RETCODE_OK);
     }
+}
+
+// Takes what the late reader gets until `count` of the messages that start
+// with `prefix` arrived, or 10 s passed, and a little longer for any extra;
+// their numbers in arrival order.
+std::vector<long> numbersArriving(LogSubscriber &reader, const std::string &prefix, size_t count) {
+    std::vector<long> numbers;
+    const auto collect = [&] {
+        reader.takeEach([&](const QTV_VX_LogMessage &sample) {
+            const std::string text = sample.message;
+            if (text.starts_with(prefix)) numbers.push_back(std::stol(text.substr(prefix.size())));
+        });
+    };
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (numbers.size() < count && std::chrono::steady_clock::now() < deadline) {
+        collect();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    collect();
+    return numbers;
+}
+
+// A late `vexar tail` gets the last 1000 per level, not all ever logged.
+TEST(BuiltinQosLibrary, LosslessServesLateReadersABoundedHistory) {
+    OptionsPtr options = optionsWithProfile(kLosslessLateReaderDomain, QTV_VX_QOS_PROFILE_LOSSLESS);
+    QTV_VX_Options_setQueueSize(options.get(), 2 * kLosslessLateJoinerDepth);
+    LoggerSession session(std::move(options));
+    constexpr long kLogged = kLosslessLateJoinerDepth + 200;
+    capturedStdout([&] {
+        for (long i = 0; i < kLogged; ++i)
+            QTV_VX_Vexar_warning(session.logger(), ("late " + std::to_string(i)).c_str());
+    });
+    const DDS_Duration_t tenSeconds = {10, 0};
+    ASSERT_EQ(QTV_VX_Vexar_flush(session.logger(), &tenSeconds), DDS_RETCODE_OK);
+
+    LogSubscriber late(kLosslessLateReaderDomain, true);
+    ASSERT_TRUE(late.ready());
+    const std::vector<long> numbers = numbersArriving(late, "late ", kLosslessLateJoinerDepth);
+    ASSERT_EQ(numbers.size(), size_t{kLosslessLateJoinerDepth});
+    EXPECT_EQ(numbers.front(), kLogged - kLosslessLateJoinerDepth);
+    EXPECT_EQ(numbers.back(), kLogged - 1);
 }
 
 TEST(BuiltinQosLibrary, BoundedKeepsTheLastThousandForTenSeconds) {

@@ -10,11 +10,16 @@ namespace {
 // No resource limits on the writer: Cyclone does not honour them (it bounds
 // a writer's unacknowledged data in bytes), and asking would be reported on
 // every writer made. Readers' limits are honoured, and unlimited by default.
+// Lossless keeps all for live readers but only the last 1000 per application
+// and level for late joiners, so a long-running logger does not grow.
 constexpr const char *kLibraryXml = R"(<dds>
   <qos_library name=")" QTV_VX_QOS_LIBRARY_NAME R"(">
     <qos_profile name=")" QTV_VX_QOS_PROFILE_LOSSLESS R"(">
       <datawriter_qos topic_filter="qtv/vexar">
         <history><kind>KEEP_ALL_HISTORY_QOS</kind></history>
+        <durability_service>
+          <history_kind>KEEP_LAST_HISTORY_QOS</history_kind><history_depth>1000</history_depth>
+        </durability_service>
       </datawriter_qos>
       <datareader_qos>
         <history><kind>KEEP_ALL_HISTORY_QOS</kind></history>
