@@ -48,16 +48,23 @@ std::string placeOf(const DDS_XMLObject &object) {
            std::to_string(DDS_XMLObject_get_line_number(&object));
 }
 
-// The profile `profile` of library `library`: the first in document order.
-const DDS_XMLObject *findProfile(const Tops &tops, std::string_view library, std::string_view profile) {
+// The first profile, in document order, for which `matches(library, profile)` holds.
+template <typename Matches>
+const DDS_XMLObject *firstProfile(const Tops &tops, Matches matches) {
     for (const DDS_XMLObject *top : tops) {
-        if (!isLibrary(*top) || nameOf(*top) != library) continue;
+        if (!isLibrary(*top)) continue;
         for (const DDS_XMLObject *child = DDS_XMLObject_get_first_child(top); child != nullptr;
              child = DDS_XMLObject_get_next_sibling(child)) {
-            if (tagOf(*child) == kProfileTag && nameOf(*child) == profile) return child;
+            if (tagOf(*child) == kProfileTag && matches(*top, *child)) return child;
         }
     }
     return nullptr;
+}
+
+const DDS_XMLObject *findProfile(const Tops &tops, std::string_view library, std::string_view profile) {
+    return firstProfile(tops, [&](const DDS_XMLObject &inLibrary, const DDS_XMLObject &candidate) {
+        return nameOf(inLibrary) == library && nameOf(candidate) == profile;
+    });
 }
 
 // A base is named "Library::Profile", or "Profile" in the profile's own library.
@@ -77,14 +84,8 @@ bool isDefaultProfile(const DDS_XMLObject &profile) {
 
 // The one profile marked is_default_qos="true", or null.
 const DDS_XMLObject *findDefaultProfile(const Tops &tops) {
-    for (const DDS_XMLObject *top : tops) {
-        if (!isLibrary(*top)) continue;
-        for (const DDS_XMLObject *child = DDS_XMLObject_get_first_child(top); child != nullptr;
-             child = DDS_XMLObject_get_next_sibling(child)) {
-            if (tagOf(*child) == kProfileTag && isDefaultProfile(*child)) return child;
-        }
-    }
-    return nullptr;
+    return firstProfile(
+        tops, [](const DDS_XMLObject &, const DDS_XMLObject &candidate) { return isDefaultProfile(candidate); });
 }
 
 Tops topsOf(const DDS_XMLObject &root) {
@@ -187,14 +188,15 @@ private:
         const char *baseName = DDS_XMLObject_get_attribute(&profile, "base_name");
         if (baseName == nullptr) return;
         const DDS_XMLObject *base = findBase(tops_, profile);
+        if (base == nullptr) {
+            return fail(profile,
+                        "unknown base profile \"" + std::string(baseName) + "\" of \"" + fullName(profile) + "\"");
+        }
         for (int depth = 0; base != nullptr; ++depth, base = findBase(tops_, *base)) {
             if (base == &profile || depth == kMaxBaseDepth) {
-                fail(profile, "profile \"" + fullName(profile) + "\" is its own base through \"" + baseName + "\"");
-                return;
+                return fail(profile,
+                            "profile \"" + fullName(profile) + "\" is its own base through \"" + baseName + "\"");
             }
-        }
-        if (findBase(tops_, profile) == nullptr) {
-            fail(profile, "unknown base profile \"" + std::string(baseName) + "\" of \"" + fullName(profile) + "\"");
         }
     }
 
@@ -244,6 +246,17 @@ void overlayWithBases(const Tops &tops, const DDS_XMLObject &profile, const char
     overlayOwn(profile, topicName, qos);
 }
 
+// The profile that `find` picks among the loaded libraries, with its bases,
+// onto `qos`; false when `find` picks none.
+template <typename Qos, typename Find>
+bool overlayFound(const DDS_XMLObject &root, Find find, const char *topicName, Qos &qos) {
+    const Tops tops = topsOf(root);
+    const DDS_XMLObject *profile = find(tops);
+    if (profile == nullptr) return false;
+    overlayWithBases(tops, *profile, topicName, qos, 0);
+    return true;
+}
+
 }  // namespace
 
 void acceptQosLibraries(const std::vector<xml::OwnedTree> &staged, const DDS_XMLObject &root,
@@ -270,20 +283,13 @@ std::vector<std::string> profileNames(const DDS_XMLObject &root, std::string_vie
 template <typename Qos>
 bool qosFromProfile(const DDS_XMLObject &root, std::string_view library, std::string_view profile,
                     const char *topicName, Qos &qos) {
-    const Tops tops = topsOf(root);
-    const DDS_XMLObject *found = findProfile(tops, library, profile);
-    if (found == nullptr) return false;
-    overlayWithBases(tops, *found, topicName, qos, 0);
-    return true;
+    return overlayFound(
+        root, [&](const Tops &tops) { return findProfile(tops, library, profile); }, topicName, qos);
 }
 
 template <typename Qos>
 bool defaultQosFromProfiles(const DDS_XMLObject &root, const char *topicName, Qos &qos) {
-    const Tops tops = topsOf(root);
-    const DDS_XMLObject *profile = findDefaultProfile(tops);
-    if (profile == nullptr) return false;
-    overlayWithBases(tops, *profile, topicName, qos, 0);
-    return true;
+    return overlayFound(root, findDefaultProfile, topicName, qos);
 }
 
 #define VEXAR_INSTANTIATE_PROFILE_READERS(Qos)                                                                    \
