@@ -70,9 +70,19 @@ void DataSignal::notify() {
 
 DDS_DataReaderListener DataSignal::listener() { return {this, notifySignal, nullptr}; }
 
+// A reader that falls behind holds at most this many messages: Cyclone
+// then refuses more, and the writers send them again once tail has taken
+// some, so memory stays bounded whatever the rate (about 20 MB in all).
+// Writers that keep only the last few per instance may have replaced a
+// refused message by then; that loss is theirs, as for any slow reader.
+constexpr DDS_Long kLogBacklogMost = 16384;
+
 DDS_DataReaderQos logReaderQos() {
-    return endpointQos<DDS_DataReaderQos>(DDS_DataReaderQos_INITIALIZER, DDS_TRANSIENT_LOCAL_DURABILITY_QOS,
-                                          DDS_KEEP_ALL_HISTORY_QOS, 1);
+    auto qos = endpointQos<DDS_DataReaderQos>(DDS_DataReaderQos_INITIALIZER, DDS_TRANSIENT_LOCAL_DURABILITY_QOS,
+                                              DDS_KEEP_ALL_HISTORY_QOS, 1);
+    qos.resource_limits.max_samples = kLogBacklogMost;
+    qos.resource_limits.max_samples_per_instance = kLogBacklogMost;
+    return qos;
 }
 
 DDS_DataReaderQos stateReaderQos() {

@@ -75,10 +75,15 @@ struct HeldMessage {
 // A logger's State and its first messages arrive at about the same time,
 // in either order. So that its lines show its kind from the first one, the
 // messages of an application not yet named by a State are held back (with
-// all that follows them, to keep the order) for at most kHoldTime.
+// all that follows them, to keep the order) for at most kHoldTime, and at
+// most kHoldMost of them: a logger without a State at full rate must not
+// make tail grow.
 class TailPrinter {
 public:
     static constexpr auto kHoldTime = std::chrono::milliseconds(500);
+    static constexpr std::size_t kHoldMost = 4096;
+    // Output goes out in pieces of about this size, however much a turn prints.
+    static constexpr std::size_t kOutputPiece = 1 << 16;
 
     TailPrinter(MessageFilter filter, LineStyle style, std::int64_t limit)
         : filter_(std::move(filter)), formatter_(style), remaining_(limit) {
@@ -109,7 +114,7 @@ public:
     void releaseHeld(const AppDirectory &apps) {
         bool allNamed =
             std::ranges::all_of(held_, [&](const HeldMessage &held) { return !apps.kindOf(held.line.app).empty(); });
-        if (!held_.empty() && (allNamed || Clock::now() >= holdUntil_)) {
+        if (!held_.empty() && (allNamed || held_.size() >= kHoldMost || Clock::now() >= holdUntil_)) {
             for (const HeldMessage &held : held_) {
                 LogLine line = held.view();
                 line.kind = apps.kindOf(line.app);
@@ -117,9 +122,8 @@ public:
             }
             held_.clear();
         }
-        std::fwrite(out_.data(), 1, out_.size(), stdout);
+        writeOut();
         std::fflush(stdout);
-        out_.clear();
     }
 
     bool done() const { return remaining_ <= 0; }
@@ -137,6 +141,12 @@ private:
         if (done() || !filter_.matches(line)) return;
         formatter_.append(out_, line);
         --remaining_;
+        if (out_.size() >= kOutputPiece) writeOut();
+    }
+
+    void writeOut() {
+        std::fwrite(out_.data(), 1, out_.size(), stdout);
+        out_.clear();
     }
 
     static LogLine lineOf(const QTV_VX_LogMessage &message, const DDS_SampleInfo &info) {
