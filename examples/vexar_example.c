@@ -5,11 +5,14 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "vexar/QosLibrary.h"
 #include "vexar/Vexar.h"
 
 static int domainFromArguments(int argc, char **argv) { return argc > 1 ? atoi(argv[1]) : 0; }
 
-/* Options outlive the logger: the logger keeps the pointer, not a copy. */
+/* Options outlive the logger: the logger keeps the pointer, not a copy.
+ * The built-in Lossless profile keeps every message for live subscribers;
+ * what cannot be kept is dropped only at the queue, and counted. */
 static QTV_VX_Options *exampleOptions(int domainId) {
     QTV_VX_Options *options = QTV_VX_Options_createDefault();
     if (options == NULL) {
@@ -17,6 +20,8 @@ static QTV_VX_Options *exampleOptions(int domainId) {
     }
     if (QTV_VX_Options_setDomainId(options, domainId) != DDS_RETCODE_OK ||
         QTV_VX_Options_setApplicationKind(options, "vexar_example") != DDS_RETCODE_OK ||
+        QTV_VX_Options_setQosLibrary(options, QTV_VX_QOS_LIBRARY_NAME) != DDS_RETCODE_OK ||
+        QTV_VX_Options_setQosProfile(options, QTV_VX_QOS_PROFILE_LOSSLESS) != DDS_RETCODE_OK ||
         QTV_VX_Options_setEchoToStdout(options, 1) != DDS_RETCODE_OK) {
         return QTV_VX_Options_delete(options);
     }

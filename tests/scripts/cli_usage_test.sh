@@ -41,6 +41,7 @@ bad category 'network'|set-verbosity demo network=ERROR
 bad verbosity 'chatty'|set-verbosity demo api=chatty
 bad print format 'fancy'|set-format demo fancy
 bad --rate '-1'|demo --rate -1
+--default-qos and --qos-profile exclude each other|demo --default-qos --qos-library L --qos-profile P
 CASES
 
 # With no command at all the overview goes to stderr.

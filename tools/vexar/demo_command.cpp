@@ -12,6 +12,7 @@
 #include "names.hpp"
 #include "usage_error.hpp"
 #include "platform/dds/domain_participant_factory.h"
+#include "vexar/QosLibrary.h"
 #include "vexar/Vexar.h"
 #include "xml_files.hpp"
 
@@ -28,8 +29,9 @@ constexpr OptionDescription kDemoOptions[] = {
     {"config", "FILE",
      "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
      "the level, the queue and the echo"},
-    {"qos-library", "NAME", "QoS library of the logger's entities (with --qos-profile)"},
-    {"qos-profile", "NAME", "QoS profile in that library"},
+    {"qos-library", "NAME", "QoS library of the logger's entities (with --qos-profile; default VexarQosLibrary)"},
+    {"qos-profile", "NAME", "QoS profile in that library (default Lossless)"},
+    {"default-qos", "", "no QoS profile: the logger's defaults (the last 10 messages per level)"},
 };
 
 constexpr std::string_view kDemoDetails =
@@ -75,6 +77,13 @@ DemoSettings settingsFrom(const ParsedArguments &arguments) {
     settings.qosProfile = arguments.value("qos-profile");
     if (settings.qosLibrary.has_value() != settings.qosProfile.has_value()) {
         throw UsageError("--qos-library and --qos-profile go together");
+    }
+    if (arguments.has("default-qos")) {
+        if (settings.qosLibrary) throw UsageError("--default-qos and --qos-profile exclude each other");
+    } else if (!settings.qosLibrary) {
+        // A demo shows what we recommend: nothing lost without a count.
+        settings.qosLibrary = QTV_VX_QOS_LIBRARY_NAME;
+        settings.qosProfile = QTV_VX_QOS_PROFILE_LOSSLESS;
     }
     return settings;
 }
