@@ -4,12 +4,24 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <thread>
 
+#include "vexar/QosLibrary.h"
 #include "vexar/Vexar.h"
 #include "vexar/message_counts.hpp"
 
 namespace vexar_bench {
+
+// The built-in QoS profile the benchmarks run under: Lossless unless
+// VEXAR_BENCH_PROFILE names another one ("Bounded"), or "default" for none.
+inline const char *benchProfile() {
+    const char *chosen = std::getenv("VEXAR_BENCH_PROFILE");
+    return chosen != nullptr && *chosen != '\0' ? chosen : QTV_VX_QOS_PROFILE_LOSSLESS;
+}
+
+inline bool benchUsesDefaultQos() { return std::strcmp(benchProfile(), "default") == 0; }
 
 // The process-wide logger on registered options, finalized at the end.
 // Remote administration is off: no benchmark sends commands.
@@ -21,6 +33,10 @@ public:
         if (participant != nullptr) QTV_VX_Options_setDomainParticipant(options_, participant);
         QTV_VX_Options_setQueueSize(options_, queueSize);
         QTV_VX_Options_setRemoteAdministrationEnabled(options_, 0);
+        if (!benchUsesDefaultQos()) {
+            QTV_VX_Options_setQosLibrary(options_, QTV_VX_QOS_LIBRARY_NAME);
+            QTV_VX_Options_setQosProfile(options_, benchProfile());
+        }
         QTV_VX_Vexar_setOptions(options_);
         logger_ = QTV_VX_Vexar_getInstance();
     }

@@ -16,8 +16,10 @@
 // be counted as lost all the same). With a rate, the producer logs bursts of
 // kBurst messages on a fixed schedule instead: the subscriber then only has
 // to keep up with that rate, which shows the rate that is carried with
-// nothing lost (the log writer keeps the last 10 samples of an instance, so
-// a subscriber that falls behind the writer loses what it cannot take). The subscriber (tests/support/
+// nothing lost (under the default QoS the log writer keeps the last 10
+// samples of an instance, so a subscriber that falls behind the writer loses
+// what it cannot take; the benchmarks run under VexarQosLibrary::Lossless
+// unless VEXAR_BENCH_PROFILE says otherwise). The subscriber (tests/support/
 // log_subscriber.hpp: reliable, keep-all, takes on loan in batches) marks
 // every sequence number it gets; its rate is distinct messages over the time
 // from the first to the last arrival. Lost = logged - distinct received,
@@ -203,8 +205,9 @@ void logAll(const vexar_bench::BenchLogger &logger, long messages, long rate) {
         QTV_VX_Vexar_info(logger.get(), texts[static_cast<size_t>(sequence)].c_str());
     }
     double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    std::printf("producer: %ld messages logged in %.3f s (%s)\n", messages, seconds,
-                rate > 0 ? ("paced at " + std::to_string(rate) + "/s").c_str() : "as fast as carried away");
+    std::printf("producer: %ld messages logged in %.3f s (%s, QoS %s)\n", messages, seconds,
+                rate > 0 ? ("paced at " + std::to_string(rate) + "/s").c_str() : "as fast as carried away",
+                vexar_bench::benchProfile());
 }
 
 int produce(long messages, long rate) {

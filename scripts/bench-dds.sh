@@ -6,6 +6,7 @@
 #   scripts/bench-dds.sh [seconds]      (default 6; build dir: $VEXAR_BENCH_DIR or build/bench)
 set -euo pipefail
 source "$(dirname "$0")/env.sh"
+source "$(dirname "$0")/ddsperf.sh"
 seconds=${1:-6}
 # The reader counts whole seconds and drops the first (start-up): fewer than
 # three leave no steady second to report.
@@ -37,15 +38,7 @@ size=$(awk '/^pub:/ {print $5}' "$out/batched_pub")
 
 # ddsperf's KS topic counts its payload size without the 4-byte encapsulation header.
 payload=$((size - 4))
-ddsperf -i "$domain" -D "$((seconds + 1))" sub >"$out/ddsperf_sub" 2>&1 &
-sub=$!
-sleep 0.5
-ddsperf -i "$domain" -D "$seconds" pub size "$payload" >"$out/ddsperf_pub" 2>&1
-wait "$sub" || true
-# Per-second "rate X kS/s" lines of the subscriber; the median of the full
-# seconds (the first and the last are partial).
-ddsperf_rate=$(awk '/ rate / { for (i = 1; i < NF; i++) if ($i == "rate") print $(i + 1) * 1000 }' "$out/ddsperf_sub" |
-  sed '1d;$d' | sort -n | awk '{ v[NR] = $1 } END { if (NR) print int(v[int((NR + 1) / 2)]) }')
+ddsperf_rate=$(ddsperf_rate "$domain" "$seconds" "$payload")
 
 printf '%-44s %12s samples/s\n' "Vexar typed LogMessage ($size B), batched" "$vexar_rate" \
   "ddsperf KS (payload $payload B)" "$ddsperf_rate" \
