@@ -41,12 +41,13 @@ struct Figures {
 // One application logging to one remote subscriber, on its own domain.
 class Scenario {
 public:
-    Scenario(int domain, bool lossless, long logged, DDS_Long queueSize)
+    // `profile`: one of the built-in library's, or null for the defaults.
+    Scenario(int domain, const char *profile, long logged, DDS_Long queueSize)
         : counter_(domain, logged, kQuiet), logged_(logged), options_(loggerOptions(domain)) {
         QTV_VX_Options_setQueueSize(options_.get(), queueSize);
-        if (lossless) {
+        if (profile != nullptr) {
             QTV_VX_Options_setQosLibrary(options_.get(), QTV_VX_QOS_LIBRARY_NAME);
-            QTV_VX_Options_setQosProfile(options_.get(), QTV_VX_QOS_PROFILE_LOSSLESS);
+            QTV_VX_Options_setQosProfile(options_.get(), profile);
         }
     }
 
@@ -120,10 +121,14 @@ void expectNothingLostUncounted(const Figures &figures) {
               static_cast<DDS_UnsignedLongLong>(figures.logged));
 }
 
-class LossScenarios : public ::testing::TestWithParam<bool> {
+// The defaults, then the built-in profiles.
+constexpr const char *kProfiles[] = {nullptr, QTV_VX_QOS_PROFILE_LOSSLESS, QTV_VX_QOS_PROFILE_BOUNDED};
+
+class LossScenarios : public ::testing::TestWithParam<int> {
 protected:
-    bool lossless() const { return GetParam(); }
-    int domain(int scenario) const { return domains::kLoggerBase + 50 + 2 * scenario + (lossless() ? 1 : 0); }
+    const char *profile() const { return kProfiles[GetParam()]; }
+    bool lossless() const { return GetParam() == 1; }
+    int domain(int scenario) const { return domains::kLoggerBase + 50 + 3 * scenario + GetParam(); }
     void expectOutcome(const Figures &figures) const {
         if (lossless()) {
             expectNothingLostUncounted(figures);
@@ -136,7 +141,7 @@ protected:
 // Logged before discovery has found the subscriber: only what the writer's
 // history keeps for late readers reaches it.
 TEST_P(LossScenarios, BurstRightAfterStart) {
-    Scenario scenario(domain(0), lossless(), 100, 128);
+    Scenario scenario(domain(0), profile(), 100, 128);
     ASSERT_TRUE(scenario.start());
     scenario.log();
     ASSERT_TRUE(scenario.matched());
@@ -146,7 +151,7 @@ TEST_P(LossScenarios, BurstRightAfterStart) {
 }
 
 TEST_P(LossScenarios, LogThenFlushThenFinalize) {
-    Scenario scenario(domain(1), lossless(), 100, 128);
+    Scenario scenario(domain(1), profile(), 100, 128);
     ASSERT_TRUE(scenario.startMatched());
     scenario.log();
     Figures figures = scenario.finish("log, flush, finalize");
@@ -155,7 +160,7 @@ TEST_P(LossScenarios, LogThenFlushThenFinalize) {
 }
 
 TEST_P(LossScenarios, BurstLargerThanTheQueue) {
-    Scenario scenario(domain(2), lossless(), 20000, 128);
+    Scenario scenario(domain(2), profile(), 20000, 128);
     ASSERT_TRUE(scenario.startMatched());
     scenario.log();
     expectOutcome(scenario.finish("burst larger than the queue"));
@@ -163,7 +168,7 @@ TEST_P(LossScenarios, BurstLargerThanTheQueue) {
 
 // The subscriber stops acknowledging for 2 s while the application logs.
 TEST_P(LossScenarios, SubscriberStoppedForTwoSeconds) {
-    Scenario scenario(domain(3), lossless(), 4000, 1024);
+    Scenario scenario(domain(3), profile(), 4000, 1024);
     ASSERT_TRUE(scenario.startMatched());
     ASSERT_TRUE(scenario.signalSubscriber(SIGSTOP));
     auto stopped = std::chrono::steady_clock::now();
@@ -173,9 +178,9 @@ TEST_P(LossScenarios, SubscriberStoppedForTwoSeconds) {
     expectOutcome(scenario.finish("subscriber stopped for 2 s"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Qos, LossScenarios, ::testing::Values(false, true),
-                         [](const ::testing::TestParamInfo<bool> &info) {
-                             return info.param ? std::string("Lossless") : std::string("Default");
-                         });
+INSTANTIATE_TEST_SUITE_P(Qos, LossScenarios, ::testing::Range(0, 3), [](const ::testing::TestParamInfo<int> &info) {
+    const char *profile = kProfiles[info.param];
+    return std::string(profile != nullptr ? profile : "Default");
+});
 
 }  // namespace
