@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/dds/cyclone.hpp"
+#include "platform/log/cyclone_log_sink.hpp"
 #include "platform/log/log_line_format.hpp"
 #include "platform/log/logger.h"
 #include "platform/log/report.h"
@@ -330,6 +331,48 @@ TEST_F(MiddlewareLogger, TracedDomainDiscoveryLinesFollowCommunicationVerbosity)
     const Line *line = recorder.find("STATUS_REMOTE COMMUNICATION (discovery)");
     ASSERT_NE(line, nullptr) << recorder.text();
     EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_STATUS_REMOTE);
+}
+
+// Texts that Cyclone 0.10.2 raised for datagrams sent to its ports: a sender
+// decides how many, so none may be an error here.
+TEST(CycloneLineClassification, InputFromTheNetworkIsACommunicationWarning) {
+    const struct {
+        uint32_t priority;
+        const char *file;
+        const char *text;
+        OBLX_Config_LogCategory category;
+        OBLX_Config_LogLevel level;
+    } cases[] = {
+        {DDS_LC_ERROR, "src/ddsi_udp.c", "UDP recvmsg sock 5: ret 0 retcode 0", OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
+         OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING, "src/q_receive.c",
+         "malformed packet received from vendor 153.153 state parse:INFO_TS <52545053 02019999> smid 0x9",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING, "src/ddsi_plist.c", "plist(vendor 50.133): quickscan: parameter length 45316 out of bounds",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING, "src/ddsi_serdata_plist.c",
+         "Invalid ParticipantBuiltinTopicData (vendor 1.16): invalid qos/parameters",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING | DDS_LC_DISCOVERY, "src/q_ddsi_discovery.c",
+         "data(builtin, vendor 1.16): 110545b:b69444a8:209caa13:100c2 #2: deserialization failed",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        // A failing socket is this process's own error; a trace line stays a trace line.
+        {DDS_LC_ERROR, "src/ddsi_udp.c", "UDP recvmsg sock 5: ret -1 retcode -1",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_ERROR},
+        {DDS_LC_ERROR, "src/ddsi_config.c", "config: //CycloneDDS/Domain: X: unknown element",
+         OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_ERROR},
+        {DDS_LC_WARNING, "src/ddsi_config.c",
+         "config: //CycloneDDS/Domain/General/NetworkInterfaceAddress: deprecated element",
+         OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_TRACE, "src/q_receive.c",
+         "data(application, vendor 1.16): 1:2:3:102 #372: deserialization qtv/vexar failed (for reasons unknown)",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_DEBUG},
+    };
+    for (const auto &c : cases) {
+        const vexar::log::CycloneLineOrigin origin = vexar::log::classifyCycloneLine(c.priority, c.file, c.text);
+        EXPECT_EQ(origin.category, c.category) << c.text;
+        EXPECT_EQ(origin.level, c.level) << c.text;
+    }
 }
 
 TEST(MiddlewareLoggerConcurrency, SwappingTheDeviceNeverClosesItDuringAWrite) {

@@ -15,8 +15,11 @@ struct CycloneLineOrigin {
     const char *source;  // Cyclone's name of the line's category: "discovery"
 };
 
-// `priority` is the line's DDS_LC_* bit, `file` Cyclone's source file (may be null).
-CycloneLineOrigin classifyCycloneLine(uint32_t priority, const char *file) noexcept;
+// `priority` is the line's DDS_LC_* bit, `file` Cyclone's source file (may be
+// null), `text` the line without Cyclone's header. An error or warning about
+// input received from the network is a WARNING of COMMUNICATION, whatever its
+// file: a sender must not be able to raise errors here.
+CycloneLineOrigin classifyCycloneLine(uint32_t priority, const char *file, std::string_view text) noexcept;
 
 // Cyclone leaves the domain id field of its log records unset, but prints the
 // id in the line header it passes along: "<seconds>.<micros> [<domain>] <thread>: ".
