@@ -13,10 +13,13 @@
 #include <thread>
 #include <vector>
 
+#include <dds/ddsrt/log.h>
+
 #include "platform/dds/cyclone.hpp"
 #include "platform/log/cyclone_log_sink.hpp"
 #include "platform/log/log_line_format.hpp"
 #include "platform/log/logger.h"
+#include "platform/log/repeated_lines.hpp"
 #include "platform/log/report.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
@@ -373,6 +376,75 @@ TEST(CycloneLineClassification, InputFromTheNetworkIsACommunicationWarning) {
         EXPECT_EQ(origin.category, c.category) << c.text;
         EXPECT_EQ(origin.level, c.level) << c.text;
     }
+}
+
+vexar::log::LogRecord cycloneRecord(const char *text, int line = 120) {
+    return {OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
+            OBLX_CONFIG_LOG_LEVEL_WARNING,
+            "error",
+            "ddsi_udp_conn_read",
+            "ddsi_udp.c",
+            line,
+            vexar::log::kNoDomain,
+            text};
+}
+
+TEST(RepeatedLines, CopiesWithinTheWindowAreCountedAndTheCountFallsDueWhenItEnds) {
+    using std::chrono::milliseconds;
+    using vexar::log::RepeatCount;
+    using vexar::log::RepeatedLines;
+    RepeatedLines lines;
+    std::vector<RepeatCount> due;
+    const RepeatedLines::Clock::time_point start{};
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 5\n"), start, due));
+    EXPECT_FALSE(lines.admit(cycloneRecord("sock 5"), start + milliseconds(10), due));  // the newline is no difference
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 6"), start + milliseconds(20), due));
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 5", 121), start + milliseconds(30), due));
+    EXPECT_FALSE(lines.admit(cycloneRecord("sock 5"), start + milliseconds(999), due));
+    EXPECT_EQ(lines.nextDue(), start + RepeatedLines::kWindow);
+    lines.expire(start + milliseconds(999), due);
+    EXPECT_TRUE(due.empty());
+
+    // The window ends with the first line's second: the count falls due, and
+    // the next copy is written again.
+    lines.expire(start + RepeatedLines::kWindow, due);
+    ASSERT_EQ(due.size(), 1u);
+    EXPECT_EQ(due[0].text(), "sock 5 (repeated 2 times)");
+    EXPECT_EQ(due[0].line.record().line, 120);
+    EXPECT_EQ(lines.nextDue(), RepeatedLines::Clock::time_point::max());  // "sock 6" had no copy
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 5"), start + RepeatedLines::kWindow, due));
+
+    // More distinct lines than are tracked: the oldest is forgotten, and its
+    // count falls due at once rather than being lost.
+    due.clear();
+    RepeatedLines crowded;
+    EXPECT_TRUE(crowded.admit(cycloneRecord("first"), start, due));
+    EXPECT_FALSE(crowded.admit(cycloneRecord("first"), start, due));
+    for (size_t other = 0; other < RepeatedLines::kTracked; ++other) {
+        crowded.admit(cycloneRecord(("other " + std::to_string(other)).c_str()), start + milliseconds(1), due);
+    }
+    ASSERT_EQ(due.size(), 1u);
+    EXPECT_EQ(due[0].text(), "first (repeated 1 time)");
+}
+
+// Through Cyclone's own log call: a flood of one line becomes the line and,
+// once its second has passed, a count, although no later line arrives.
+TEST_F(MiddlewareLogger, RepeatedCycloneLinesReachTheDeviceAsTheFirstAndACount) {
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    for (int copy = 0; copy < 500; ++copy) {
+        dds_log(DDS_LC_ERROR, "src/core/ddsi/src/ddsi_udp.c", 120, "ddsi_udp_conn_read",
+                "UDP recvmsg sock 77: ret 0 retcode 0\n");
+    }
+    EXPECT_EQ(recorder.text(), "WARNING COMMUNICATION ddsi_udp_conn_read: UDP recvmsg sock 77: ret 0 retcode 0\n");
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    while (recorder.lines().size() < 2 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    const std::vector<Line> lines = recorder.lines();
+    ASSERT_EQ(lines.size(), 2u) << recorder.text();
+    EXPECT_EQ(lines[1].text,
+              "WARNING COMMUNICATION ddsi_udp_conn_read: UDP recvmsg sock 77: ret 0 retcode 0 (repeated 499 times)\n");
+    EXPECT_EQ(lines[1].level, OBLX_CONFIG_LOG_LEVEL_WARNING);
 }
 
 TEST(MiddlewareLoggerConcurrency, SwappingTheDeviceNeverClosesItDuringAWrite) {

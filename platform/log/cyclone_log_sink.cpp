@@ -7,6 +7,7 @@
 #include <cstring>
 #include <optional>
 
+#include "platform/log/collapsing_writer.hpp"
 #include "platform/log/logger.hpp"
 
 namespace vexar::log {
@@ -132,14 +133,14 @@ constexpr uint32_t everyClassifiedCategory() noexcept {
 
 // Cyclone calls this from any of its threads, holding its sink lock shared:
 // it must not call back into Cyclone's sink or mask setters.
-void cycloneSink(void *logger, const dds_log_data_t *data) noexcept {
-    auto &target = *static_cast<OBLX_Config_Logger *>(logger);
+void cycloneSink(void *writer, const dds_log_data_t *data) noexcept {
+    auto &target = *static_cast<CollapsingWriter *>(writer);
     const std::string_view text(data->message, data->size);
     const CycloneLineOrigin origin = classifyCycloneLine(data->priority, data->file, text);
-    if (!logPasses(target, origin.category, origin.level)) return;
+    if (!logPasses(target.logger(), origin.category, origin.level)) return;
     const std::string_view header(data->message - data->hdrsize, data->hdrsize);
-    logRecord(target, LogRecord{origin.category, origin.level, origin.source, data->function, data->file,
-                                static_cast<int>(data->line), domainFromCycloneHeader(header), text});
+    target.write(LogRecord{origin.category, origin.level, origin.source, data->function, data->file,
+                           static_cast<int>(data->line), domainFromCycloneHeader(header), text});
 }
 
 }  // namespace
@@ -163,10 +164,12 @@ uint32_t domainFromCycloneHeader(std::string_view header) noexcept {
     return error == std::errc{} && end == last ? domain : kNoDomain;
 }
 
-void hookCycloneDiagnostics(OBLX_Config_Logger &logger) noexcept {
+void hookCycloneDiagnostics(OBLX_Config_Logger &logger) {
+    // Never destroyed: Cyclone may still log from its threads during exit.
+    auto *writer = new CollapsingWriter(logger);
     // One callback for both sinks: Cyclone then calls it once per line.
-    dds_set_log_sink(cycloneSink, &logger);
-    dds_set_trace_sink(cycloneSink, &logger);
+    dds_set_log_sink(cycloneSink, writer);
+    dds_set_trace_sink(cycloneSink, writer);
     dds_set_log_mask(everyClassifiedCategory());
 }
 

@@ -25,8 +25,9 @@ CycloneLineOrigin classifyCycloneLine(uint32_t priority, const char *file, std::
 // id in the line header it passes along: "<seconds>.<micros> [<domain>] <thread>: ".
 uint32_t domainFromCycloneHeader(std::string_view header) noexcept;
 
-// Installs the logger as Cyclone's log and trace sink and opens Cyclone's log
-// mask to every category the logger can classify. Called once.
-void hookCycloneDiagnostics(OBLX_Config_Logger &logger) noexcept;
+// Installs the logger as Cyclone's log and trace sink, repeated lines
+// collapsed, and opens Cyclone's log mask to every category the logger can
+// classify. Called once. Throws std::bad_alloc.
+void hookCycloneDiagnostics(OBLX_Config_Logger &logger);
 
 }  // namespace vexar::log
