@@ -17,6 +17,7 @@
 
 #include "platform/dds/cyclone.hpp"
 #include "platform/log/cyclone_log_sink.hpp"
+#include "platform/log/failure_causes.hpp"
 #include "platform/log/log_line_format.hpp"
 #include "platform/log/logger.h"
 #include "platform/log/repeated_lines.hpp"
@@ -334,6 +335,27 @@ TEST_F(MiddlewareLogger, TracedDomainDiscoveryLinesFollowCommunicationVerbosity)
     const Line *line = recorder.find("STATUS_REMOTE COMMUNICATION (discovery)");
     ASSERT_NE(line, nullptr) << recorder.text();
     EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_STATUS_REMOTE);
+}
+
+// Errors are kept as causes even while silenced, by the innermost collector
+// of this thread only, up to its limit.
+TEST_F(MiddlewareLogger, FailureCausesKeepThisThreadsErrorsWhateverTheVerbosity) {
+    OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_SILENT);
+    vexar::log::FailureCauses outer;
+    OBLX_Report_failure("outer_call", "refused");
+    {
+        vexar::log::FailureCauses inner;
+        for (size_t error = 0; error < vexar::log::FailureCauses::kKept + 2; ++error) {
+            OBLX_Report_badParameter("inner_call", "self");
+        }
+        log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_WARNING, "a warning is no cause");
+        std::thread([] { OBLX_Report_failure("other_thread", "not ours"); }).join();
+        ASSERT_EQ(inner.lines().size(), vexar::log::FailureCauses::kKept);
+        EXPECT_EQ(inner.lines()[0], "inner_call: bad parameter: self");
+        EXPECT_EQ(inner.omitted(), 2u);
+    }
+    EXPECT_EQ(outer.lines(), std::vector<std::string>{"outer_call: failure: refused"});
+    EXPECT_TRUE(recorder.lines().empty()) << recorder.text();
 }
 
 // Texts that Cyclone 0.10.2 raised for datagrams sent to its ports: a sender

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "platform/log/collapsing_writer.hpp"
+#include "platform/log/failure_causes.hpp"
 #include "platform/log/logger.hpp"
 
 namespace vexar::log {
@@ -132,15 +133,26 @@ constexpr uint32_t everyClassifiedCategory() noexcept {
 }
 
 // Cyclone calls this from any of its threads, holding its sink lock shared:
-// it must not call back into Cyclone's sink or mask setters.
+// it must not call back into Cyclone's sink or mask setters. An error is kept
+// as a failure cause before the verbosity is asked.
 void cycloneSink(void *writer, const dds_log_data_t *data) noexcept {
     auto &target = *static_cast<CollapsingWriter *>(writer);
     const std::string_view text(data->message, data->size);
     const CycloneLineOrigin origin = classifyCycloneLine(data->priority, data->file, text);
-    if (!logPasses(target.logger(), origin.category, origin.level)) return;
+    const bool error = origin.level == OBLX_CONFIG_LOG_LEVEL_ERROR;
+    const bool passes = logPasses(target.logger(), origin.category, origin.level);
+    if (!passes && !error) return;
     const std::string_view header(data->message - data->hdrsize, data->hdrsize);
-    target.write(LogRecord{origin.category, origin.level, origin.source, data->function, data->file,
-                           static_cast<int>(data->line), domainFromCycloneHeader(header), text});
+    const LogRecord record{origin.category,
+                           origin.level,
+                           origin.source,
+                           data->function,
+                           data->file,
+                           static_cast<int>(data->line),
+                           domainFromCycloneHeader(header),
+                           text};
+    if (error) keepFailureCause(record);
+    if (passes) target.write(record);
 }
 
 }  // namespace
