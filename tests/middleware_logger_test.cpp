@@ -400,6 +400,10 @@ TEST(CycloneLineClassification, InputFromTheNetworkIsACommunicationWarning) {
     }
 }
 
+std::chrono::milliseconds repeatedLinesWindow() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(vexar::log::RepeatedLines::kWindow);
+}
+
 vexar::log::LogRecord cycloneRecord(const char *text, int line = 120) {
     return {OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
             OBLX_CONFIG_LOG_LEVEL_WARNING,
@@ -467,6 +471,31 @@ TEST_F(MiddlewareLogger, RepeatedCycloneLinesReachTheDeviceAsTheFirstAndACount) 
     EXPECT_EQ(lines[1].text,
               "WARNING COMMUNICATION ddsi_udp_conn_read: UDP recvmsg sock 77: ret 0 retcode 0 (repeated 499 times)\n");
     EXPECT_EQ(lines[1].level, OBLX_CONFIG_LOG_LEVEL_WARNING);
+}
+
+// Threads raising the same lines and more distinct lines than are tracked:
+// every line raised is written, or counted in exactly one count line.
+TEST_F(MiddlewareLogger, ConcurrencyOfRepeatedCycloneLinesLosesNoCopy) {
+    constexpr int kThreads = 4;
+    constexpr int kLinesPerThread = 3000;
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([] {
+            for (int i = 0; i < kLinesPerThread; ++i) {
+                dds_log(DDS_LC_WARNING, "src/q_receive.c", 1, "handle", "line %d\n", i % 3 == 0 ? i : i % 40);
+            }
+        });
+    }
+    for (std::thread &thread : threads) thread.join();
+    std::this_thread::sleep_for(repeatedLinesWindow() + std::chrono::milliseconds(300));
+
+    long accounted = 0;
+    for (const Line &line : recorder.lines()) {
+        const size_t count = line.text.find(" (repeated ");
+        accounted += count == std::string::npos ? 1 : std::stol(line.text.substr(count + 11));
+    }
+    EXPECT_EQ(accounted, long{kThreads} * kLinesPerThread);
 }
 
 TEST(MiddlewareLoggerConcurrency, SwappingTheDeviceNeverClosesItDuringAWrite) {
