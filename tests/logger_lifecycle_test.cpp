@@ -4,6 +4,7 @@
 
 #include <iterator>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -24,6 +25,7 @@ namespace {
 constexpr int kRegisteredDomain = domains::kLoggerBase + 0;
 constexpr int kCycleDomain = domains::kLoggerBase + 1;
 constexpr int kApplicationParticipantDomain = domains::kLoggerBase + 2;
+constexpr int kMissingConfigurationDomain = domains::kLoggerBase + 62;
 constexpr int kUnusableDomain = 250;  // Cyclone refuses ids above 232
 
 std::ptrdiff_t threadCount() {
@@ -84,6 +86,24 @@ TEST(LoggerLifecycle, FailedCreationLeavesNoLoggerAndTheMiddlewareSilent) {
     // The registration stands, so the next call tries again.
     printed = capturedStdout([] { EXPECT_EQ(QTV_VX_Vexar_getInstance(), nullptr); });
     EXPECT_NE(printed.find("Unable to create Vexar singleton!"), std::string::npos);
+}
+
+// The middleware is silent while the logger is created, yet Cyclone's reason
+// for refusing the participant is printed with the failure, and only there.
+TEST(LoggerLifecycle, AFailedParticipantIsShownWithTheMiddlewaresReason) {
+    const std::string configuration = std::getenv("CYCLONEDDS_URI") != nullptr ? std::getenv("CYCLONEDDS_URI") : "";
+    setenv("CYCLONEDDS_URI", "file:///nonexistent/vexar-cyclonedds.xml", 1);
+    OptionsPtr options = loggerOptions(kMissingConfigurationDomain);
+    ASSERT_EQ(QTV_VX_Vexar_setOptions(options.get()), 1);
+    const std::string printed = capturedStdout([] { EXPECT_EQ(QTV_VX_Vexar_getInstance(), nullptr); });
+    setenv("CYCLONEDDS_URI", configuration.c_str(), 1);
+
+    EXPECT_NE(printed.find("VX Error: QTV_VX_DDSEntities_create: Unable to create Domain Participant\n"
+                           "VX Error: QTV_VX_DDSEntities_create: caused by: config_open_file: can't open "
+                           "configuration file file:///nonexistent/vexar-cyclonedds.xml\n"),
+              std::string::npos)
+        << printed;
+    EXPECT_EQ(printed.find("ERROR PLATFORM"), std::string::npos) << "the middleware logger itself stays silent";
 }
 
 // A participant, queue or thread leaked per cycle would show here.

@@ -13,9 +13,14 @@
 #include <thread>
 #include <vector>
 
+#include <dds/ddsrt/log.h>
+
 #include "platform/dds/cyclone.hpp"
+#include "platform/log/cyclone_log_sink.hpp"
+#include "platform/log/failure_causes.hpp"
 #include "platform/log/log_line_format.hpp"
 #include "platform/log/logger.h"
+#include "platform/log/repeated_lines.hpp"
 #include "platform/log/report.h"
 #include "support/captured_stdout.h"
 #include "support/domains.h"
@@ -330,6 +335,167 @@ TEST_F(MiddlewareLogger, TracedDomainDiscoveryLinesFollowCommunicationVerbosity)
     const Line *line = recorder.find("STATUS_REMOTE COMMUNICATION (discovery)");
     ASSERT_NE(line, nullptr) << recorder.text();
     EXPECT_EQ(line->level, OBLX_CONFIG_LOG_LEVEL_STATUS_REMOTE);
+}
+
+// Errors are kept as causes even while silenced, by the innermost collector
+// of this thread only, up to its limit.
+TEST_F(MiddlewareLogger, FailureCausesKeepThisThreadsErrorsWhateverTheVerbosity) {
+    OBLX_Config_Logger_set_verbosity(logger, OBLX_CONFIG_LOG_VERBOSITY_SILENT);
+    vexar::log::FailureCauses outer;
+    OBLX_Report_failure("outer_call", "refused");
+    {
+        vexar::log::FailureCauses inner;
+        for (size_t error = 0; error < vexar::log::FailureCauses::kKept + 2; ++error) {
+            OBLX_Report_badParameter("inner_call", "self");
+        }
+        log(OBLX_CONFIG_LOG_CATEGORY_API, OBLX_CONFIG_LOG_LEVEL_WARNING, "a warning is no cause");
+        std::thread([] { OBLX_Report_failure("other_thread", "not ours"); }).join();
+        ASSERT_EQ(inner.lines().size(), vexar::log::FailureCauses::kKept);
+        EXPECT_EQ(inner.lines()[0], "inner_call: bad parameter: self");
+        EXPECT_EQ(inner.omitted(), 2u);
+    }
+    EXPECT_EQ(outer.lines(), std::vector<std::string>{"outer_call: failure: refused"});
+    EXPECT_TRUE(recorder.lines().empty()) << recorder.text();
+}
+
+// Texts that Cyclone 0.10.2 raised for datagrams sent to its ports: a sender
+// decides how many, so none may be an error here.
+TEST(CycloneLineClassification, InputFromTheNetworkIsACommunicationWarning) {
+    const struct {
+        uint32_t priority;
+        const char *file;
+        const char *text;
+        OBLX_Config_LogCategory category;
+        OBLX_Config_LogLevel level;
+    } cases[] = {
+        {DDS_LC_ERROR, "src/ddsi_udp.c", "UDP recvmsg sock 5: ret 0 retcode 0", OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
+         OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING, "src/q_receive.c",
+         "malformed packet received from vendor 153.153 state parse:INFO_TS <52545053 02019999> smid 0x9",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING, "src/ddsi_plist.c", "plist(vendor 50.133): quickscan: parameter length 45316 out of bounds",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING, "src/ddsi_serdata_plist.c",
+         "Invalid ParticipantBuiltinTopicData (vendor 1.16): invalid qos/parameters",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_WARNING | DDS_LC_DISCOVERY, "src/q_ddsi_discovery.c",
+         "data(builtin, vendor 1.16): 110545b:b69444a8:209caa13:100c2 #2: deserialization failed",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        // A failing socket is this process's own error; a trace line stays a trace line.
+        {DDS_LC_ERROR, "src/ddsi_udp.c", "UDP recvmsg sock 5: ret -1 retcode -1",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_ERROR},
+        {DDS_LC_ERROR, "src/ddsi_config.c", "config: //CycloneDDS/Domain: X: unknown element",
+         OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_ERROR},
+        {DDS_LC_WARNING, "src/ddsi_config.c",
+         "config: //CycloneDDS/Domain/General/NetworkInterfaceAddress: deprecated element",
+         OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING},
+        {DDS_LC_TRACE, "src/q_receive.c",
+         "data(application, vendor 1.16): 1:2:3:102 #372: deserialization qtv/vexar failed (for reasons unknown)",
+         OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_DEBUG},
+    };
+    for (const auto &c : cases) {
+        const vexar::log::CycloneLineOrigin origin = vexar::log::classifyCycloneLine(c.priority, c.file, c.text);
+        EXPECT_EQ(origin.category, c.category) << c.text;
+        EXPECT_EQ(origin.level, c.level) << c.text;
+    }
+}
+
+std::chrono::milliseconds repeatedLinesWindow() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(vexar::log::RepeatedLines::kWindow);
+}
+
+vexar::log::LogRecord cycloneRecord(const char *text, int line = 120) {
+    return {OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION,
+            OBLX_CONFIG_LOG_LEVEL_WARNING,
+            "error",
+            "ddsi_udp_conn_read",
+            "ddsi_udp.c",
+            line,
+            vexar::log::kNoDomain,
+            text};
+}
+
+TEST(RepeatedLines, CopiesWithinTheWindowAreCountedAndTheCountFallsDueWhenItEnds) {
+    using std::chrono::milliseconds;
+    using vexar::log::RepeatCount;
+    using vexar::log::RepeatedLines;
+    RepeatedLines lines;
+    std::vector<RepeatCount> due;
+    const RepeatedLines::Clock::time_point start{};
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 5\n"), start, due));
+    EXPECT_FALSE(lines.admit(cycloneRecord("sock 5"), start + milliseconds(10), due));  // the newline is no difference
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 6"), start + milliseconds(20), due));
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 5", 121), start + milliseconds(30), due));
+    EXPECT_FALSE(lines.admit(cycloneRecord("sock 5"), start + milliseconds(999), due));
+    EXPECT_EQ(lines.nextDue(), start + RepeatedLines::kWindow);
+    lines.expire(start + milliseconds(999), due);
+    EXPECT_TRUE(due.empty());
+
+    // The window ends with the first line's second: the count falls due, and
+    // the next copy is written again.
+    lines.expire(start + RepeatedLines::kWindow, due);
+    ASSERT_EQ(due.size(), 1u);
+    EXPECT_EQ(due[0].text(), "sock 5 (repeated 2 times)");
+    EXPECT_EQ(due[0].line.record().line, 120);
+    EXPECT_EQ(lines.nextDue(), RepeatedLines::Clock::time_point::max());  // "sock 6" had no copy
+    EXPECT_TRUE(lines.admit(cycloneRecord("sock 5"), start + RepeatedLines::kWindow, due));
+
+    // More distinct lines than are tracked: the oldest is forgotten, and its
+    // count falls due at once rather than being lost.
+    due.clear();
+    RepeatedLines crowded;
+    EXPECT_TRUE(crowded.admit(cycloneRecord("first"), start, due));
+    EXPECT_FALSE(crowded.admit(cycloneRecord("first"), start, due));
+    for (size_t other = 0; other < RepeatedLines::kTracked; ++other) {
+        crowded.admit(cycloneRecord(("other " + std::to_string(other)).c_str()), start + milliseconds(1), due);
+    }
+    ASSERT_EQ(due.size(), 1u);
+    EXPECT_EQ(due[0].text(), "first (repeated 1 time)");
+}
+
+// Through Cyclone's own log call: a flood of one line becomes the line and,
+// once its second has passed, a count, although no later line arrives.
+TEST_F(MiddlewareLogger, RepeatedCycloneLinesReachTheDeviceAsTheFirstAndACount) {
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    for (int copy = 0; copy < 500; ++copy) {
+        dds_log(DDS_LC_ERROR, "src/core/ddsi/src/ddsi_udp.c", 120, "ddsi_udp_conn_read",
+                "UDP recvmsg sock 77: ret 0 retcode 0\n");
+    }
+    EXPECT_EQ(recorder.text(), "WARNING COMMUNICATION ddsi_udp_conn_read: UDP recvmsg sock 77: ret 0 retcode 0\n");
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+    while (recorder.lines().size() < 2 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    const std::vector<Line> lines = recorder.lines();
+    ASSERT_EQ(lines.size(), 2u) << recorder.text();
+    EXPECT_EQ(lines[1].text,
+              "WARNING COMMUNICATION ddsi_udp_conn_read: UDP recvmsg sock 77: ret 0 retcode 0 (repeated 499 times)\n");
+    EXPECT_EQ(lines[1].level, OBLX_CONFIG_LOG_LEVEL_WARNING);
+}
+
+// Threads raising the same lines and more distinct lines than are tracked:
+// every line raised is written, or counted in exactly one count line.
+TEST_F(MiddlewareLogger, ConcurrencyOfRepeatedCycloneLinesLosesNoCopy) {
+    constexpr int kThreads = 4;
+    constexpr int kLinesPerThread = 3000;
+    setVerbosity(OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_WARNING);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([] {
+            for (int i = 0; i < kLinesPerThread; ++i) {
+                dds_log(DDS_LC_WARNING, "src/q_receive.c", 1, "handle", "line %d\n", i % 3 == 0 ? i : i % 40);
+            }
+        });
+    }
+    for (std::thread &thread : threads) thread.join();
+    std::this_thread::sleep_for(repeatedLinesWindow() + std::chrono::milliseconds(300));
+
+    long accounted = 0;
+    for (const Line &line : recorder.lines()) {
+        const size_t count = line.text.find(" (repeated ");
+        accounted += count == std::string::npos ? 1 : std::stol(line.text.substr(count + 11));
+    }
+    EXPECT_EQ(accounted, long{kThreads} * kLinesPerThread);
 }
 
 TEST(MiddlewareLoggerConcurrency, SwappingTheDeviceNeverClosesItDuringAWrite) {

@@ -6,10 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+#include <string>
 
 #include "platform/dds/data_writer.h"
 #include "platform/dds/publisher.h"
 #include "platform/dds/subscriber.h"
+#include "platform/log/failure_causes.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 #include "vexar/QosLibrary.h"
@@ -91,6 +94,20 @@ bool fail(const char *text) noexcept {
     return false;
 }
 
+// The published line, then each line the middleware raised about it.
+bool failBecause(const char *text, const vexar::log::FailureCauses &causes) noexcept {
+    fail(text);
+    try {
+        for (const std::string &cause : causes.lines()) reportError(("caused by: " + cause).c_str(), kCreate);
+        if (causes.omitted() > 0) {
+            reportError(("caused by " + std::to_string(causes.omitted()) + " more lines").c_str(), kCreate);
+        }
+    } catch (const std::bad_alloc &) {
+        reportError("caused by what could not be told: out of memory", kCreate);
+    }
+    return false;
+}
+
 // The built-in library needs no file; it is loaded only when named, so that
 // applications that never ask for it do not find it in their XML tree.
 void loadBuiltinLibraryWhenNamed(const QTV_VX_DDSEntities &self) noexcept {
@@ -115,9 +132,12 @@ bool attachParticipant(QTV_VX_DDSEntities &self, const QTV_VX_Options &options) 
     if (QTV_VX_DDSEntities_getDomainParticipantQos(&self, &qos.value, &options) != DDS_RETCODE_OK) {
         return fail("Unable to get Domain Participant QoS");
     }
+    // The middleware logger is silenced while the logger is created, so what
+    // Cyclone says about a failure is kept here to be shown with it.
+    vexar::log::FailureCauses causes;
     self.domainParticipant = DDS_DomainParticipantFactory_create_participant(
         self.factory, static_cast<DDS_DomainId_t>(options.domainId), &qos.value, nullptr, DDS_STATUS_MASK_NONE);
-    if (self.domainParticipant == nullptr) return fail("Unable to create Domain Participant");
+    if (self.domainParticipant == nullptr) return failBecause("Unable to create Domain Participant", causes);
     self.participantCreatedLocally = 1;
     return true;
 }

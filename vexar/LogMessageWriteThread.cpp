@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "platform/dds/data_writer.h"
+#include "platform/log/collapsing_writer.hpp"
 #include "type/vexarSupport.h"
 #include "vexar/logger_core.hpp"
 #include "vexar/message_counts.hpp"
@@ -149,6 +150,7 @@ LogMessageWriteThread *LogMessageWriteThread_create(struct QTV_VX_LogMessageData
 void *LogMessageWriteThread_run(void *arg) {
     auto &self = *static_cast<LogMessageWriteThread *>(arg);
     tOnWriteThread = true;
+    vexar::log::writeLinesOfThisThreadUncollapsed();
     DDS_UnsignedLong id = OBLX_Thread_currentId();
     vexar::shared(self.threadId).store(id);
     if (id == 0) {

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <optional>
 
+#include "platform/log/collapsing_writer.hpp"
+#include "platform/log/failure_causes.hpp"
 #include "platform/log/logger.hpp"
 
 namespace vexar::log {
@@ -92,6 +94,38 @@ OBLX_Config_LogCategory subjectOfFile(const char *file) noexcept {
     return strstr(file, "/ddsc/") != nullptr ? OBLX_CONFIG_LOG_CATEGORY_API : OBLX_CONFIG_LOG_CATEGORY_PLATFORM;
 }
 
+// Input from the network that Cyclone could not use: a datagram without a
+// byte ("UDP recvmsg sock 5: ret 0 retcode 0", raised at ERROR), or a line
+// naming the sender's vendor ("malformed packet received from vendor 1.16
+// ...", "invalid parameter list (vendor 1.16, version 2.1): ...",
+// "plist(vendor 1.16): quickscan: ...", "data(builtin, vendor 1.16): ...
+// deserialization failed"). Anyone who reaches a port raises these at will,
+// one per datagram, so they must never count as errors of this process.
+bool isEmptyDatagram(std::string_view text) noexcept {
+    return text.starts_with("UDP recvmsg sock ") && text.find(": ret 0 ") != std::string_view::npos;
+}
+
+// "1.16": digits, a dot and a digit.
+bool startsWithNumberPair(std::string_view text) noexcept {
+    const size_t dot = text.find_first_not_of("0123456789");
+    return dot != 0 && dot != std::string_view::npos && text[dot] == '.' &&
+           text.find_first_of("0123456789", dot + 1) == dot + 1;
+}
+
+// "vendor 1.16": how Cyclone names the sender of what it received.
+bool namesSendersVendor(std::string_view text) noexcept {
+    constexpr std::string_view kVendor = "vendor ";
+    for (size_t at = text.find(kVendor); at != std::string_view::npos; at = text.find(kVendor, at + 1)) {
+        if (startsWithNumberPair(text.substr(at + kVendor.size()))) return true;
+    }
+    return false;
+}
+
+bool reportsNetworkInput(const CycloneCategory &category, std::string_view text) noexcept {
+    const bool errorOrWarning = category.bit == DDS_LC_ERROR || category.bit == DDS_LC_WARNING;
+    return errorOrWarning && (isEmptyDatagram(text) || namesSendersVendor(text));
+}
+
 constexpr uint32_t everyClassifiedCategory() noexcept {
     uint32_t mask = 0;
     for (const auto &category : kCycloneCategories) mask |= category.bit;
@@ -99,26 +133,35 @@ constexpr uint32_t everyClassifiedCategory() noexcept {
 }
 
 // Cyclone calls this from any of its threads, holding its sink lock shared:
-// it must not call back into Cyclone's sink or mask setters.
-void cycloneSink(void *logger, const dds_log_data_t *data) noexcept {
-    auto &target = *static_cast<OBLX_Config_Logger *>(logger);
-    const CycloneLineOrigin origin = classifyCycloneLine(data->priority, data->file);
-    if (!logPasses(target, origin.category, origin.level)) return;
+// it must not call back into Cyclone's sink or mask setters. An error is kept
+// as a failure cause before the verbosity is asked.
+void cycloneSink(void *writer, const dds_log_data_t *data) noexcept {
+    auto &target = *static_cast<CollapsingWriter *>(writer);
+    const std::string_view text(data->message, data->size);
+    const CycloneLineOrigin origin = classifyCycloneLine(data->priority, data->file, text);
+    const bool error = origin.level == OBLX_CONFIG_LOG_LEVEL_ERROR;
+    const bool passes = logPasses(target.logger(), origin.category, origin.level);
+    if (!passes && !error) return;
     const std::string_view header(data->message - data->hdrsize, data->hdrsize);
-    logRecord(target, LogRecord{origin.category,
-                                origin.level,
-                                origin.source,
-                                data->function,
-                                data->file,
-                                static_cast<int>(data->line),
-                                domainFromCycloneHeader(header),
-                                {data->message, data->size}});
+    const LogRecord record{origin.category,
+                           origin.level,
+                           origin.source,
+                           data->function,
+                           data->file,
+                           static_cast<int>(data->line),
+                           domainFromCycloneHeader(header),
+                           text};
+    if (error) keepFailureCause(record);
+    if (passes) target.write(record);
 }
 
 }  // namespace
 
-CycloneLineOrigin classifyCycloneLine(uint32_t priority, const char *file) noexcept {
+CycloneLineOrigin classifyCycloneLine(uint32_t priority, const char *file, std::string_view text) noexcept {
     const CycloneCategory &category = cycloneCategoryOf(priority);
+    if (reportsNetworkInput(category, text)) {
+        return {OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING, category.name};
+    }
     return {category.subject ? *category.subject : subjectOfFile(file), category.level, category.name};
 }
 
@@ -133,10 +176,12 @@ uint32_t domainFromCycloneHeader(std::string_view header) noexcept {
     return error == std::errc{} && end == last ? domain : kNoDomain;
 }
 
-void hookCycloneDiagnostics(OBLX_Config_Logger &logger) noexcept {
+void hookCycloneDiagnostics(OBLX_Config_Logger &logger) {
+    // Never destroyed: Cyclone may still log from its threads during exit.
+    auto *writer = new CollapsingWriter(logger);
     // One callback for both sinks: Cyclone then calls it once per line.
-    dds_set_log_sink(cycloneSink, &logger);
-    dds_set_trace_sink(cycloneSink, &logger);
+    dds_set_log_sink(cycloneSink, writer);
+    dds_set_trace_sink(cycloneSink, writer);
     dds_set_log_mask(everyClassifiedCategory());
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/log/cyclone_log_sink.hpp"
+#include "platform/log/failure_causes.hpp"
 #include "platform/log/log_device_slot.hpp"
 #include "platform/log/log_line_format.hpp"
 #include "platform/log/logger.hpp"
@@ -100,10 +101,15 @@ void logRecord(OBLX_Config_Logger &logger, const LogRecord &record) noexcept {
 void vlog(OBLX_Config_LogCategory category, OBLX_Config_LogLevel level, const char *function, const char *file,
           int line, const char *format, va_list args) noexcept {
     OBLX_Config_Logger *logger = OBLX_Config_Logger_get_instance();
-    if (logger == nullptr || !logPasses(*logger, category, level)) return;
+    if (logger == nullptr) return;
+    // An error is kept as a failure cause whatever the verbosity.
+    const bool cause = level == OBLX_CONFIG_LOG_LEVEL_ERROR && collectingFailureCauses();
+    if (!cause && !logPasses(*logger, category, level)) return;
     try {
         const std::string text = formatText(format, args);
-        logRecord(*logger, LogRecord{category, level, "vexar", function, file, line, kNoDomain, text});
+        const LogRecord record{category, level, "vexar", function, file, line, kNoDomain, text};
+        if (cause) keepFailureCause(record);
+        logRecord(*logger, record);
     } catch (...) {
         // Out of memory while formatting: the line is lost.
     }
