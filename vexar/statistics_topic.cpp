@@ -21,8 +21,7 @@ constexpr auto kLookEvery = std::chrono::seconds(1);
 constexpr const char *kTopicName = QTV_VX_STATISTICS_TOPIC_NAME;
 
 auto counts(const QTV_VX_ADMIN_Statistics &sample) noexcept {
-    return std::tie(sample.accepted, sample.refused, sample.dropped, sample.published, sample.failed,
-                    sample.discarded);
+    return std::tie(sample.accepted, sample.refused, sample.dropped, sample.published, sample.failed, sample.discarded);
 }
 
 // A topic that the participant already has is used as it is; only one made
@@ -86,9 +85,8 @@ public:
         QTV_VX_ADMIN_Statistics next = sample_;
         QTV_VX_Statistics figures{};
         (void)QTV_VX_Vexar_getStatistics(&figures);
-        std::tie(next.accepted, next.refused, next.dropped, next.published, next.failed, next.discarded) =
-            std::tie(figures.accepted, figures.refused, figures.dropped, figures.published, figures.failed,
-                     figures.discarded);
+        std::tie(next.accepted, next.refused, next.dropped, next.published, next.failed, next.discarded) = std::tie(
+            figures.accepted, figures.refused, figures.dropped, figures.published, figures.failed, figures.discarded);
         if (written_ && counts(next) == counts(sample_)) return;
         if (QTV_VX_ADMIN_StatisticsDataWriter_write(writer_, &next, DDS_HANDLE_NIL) != DDS_RETCODE_OK) {
             // Once: a writer that fails tends to fail every second.
@@ -112,8 +110,8 @@ private:
 };
 
 // The write thread is the only one to publish while the logger runs; the
-// lock keeps it so should another write thread be started by hand. A leaf:
-// nothing is taken while it is held but Cyclone's own locks.
+// lock keeps it so should another write thread be started by hand. Held
+// across reading the counts (their registry's mutex) and Cyclone's write.
 std::mutex gMutex;
 StatisticsPublisher *gPublisher = nullptr;
 
