@@ -20,7 +20,8 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kLookEvery = std::chrono::seconds(1);
 constexpr const char *kTopicName = QTV_VX_STATISTICS_TOPIC_NAME;
 
-// The counts in the order of QTV_VX_Statistics, to read, compare and set.
+// The six counts of a sample or of a QTV_VX_Statistics record (same
+// names), to compare and to copy.
 template <typename Sample>
 auto counts(Sample &sample) noexcept {
     return std::tie(sample.accepted, sample.refused, sample.dropped, sample.published, sample.failed, sample.discarded);
@@ -87,8 +88,7 @@ public:
         QTV_VX_ADMIN_Statistics next = sample_;
         QTV_VX_Statistics figures{};
         (void)QTV_VX_Vexar_getStatistics(&figures);
-        counts(next) = std::tie(figures.accepted, figures.refused, figures.dropped, figures.published, figures.failed,
-                                figures.discarded);
+        counts(next) = counts(figures);
         if (written_ && counts(next) == counts(sample_)) return;
         if (QTV_VX_ADMIN_StatisticsDataWriter_write(writer_, &next, DDS_HANDLE_NIL) != DDS_RETCODE_OK) {
             // Once: a writer that fails tends to fail every second.
