@@ -65,15 +65,20 @@ TEST_F(CliOutput, JsonLinesAreValidWhateverTheBytes) {
 }
 
 TEST_F(CliOutput, AppsTableAlignsColumnsAndMarksLoggersThatWentAway) {
-    const std::vector<AppRecord> records{{{0x01100f3a, 1}, "demo", 0, 1, 600, {1, 2, 3, 4, 5}, 1, false},
-                                         {{0x01100f3a, 2}, "", 0, 2, 650, {1, 2, 3, 4, 9}, 1, true}};
+    const std::vector<AppRecord> records{
+        {{0x01100f3a, 1}, "demo", 0, 1, 600, {1, 2, 3, 4, 5}, 1, false, MessageCounts{10, 2, 1234, 9, 1, 0}},
+        {{0x01100f3a, 2}, "", 0, 2, 650, {1, 2, 3, 4, 9}, 1, true, std::nullopt}};
     EXPECT_EQ(renderAppsTable(records),
-              "HOST:APP           KIND  STATE                  LEVEL  PLATFORM  COMMUNICATION  DATABASE      "
+              "HOST:APP           KIND  STATE                  LEVEL  DROPPED  PLATFORM  COMMUNICATION  DATABASE      "
               "ENTITIES       API         FORMAT\n"
-              "01100f3a:00000001  demo  OPERATIONAL            INFO   ERROR     WARNING        STATUS_LOCAL  "
+              "01100f3a:00000001  demo  OPERATIONAL            INFO   1234     ERROR     WARNING        STATUS_LOCAL  "
               "STATUS_REMOTE  STATUS_ALL  TIMESTAMPED\n"
-              "01100f3a:00000002  -     NONOPERATIONAL (gone)  650    ERROR     WARNING        STATUS_LOCAL  "
+              "01100f3a:00000002  -     NONOPERATIONAL (gone)  650    -        ERROR     WARNING        STATUS_LOCAL  "
               "STATUS_REMOTE  9           TIMESTAMPED\n");
+    EXPECT_TRUE(renderAppJson(records[0])
+                    .ends_with(",\"counts\":{\"accepted\":10,\"refused\":2,\"dropped\":1234,\"published\":9,\"failed\":"
+                               "1,\"discarded\":0}}\n"));
+    EXPECT_TRUE(renderAppJson(records[1]).ends_with(",\"counts\":null}\n")) << "a logger that publishes no counts";
 }
 
 // Each filter option alone and together is run end to end by the tail

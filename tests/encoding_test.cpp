@@ -141,6 +141,33 @@ TEST(HandDerivedBytes, EveryTopicTypeTheCommandInEachBranchAndAPlainStruct) {
                        .sentinel()
                        .bytes);
 
+        // A count aligns to 8 from the origin: after the first, each header
+        // leaves the value 4 bytes short of it, padding counted in the length.
+        expectWire(Filled<QTV_VX_ADMIN_Statistics>().sample, bigEndian,
+                   list()
+                       .pid(0, 8)
+                       .i32(11)
+                       .i32(12)
+                       .pid(1, 8)
+                       .u64(0x0000000100000002ull)  // accepted at 16
+                       .pid(2, 12)
+                       .pad(4)
+                       .u64(0x0000000300000004ull)
+                       .pid(3, 12)
+                       .pad(4)
+                       .u64(0x0000000500000006ull)
+                       .pid(4, 12)
+                       .pad(4)
+                       .u64(0x0000000700000008ull)
+                       .pid(5, 12)
+                       .pad(4)
+                       .u64(0x000000090000000Aull)
+                       .pid(6, 12)
+                       .pad(4)
+                       .u64(0x0000000B0000000Cull)
+                       .sentinel()
+                       .bytes);
+
         QTV_VX_HostAndAppId id;
         fill(id);
         const unsigned plainCdr = bigEndian ? 0 : 1;
@@ -155,7 +182,7 @@ class RoundTrip : public ::testing::Test {};
 // The enumerations share one code path; StateKind stands for them all.
 using AllTypes = ::testing::Types<QTV_VX_HostAndAppId, QTV_VX_LogMessage, QTV_VX_ADMIN_QTVLoggerCategoryAndVerbosity,
                                   QTV_VX_ADMIN_StateKind, QTV_VX_ADMIN_State, QTV_VX_ADMIN_Command,
-                                  QTV_VX_ADMIN_CommandRequest, QTV_VX_ADMIN_CommandResponse>;
+                                  QTV_VX_ADMIN_CommandRequest, QTV_VX_ADMIN_CommandResponse, QTV_VX_ADMIN_Statistics>;
 TYPED_TEST_SUITE(RoundTrip, AllTypes);
 
 TYPED_TEST(RoundTrip, EveryEncapsulationReadsBackSizesAndSkipsExactly) {
@@ -447,6 +474,7 @@ TEST(SerializedSizes, MaximaAndMinimaComeOutOfTheTypeCodes) {
     EXPECT_EQ(sizesOf<QTV_VX_ADMIN_Command>(), (Sizes{84, 88, 28, 32}));
     EXPECT_EQ(sizesOf<QTV_VX_ADMIN_CommandRequest>(), (Sizes{164, 168, 92, 96}));
     EXPECT_EQ(sizesOf<QTV_VX_ADMIN_CommandResponse>(), (Sizes{2152, 2156, 80, 84}));
+    EXPECT_EQ(sizesOf<QTV_VX_ADMIN_Statistics>(), (Sizes{172, 176, 116, 120}));
     EXPECT_EQ(sizesOf<QTV_VX_HostAndAppId>(), (Sizes{8, 12, 8, 12}));
 }
 

@@ -49,6 +49,7 @@ VEXAR_BEGIN_DECLS
 #define QTV_VX_ADMIN_CommandRequestTYPENAME "QTV::VX::ADMIN::CommandRequest"
 #define QTV_VX_ADMIN_CommandResultTYPENAME "QTV::VX::ADMIN::CommandResult"
 #define QTV_VX_ADMIN_CommandResponseTYPENAME "QTV::VX::ADMIN::CommandResponse"
+#define QTV_VX_ADMIN_StatisticsTYPENAME "QTV::VX::ADMIN::Statistics"
 
 /* ---- Bounds: characters of a string (its buffer holds one more byte for
  * the NUL), elements of an array or a sequence. ---- */
@@ -177,11 +178,25 @@ typedef struct QTV_VX_ADMIN_CommandResponse {
     char *message; /* at most 2048 characters */
 } QTV_VX_ADMIN_CommandResponse;
 
+/* What became of the messages that one application logged, counted since
+ * its process started (QTV_VX_Vexar_getStatistics gives the same figures
+ * in the process); keyed by application. */
+typedef struct QTV_VX_ADMIN_Statistics {
+    QTV_VX_HostAndAppId hostAndAppId; /* key */
+    DDS_UnsignedLongLong accepted;
+    DDS_UnsignedLongLong refused;
+    DDS_UnsignedLongLong dropped;
+    DDS_UnsignedLongLong published;
+    DDS_UnsignedLongLong failed;
+    DDS_UnsignedLongLong discarded;
+} QTV_VX_ADMIN_Statistics;
+
 /* Key holders: the keyed types themselves; only their key members matter. */
 typedef QTV_VX_HostAndAppId QTV_VX_HostAndAppIdKeyHolder;
 typedef QTV_VX_LogMessage QTV_VX_LogMessageKeyHolder;
 typedef QTV_VX_ADMIN_State QTV_VX_ADMIN_StateKeyHolder;
 typedef QTV_VX_ADMIN_CommandResponse QTV_VX_ADMIN_CommandResponseKeyHolder;
+typedef QTV_VX_ADMIN_Statistics QTV_VX_ADMIN_StatisticsKeyHolder;
 
 /* The discriminator of a freshly initialized command: QTV_VX_SET_LOG_LEVEL. */
 VEXAR_API QTV_VX_ADMIN_CommandKind QTV_VX_ADMIN_Command_getDefaultDiscriminator(void);
@@ -213,6 +228,7 @@ QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_Command);
 QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_CommandRequest);
 QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_CommandResult);
 QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_CommandResponse);
+QTV_VX_DECLARE_SAMPLE_OPERATIONS(QTV_VX_ADMIN_Statistics);
 
 /* ---- The sequence of every type (platform/types/sequence.h). ---- */
 
@@ -230,6 +246,7 @@ OBLX_SEQUENCE_DECLARE(QTV_VX_ADMIN_CommandSeq, QTV_VX_ADMIN_Command);
 OBLX_SEQUENCE_DECLARE(QTV_VX_ADMIN_CommandRequestSeq, QTV_VX_ADMIN_CommandRequest);
 OBLX_SEQUENCE_DECLARE(QTV_VX_ADMIN_CommandResultSeq, QTV_VX_ADMIN_CommandResult);
 OBLX_SEQUENCE_DECLARE(QTV_VX_ADMIN_CommandResponseSeq, QTV_VX_ADMIN_CommandResponse);
+OBLX_SEQUENCE_DECLARE(QTV_VX_ADMIN_StatisticsSeq, QTV_VX_ADMIN_Statistics);
 
 VEXAR_END_DECLS
 

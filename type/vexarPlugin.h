@@ -2,7 +2,8 @@
  * from CDR, serialized sizes, and keys.
  *
  * Every type has the same family, named <Type>Plugin_<operation>. Mutable
- * types (LogMessage, State, Command, CommandRequest, CommandResponse) are
+ * types (LogMessage, State, Command, CommandRequest, CommandResponse,
+ * Statistics) are
  * encoded as parameter lists (PL_CDR), the others as plain CDR. Serializers
  * and readers return DDS_BOOLEAN_TRUE on success and FALSE at the first
  * failure (no room, a bad encapsulation identifier, a string or sequence
@@ -124,11 +125,12 @@ QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_Command);
 QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_CommandRequest);
 QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_CommandResult);
 QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_CommandResponse);
+QTV_VX_DECLARE_PLUGIN_OPERATIONS(QTV_VX_ADMIN_Statistics);
 
 /* ---- Plugin records of the topic types --------------------------------
  *
- * The four topic types (LogMessage, State, CommandRequest, CommandResponse)
- * also have a plugin record (platform/plugin/type_plugin.h) and the functions that
+ * The five topic types (LogMessage, State, CommandRequest, CommandResponse,
+ * Statistics) also have a plugin record (platform/plugin/type_plugin.h) and the functions that
  * fill it. A key holder is a sample of the same type.
  *
  *   <Type>PluginSupport_create_data_w_params(params), _create_data_ex(allocate_pointers), _create_data()
@@ -188,6 +190,7 @@ QTV_VX_DECLARE_PLUGIN_RECORD(QTV_VX_LogMessage);
 QTV_VX_DECLARE_PLUGIN_RECORD(QTV_VX_ADMIN_State);
 QTV_VX_DECLARE_PLUGIN_RECORD(QTV_VX_ADMIN_CommandRequest);
 QTV_VX_DECLARE_PLUGIN_RECORD(QTV_VX_ADMIN_CommandResponse);
+QTV_VX_DECLARE_PLUGIN_RECORD(QTV_VX_ADMIN_Statistics);
 
 VEXAR_END_DECLS
 

@@ -1,4 +1,4 @@
-// The plugin records of the four topic types: one generic implementation
+// The plugin records of the five topic types: one generic implementation
 // (platform/plugin/type_plugin_record.hpp) instantiated per type.
 #include "platform/plugin/type_plugin_record.hpp"
 #include "type/vexarPlugin.h"
@@ -7,3 +7,4 @@ VEXAR_DEFINE_PLUGIN_RECORD(QTV_VX_LogMessage)
 VEXAR_DEFINE_PLUGIN_RECORD(QTV_VX_ADMIN_State)
 VEXAR_DEFINE_PLUGIN_RECORD(QTV_VX_ADMIN_CommandRequest)
 VEXAR_DEFINE_PLUGIN_RECORD(QTV_VX_ADMIN_CommandResponse)
+VEXAR_DEFINE_PLUGIN_RECORD(QTV_VX_ADMIN_Statistics)

@@ -1,5 +1,5 @@
-/* Type support and typed endpoints of the four topic types: LogMessage,
- * State, CommandRequest and CommandResponse.
+/* Type support and typed endpoints of the five topic types: LogMessage,
+ * State, CommandRequest, CommandResponse and Statistics.
  *
  * Each type has the same three families, told once here and declared per
  * type by one macro each.
@@ -217,6 +217,7 @@ QTV_VX_DECLARE_TOPIC_TYPE_SUPPORT(QTV_VX_LogMessage);
 QTV_VX_DECLARE_TOPIC_TYPE_SUPPORT(QTV_VX_ADMIN_State);
 QTV_VX_DECLARE_TOPIC_TYPE_SUPPORT(QTV_VX_ADMIN_CommandRequest);
 QTV_VX_DECLARE_TOPIC_TYPE_SUPPORT(QTV_VX_ADMIN_CommandResponse);
+QTV_VX_DECLARE_TOPIC_TYPE_SUPPORT(QTV_VX_ADMIN_Statistics);
 
 VEXAR_END_DECLS
 

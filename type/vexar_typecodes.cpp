@@ -152,6 +152,20 @@ constexpr MemberRow kCommandResponseMembers[] = {
 constexpr TypeDescription kCommandResponse = structType<QTV_VX_ADMIN_CommandResponse>(
     QTV_VX_ADMIN_CommandResponseTYPENAME, Extensibility::mutable_, kCommandResponseMembers);
 
+// QTV::VX::ADMIN::Statistics: mutable, so that counts added later leave
+// older readers able to read it.
+constexpr MemberRow kStatisticsMembers[] = {
+    key(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, hostAndAppId), QTV_VX_HostAndAppId_get_typecode),
+    field(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, accepted), unsignedLongLongCode),
+    field(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, refused), unsignedLongLongCode),
+    field(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, dropped), unsignedLongLongCode),
+    field(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, published), unsignedLongLongCode),
+    field(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, failed), unsignedLongLongCode),
+    field(VEXAR_TC_MEMBER(QTV_VX_ADMIN_Statistics, discarded), unsignedLongLongCode),
+};
+constexpr TypeDescription kStatistics =
+    structType<QTV_VX_ADMIN_Statistics>(QTV_VX_ADMIN_StatisticsTYPENAME, Extensibility::mutable_, kStatisticsMembers);
+
 }  // namespace
 
 #define VEXAR_DEFINE_GET_TYPECODE(Type, description) \
@@ -170,6 +184,7 @@ VEXAR_DEFINE_GET_TYPECODE(QTV_VX_ADMIN_Command, kCommand)
 VEXAR_DEFINE_GET_TYPECODE(QTV_VX_ADMIN_CommandRequest, kCommandRequest)
 VEXAR_DEFINE_GET_TYPECODE(QTV_VX_ADMIN_CommandResult, kCommandResult)
 VEXAR_DEFINE_GET_TYPECODE(QTV_VX_ADMIN_CommandResponse, kCommandResponse)
+VEXAR_DEFINE_GET_TYPECODE(QTV_VX_ADMIN_Statistics, kStatistics)
 
 extern "C" QTV_VX_ADMIN_CommandKind QTV_VX_ADMIN_Command_getDefaultDiscriminator(void) {
     const DDS_TypeCode *command = QTV_VX_ADMIN_Command_get_typecode();

@@ -18,12 +18,14 @@
 #include "vexar/QosLibrary.h"
 #include "vexar/admin_state.hpp"
 #include "vexar/report_line.hpp"
+#include "vexar/scoped_qos.hpp"
 
 namespace {
 
 using vexar::present;
 using vexar::reportError;
 using vexar::reportWarning;
+using vexar::ScopedQos;
 
 constexpr const char *kCreate = "QTV_VX_DDSEntities_create";
 constexpr const char *kDelete = "QTV_VX_DDSEntities_deleteContainedEntities";
@@ -81,13 +83,6 @@ constexpr WriterPlan kStateWriter{QTV_VX_STATE_TOPIC_NAME, "Unable to get QoS of
 constexpr WriterPlan kCommandResponseWriter{QTV_VX_COMMAND_RESPONSE_TOPIC_NAME,
                                             "Unable to get QoS for CommandResponse DataWriter",
                                             "Unable to create CommandResponse DataWriter"};
-
-// A QoS record that frees what it owns when it goes, whatever happened.
-template <typename Qos, DDS_ReturnCode_t (*finalize)(Qos *)>
-struct ScopedQos {
-    Qos value;
-    ~ScopedQos() { finalize(&value); }
-};
 
 bool fail(const char *text) noexcept {
     reportError(text, kCreate);

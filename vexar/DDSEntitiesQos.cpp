@@ -6,6 +6,7 @@
 
 #include "platform/runtime/dds_string.h"
 #include "vexar/DDSEntities.h"
+#include "vexar/Statistics.h"
 #include "vexar/report_line.hpp"
 
 namespace {
@@ -30,6 +31,7 @@ constexpr TopicRule kTopicRules[] = {
     {QTV_VX_STATE_TOPIC_NAME, true, 1, 0},
     {QTV_VX_COMMAND_REQUEST_TOPIC_NAME, false, 0, 10},
     {QTV_VX_COMMAND_RESPONSE_TOPIC_NAME, false, 10, 0},
+    {QTV_VX_STATISTICS_TOPIC_NAME, true, 1, 0},
 };
 
 const TopicRule *topicRuleFor(const char *topicName) noexcept {

@@ -9,6 +9,7 @@
 #include "vexar/logger_core.hpp"
 #include "vexar/message_counts.hpp"
 #include "vexar/report_line.hpp"
+#include "vexar/statistics_topic.hpp"
 
 namespace {
 
@@ -55,20 +56,41 @@ void flushWrites(LogMessageWriteThread &self) noexcept {
     }
 }
 
+// The published statistics are looked at on every idle turn and, while the
+// queue stays busy, after every so many messages: a clock read for each
+// message would cost the write thread more than the look is worth.
+class StatisticsLooks {
+public:
+    void afterMessage() noexcept {
+        if (++sinceLook_ == kMessagesBetweenLooks) now();
+    }
+    void now() noexcept {
+        sinceLook_ = 0;
+        vexar::publishStatisticsWhenDue();
+    }
+
+private:
+    static constexpr unsigned kMessagesBetweenLooks = 256;
+    unsigned sinceLook_ = 0;
+};
+
 // Publishes queued messages one after the other and flushes once the queue
 // is empty, before waiting a turn for the next message.
 void drainUntilStopped(LogMessageWriteThread &self) noexcept {
     bool unflushed = false;
+    StatisticsLooks statistics;
     while (vexar::shared(self.shouldRun).load() == 1) {
         const QTV_VX_LogMessagePlusTime *head = QTV_VX_MessageQueue_front(self.q, &kNoWait);
         if (head == nullptr) {
             if (unflushed) flushWrites(self);
             unflushed = false;
+            statistics.now();
             head = QTV_VX_MessageQueue_front(self.q, &kTurn);
         }
         if (head != nullptr) {
             publishHead(self, *head);
             unflushed = true;
+            statistics.afterMessage();
         }
     }
     if (unflushed) flushWrites(self);

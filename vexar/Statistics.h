@@ -7,7 +7,13 @@
  * has had, and only grow. Reading them takes a lock that logging calls do
  * not take; while messages flow they are a snapshot. A message published is
  * handed to the middleware: whether each subscriber got it is the
- * subscriber's to tell (QTV_VX_Vexar_flush waits for the reliable ones). */
+ * subscriber's to tell (QTV_VX_Vexar_flush waits for the reliable ones).
+ *
+ * A running logger also publishes these figures for remote tools, as a
+ * QTV_VX_ADMIN_Statistics sample keyed by its application on the topic
+ * below (reliable, transient-local, the last sample per application): at
+ * most once a second when a figure changed, and once more when it is
+ * finalized. */
 #ifndef VEXAR_VEXAR_STATISTICS_H
 #define VEXAR_VEXAR_STATISTICS_H
 
@@ -15,6 +21,10 @@
 #include "platform/export.h"
 
 VEXAR_BEGIN_DECLS
+
+/* The topic of the published figures and the type name registered for it. */
+#define QTV_VX_STATISTICS_TOPIC_NAME "qtv/vexar/administration/statistics"
+#define QTV_VX_STATISTICS_REGISTERED_TYPE_NAME "com::qtv::vx::admin::Statistics"
 
 typedef struct QTV_VX_Statistics {
     DDS_UnsignedLongLong accepted;  /* calls whose message was copied into a queue */

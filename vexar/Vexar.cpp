@@ -9,6 +9,7 @@
 #include "vexar/admin_state.hpp"
 #include "vexar/logger_core.hpp"
 #include "vexar/report_line.hpp"
+#include "vexar/statistics_topic.hpp"
 
 extern "C" {
 QTV_VX_Vexar *QTV_VX_Vexar_instance = nullptr;
@@ -121,6 +122,7 @@ QTV_VX_Vexar *build(QTV_VX_Vexar *self) noexcept {
     describeInState(*self);
     self->_ddsEntities = QTV_VX_DDSEntities_create(self);
     if (self->_ddsEntities == nullptr) return failCreation(self, "Unable to create DDSEntities");
+    vexar::startPublishingStatistics(*self);
     if (!listenForCommands(*self)) return failCreation(self, "Unable to set listener for CommandRequests");
     self->logMessageWriteThread =
         LogMessageWriteThread_create(QTV_VX_DDSEntities_getLogMessageWriter(self->_ddsEntities),
@@ -236,6 +238,8 @@ QTV_VX_Vexar *QTV_VX_Vexar_destroy(QTV_VX_Vexar *self) {
     LogMessageWriteThread_delete(self->logMessageWriteThread);
     self->logMessageWriteThread = nullptr;
     self->q = nullptr;
+    // Now that nothing is queued any more, the counts are final.
+    vexar::stopPublishingStatistics();
     QTV_VX_DDSEntities_destroy(self->_ddsEntities);
     self->_ddsEntities = nullptr;
     OBLX_Clock_delete(self->clock);

@@ -1,11 +1,12 @@
 // The C operations of each topic type gathered under one template, so that
-// C++ code written once for all four types (the command-line tool, tests,
+// C++ code written once for all five types (the command-line tool, tests,
 // benchmarks) calls the right typed functions. Internal: not installed.
 #pragma once
 
 #include "type/vexarPlugin.h"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
+#include "vexar/Statistics.h"
 
 namespace vexar {
 
@@ -48,6 +49,7 @@ VEXAR_TOPIC_TRAITS(QTV_VX_ADMIN_CommandRequest, QTV_VX_COMMAND_REQUEST_TOPIC_NAM
                    QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME);
 VEXAR_TOPIC_TRAITS(QTV_VX_ADMIN_CommandResponse, QTV_VX_COMMAND_RESPONSE_TOPIC_NAME,
                    QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME);
+VEXAR_TOPIC_TRAITS(QTV_VX_ADMIN_Statistics, QTV_VX_STATISTICS_TOPIC_NAME, QTV_VX_STATISTICS_REGISTERED_TYPE_NAME);
 
 #undef VEXAR_TOPIC_TRAITS
 

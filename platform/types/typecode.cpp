@@ -18,12 +18,17 @@ Field memberField(const DDS_TypeCode *self, DDS_UnsignedLong index, Field DDS_Ty
     return member == nullptr ? fallback : member->*field;
 }
 
+constexpr DDS_TypeCode primitiveCode(DDS_TCKind kind, const char *name, size_t size) noexcept {
+    return {kind, name, 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX, size, nullptr};
+}
+
 }  // namespace
 
 extern "C" {
 
-const DDS_TypeCode DDS_g_tc_long = {
-    DDS_TK_LONG, "long", 0, nullptr, 0, 0, nullptr, nullptr, DDS_TYPECODE_NO_DEFAULT_INDEX, sizeof(DDS_Long), nullptr};
+const DDS_TypeCode DDS_g_tc_long = primitiveCode(DDS_TK_LONG, "long", sizeof(DDS_Long));
+const DDS_TypeCode DDS_g_tc_ulonglong =
+    primitiveCode(DDS_TK_ULONGLONG, "unsigned long long", sizeof(DDS_UnsignedLongLong));
 
 DDS_TCKind DDS_TypeCode_kind(const DDS_TypeCode *self) {
     return self == nullptr ? DDS_TK_NULL : static_cast<DDS_TCKind>(self->kind & DDS_TK_KIND_MASK);

@@ -142,8 +142,9 @@ struct DDS_TypeCode {
     const DDS_TypeCodeSequenceOps *sequence_ops;
 };
 
-/* The built-in code of a signed 32-bit integer. */
+/* The built-in codes of a signed 32-bit and an unsigned 64-bit integer. */
 VEXAR_API extern const DDS_TypeCode DDS_g_tc_long;
+VEXAR_API extern const DDS_TypeCode DDS_g_tc_ulonglong;
 
 /* Read accessors. None of them checks its arguments beyond what it says:
  * a null type code gives DDS_TK_NULL, 0 or null; a member index out of

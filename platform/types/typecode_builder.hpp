@@ -145,6 +145,7 @@ private:
 };
 
 inline const DDS_TypeCode *longCode() noexcept { return &DDS_g_tc_long; }
+inline const DDS_TypeCode *unsignedLongLongCode() noexcept { return &DDS_g_tc_ulonglong; }
 
 // The anonymous code of a string of at most Bound characters.
 template <DDS_UnsignedLong Bound>

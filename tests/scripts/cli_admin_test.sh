@@ -1,6 +1,6 @@
 # vexar apps and set-level / set-verbosity / set-format against demo
-# applications in other processes: the States listed, each command's exit
-# status and the State changing accordingly.
+# applications in other processes: the States and message counts listed,
+# each command's exit status and the State changing accordingly.
 DOMAIN=130
 source "$(dirname "$0")/cli_support.sh"
 OUT=$WORK/admin
@@ -16,9 +16,30 @@ command() { run_vexar "$OUT" "$@" --domain "$DOMAIN" --timeout 20; }
 
 apps
 expect_rc 0 "apps"
-expect_grep '^HOST:APP +KIND +STATE +LEVEL +PLATFORM +COMMUNICATION +DATABASE +ENTITIES +API +FORMAT$' "$OUT" "apps header"
-expect_grep "^$ALPHA +alpha +OPERATIONAL +INFO +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" "alpha's State"
-expect_grep "^$BETA +beta +OPERATIONAL +INFO +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" "beta's State"
+expect_grep '^HOST:APP +KIND +STATE +LEVEL +DROPPED +PLATFORM +COMMUNICATION +DATABASE +ENTITIES +API +FORMAT$' "$OUT" \
+  "apps header"
+expect_grep "^$ALPHA +alpha +OPERATIONAL +INFO +0 +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" "alpha's State"
+expect_grep "^$BETA +beta +OPERATIONAL +INFO +0 +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" "beta's State"
+
+# A burst into a queue of one: apps shows what the demo's own statistics
+# counted dropped, once its logger has published them (within a second).
+start_demo delta --kind delta --rate 5 --queue 1 --burst 2000 --duration 120
+DELTA=$DEMO_ID
+for tries in $(seq 100); do
+  DROPPED=$(sed -nE "s/^demo $DELTA: burst of 2000 messages, ([0-9]+) dropped by the full queue$/\1/p" \
+    "$WORK/delta.out")
+  [[ -n $DROPPED ]] && break
+  sleep 0.1
+done
+[[ ${DROPPED:-0} -gt 0 ]] || { cat "$WORK/delta.out" >&2; fail "the burst was not dropped in part"; }
+for tries in $(seq 5); do
+  state_of "$DELTA"
+  grep -Eq "\"counts\":\{\"accepted\":[0-9]+,\"refused\":[0-9]+,\"dropped\":$DROPPED," "$OUT.one" && break
+done
+expect_grep "\"counts\":\{\"accepted\":[0-9]+,\"refused\":[0-9]+,\"dropped\":$DROPPED,\"published\":[0-9]+,\"failed\":0,\"discarded\":0\}\}$" \
+  "$OUT.one" "delta's counts"
+apps
+expect_grep "^$DELTA +delta +OPERATIONAL +INFO +$DROPPED +ERROR " "$OUT" "delta's DROPPED"
 
 # set-level by kind and by HOST:APP, names in any case or as numbers.
 command set-level alpha debug
@@ -51,7 +72,7 @@ expect_rc 0 "set-format"
 state_of "$ALPHA"
 expect_grep '"printFormat":"MAXIMAL"' "$OUT.one" "alpha's print format"
 apps
-expect_grep "^$ALPHA +alpha +OPERATIONAL +DEBUG +WARNING +WARNING +WARNING +WARNING +WARNING +MAXIMAL$" "$OUT" \
+expect_grep "^$ALPHA +alpha +OPERATIONAL +DEBUG +0 +WARNING +WARNING +WARNING +WARNING +WARNING +MAXIMAL$" "$OUT" \
   "alpha's row after the commands"
 
 # Nobody answers: exit 3.

@@ -29,6 +29,7 @@ public:
     WireBytes &encapsulation(unsigned id) { return octets({id >> 8, id & 0xFFu, 0, 0}); }
     WireBytes &u32(std::uint32_t v) { return put(v, 4); }
     WireBytes &i32(std::int32_t v) { return put(static_cast<std::uint32_t>(v), 4); }
+    WireBytes &u64(std::uint64_t v) { return put(v, 8); }
     // A short parameter header.
     WireBytes &pid(std::uint16_t id, std::uint16_t length) { return put(id, 2).put(length, 2); }
     WireBytes &sentinel() { return pid(0x7F02, 0); }
@@ -51,7 +52,7 @@ public:
     Bytes bytes;
 
 private:
-    WireBytes &put(std::uint32_t v, int size) {
+    WireBytes &put(std::uint64_t v, int size) {
         for (int i = 0; i < size; ++i) {
             int shift = bigEndian_ ? 8 * (size - 1 - i) : 8 * i;
             bytes.push_back(static_cast<unsigned char>(v >> shift));
@@ -90,6 +91,7 @@ VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_State);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_Command);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_CommandRequest);
 VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_CommandResponse);
+VEXAR_TEST_PLUGIN(QTV_VX_ADMIN_Statistics);
 
 // An initialized sample that finalizes itself.
 template <typename T>
@@ -157,6 +159,16 @@ inline void fill(QTV_VX_ADMIN_CommandResponse &s) {
     s.invocation = 42;
     s.commandResult = QTV_VX_COMMAND_RESULT_NOT_SUPPORTED;
     setText(s.message, "no such category");
+}
+// Counts past 32 bits, each with its own high and low words.
+inline void fill(QTV_VX_ADMIN_Statistics &s) {
+    s.hostAndAppId = {11, 12};
+    s.accepted = 0x0000000100000002ull;
+    s.refused = 0x0000000300000004ull;
+    s.dropped = 0x0000000500000006ull;
+    s.published = 0x0000000700000008ull;
+    s.failed = 0x000000090000000Aull;
+    s.discarded = 0x0000000B0000000Cull;
 }
 
 // An owned sample holding the test values.

@@ -1,4 +1,5 @@
-// vexar apps: the loggers of the domain, from their State samples.
+// vexar apps: the loggers of the domain, from their State samples and their
+// published message counts.
 #include <unistd.h>
 
 #include <cstdio>
@@ -18,9 +19,29 @@ constexpr OptionDescription kAppsOptions[] = {
 
 constexpr std::string_view kAppsDetails =
     "Lists host and application id, application kind, life-cycle state, filter level,\n"
-    "the middleware logger's verbosity per category and its print format. A logger that\n"
-    "went away (its State disposed or its writer lost) is marked \"(gone)\".\n"
+    "messages dropped by a full queue, the middleware logger's verbosity per category\n"
+    "and its print format. A logger that went away (its State disposed or its writer\n"
+    "lost) is marked \"(gone)\". DROPPED and the other counts (--json) are what the\n"
+    "logger's process counted since it started, as its logger last published them\n"
+    "(at most once a second); \"-\" (null) for a logger that publishes none.\n"
     "Without --watch the list is printed once the States have stopped arriving.";
+
+// The loggers' States and, beside them, their published message counts.
+struct AppsWatch {
+    explicit AppsWatch(std::int32_t domainId)
+        : domain(domainId), counts(domain.session, stateReaderQos(), domain.signal) {}
+
+    // Takes what arrived; true when a listed logger changed.
+    bool update() {
+        bool states = domain.updateApps();
+        bool changedCounts = domain.apps.update(counts);
+        return states || changedCounts;
+    }
+    const AppDirectory &apps() const { return domain.apps; }
+
+    DomainWatch domain;
+    Reader<QTV_VX_ADMIN_Statistics> counts;
+};
 
 constexpr auto kFirstLook = std::chrono::milliseconds(1000);
 constexpr auto kQuietPeriod = std::chrono::milliseconds(500);
@@ -57,41 +78,41 @@ void redraw(const std::vector<AppRecord> &records, std::int32_t domain) {
     std::fputs(records.empty() ? "(no loggers seen yet)\n" : renderAppsTable(records).c_str(), stdout);
 }
 
-int listOnce(DomainWatch &watch, const ParsedArguments &arguments, std::int32_t domain) {
+int listOnce(AppsWatch &watch, const ParsedArguments &arguments, std::int32_t domain) {
     Clock::time_point start = Clock::now();
     Clock::time_point deadline = deadlineAfter(arguments.seconds("timeout", 3));
     Clock::time_point lastChange = start;
     for (;;) {
         Clock::time_point now = Clock::now();
-        if (watch.updateApps()) lastChange = now;
+        if (watch.update()) lastChange = now;
         bool settled = now - start >= kFirstLook && now - lastChange >= kQuietPeriod;
         if (settled || now >= deadline || stopRequested()) break;
-        watch.signal.waitUntil(deadline);
+        watch.domain.signal.waitUntil(deadline);
     }
-    std::vector<AppRecord> records = recordsOf(watch.apps);
+    std::vector<AppRecord> records = recordsOf(watch.apps());
     if (arguments.has("json")) printJson(records);
     else printTable(records, domain);
     return 0;
 }
 
-int keepWatching(DomainWatch &watch, const ParsedArguments &arguments, std::int32_t domain) {
+int keepWatching(AppsWatch &watch, const ParsedArguments &arguments, std::int32_t domain) {
     Clock::time_point deadline = deadlineAfter(arguments.seconds("timeout", 0));
     bool json = arguments.has("json");
     if (!json) redraw({}, domain);
     while (!stopRequested() && Clock::now() < deadline) {
-        AppDirectory before = watch.apps;
-        if (watch.updateApps()) {
+        AppDirectory before = watch.apps();
+        if (watch.update()) {
             if (json) {
-                for (const auto &[id, record] : watch.apps.records()) {
+                for (const auto &[id, record] : watch.apps().records()) {
                     const AppRecord *old = before.find(id);
                     if (old == nullptr || *old != record) printJson({record});
                 }
             } else {
-                redraw(recordsOf(watch.apps), domain);
+                redraw(recordsOf(watch.apps()), domain);
             }
             std::fflush(stdout);
         }
-        watch.signal.waitUntil(deadline);
+        watch.domain.signal.waitUntil(deadline);
     }
     return 0;
 }
@@ -104,7 +125,7 @@ const CommandDescription kAppsCommand{
 int runApps(const ParsedArguments &arguments) {
     std::int32_t domain = arguments.domain();
     arguments.seconds("timeout", 0);  // checked before DDS starts
-    DomainWatch watch(domain);
+    AppsWatch watch(domain);
     return arguments.has("watch") ? keepWatching(watch, arguments, domain) : listOnce(watch, arguments, domain);
 }
 

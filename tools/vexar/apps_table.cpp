@@ -17,7 +17,7 @@ std::string stateText(const AppRecord &record) {
 }
 
 Row headerRow() {
-    Row row{"HOST:APP", "KIND", "STATE", "LEVEL"};
+    Row row{"HOST:APP", "KIND", "STATE", "LEVEL", "DROPPED"};
     for (std::int32_t category = 0; category < QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH; ++category) {
         row.emplace_back(nameOf(kCategoryNames, category));
     }
@@ -29,10 +29,31 @@ Row recordRow(const AppRecord &record) {
     std::string kind;
     appendPrintable(kind, record.kind);
     Row row{formatAppId(record.id), kind.empty() ? "-" : kind, stateText(record),
-            nameOrNumber(kLevelNames, record.filterLevel)};
+            nameOrNumber(kLevelNames, record.filterLevel),
+            record.counts ? std::to_string(record.counts->dropped) : std::string("-")};
     for (std::int32_t verbosity : record.verbosities) row.push_back(nameOrNumber(kVerbosityNames, verbosity));
     row.push_back(nameOrNumber(kPrintFormatNames, record.printFormat));
     return row;
+}
+
+void appendCountsJson(std::string &out, const std::optional<MessageCounts> &counts) {
+    if (!counts) {
+        out += "null";
+        return;
+    }
+    const std::pair<const char *, std::uint64_t> fields[] = {
+        {"accepted", counts->accepted},   {"refused", counts->refused}, {"dropped", counts->dropped},
+        {"published", counts->published}, {"failed", counts->failed},   {"discarded", counts->discarded}};
+    char separator = '{';
+    for (const auto &[name, value] : fields) {
+        out += separator;
+        out += '"';
+        out += name;
+        out += "\":";
+        out += std::to_string(value);
+        separator = ',';
+    }
+    out += '}';
 }
 
 void appendRow(std::string &out, const Row &row, const std::vector<std::size_t> &widths) {
@@ -45,6 +66,11 @@ void appendRow(std::string &out, const Row &row, const std::vector<std::size_t> 
 }
 
 }  // namespace
+
+MessageCounts MessageCounts::fromStatistics(const QTV_VX_ADMIN_Statistics &statistics) {
+    return {statistics.accepted,  statistics.refused, statistics.dropped,
+            statistics.published, statistics.failed,  statistics.discarded};
+}
 
 AppRecord AppRecord::fromState(const QTV_VX_ADMIN_State &state) {
     AppRecord record;
@@ -93,6 +119,8 @@ std::string renderAppJson(const AppRecord &record) {
     }
     out += "},\"printFormat\":";
     appendJsonString(out, nameOrNumber(kPrintFormatNames, record.printFormat));
+    out += ",\"counts\":";
+    appendCountsJson(out, record.counts);
     out += "}\n";
     return out;
 }

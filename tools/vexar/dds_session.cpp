@@ -159,11 +159,29 @@ bool AppDirectory::update(Reader<QTV_VX_ADMIN_State> &states) {
             if (info->valid_data) {
                 AppRecord record = AppRecord::fromState(*state);
                 record.gone = gone;
+                if (auto counts = counts_.find(record.id); counts != counts_.end()) record.counts = counts->second;
                 records_[record.id] = std::move(record);
                 changed = true;
             } else if (auto known = records_.find(appIdOf(state->hostAndAppId)); known != records_.end() && gone) {
                 changed = changed || !known->second.gone;
                 known->second.gone = true;
+            }
+        }
+    });
+    return changed;
+}
+
+bool AppDirectory::update(Reader<QTV_VX_ADMIN_Statistics> &statistics) {
+    bool changed = false;
+    statistics.takeAll([&](const std::vector<Received<QTV_VX_ADMIN_Statistics>> &received) {
+        for (const auto &[sample, info] : received) {
+            if (!info->valid_data) continue;
+            AppId id = appIdOf(sample->hostAndAppId);
+            MessageCounts counts = MessageCounts::fromStatistics(*sample);
+            counts_[id] = counts;
+            if (auto known = records_.find(id); known != records_.end() && known->second.counts != counts) {
+                known->second.counts = counts;
+                changed = true;
             }
         }
     });

@@ -87,7 +87,8 @@ public:
 
 // QoS of the tool's endpoints, matching the logger's: logs and States are
 // reliable and transient-local (a late tool still gets each logger's
-// recent history); requests and responses are reliable. The log reader
+// recent history); requests and responses are reliable. Published counts
+// are read as States are: the last sample per application. The log reader
 // keeps every sample until taken, since each level of each application is
 // one instance and a short history would drop messages in a burst.
 DDS_DataReaderQos logReaderQos();
@@ -223,10 +224,15 @@ private:
 
 // The logger States seen so far, by application. A State instance that is
 // disposed or loses its writer marks its logger gone; a new State revives it.
+// Published message counts join the record of their application, whichever
+// of the two arrives first.
 class AppDirectory {
 public:
     // Takes what the State reader holds; true when anything changed.
     bool update(Reader<QTV_VX_ADMIN_State> &states);
+    // Takes what the statistics reader holds; true when a listed logger's
+    // counts changed.
+    bool update(Reader<QTV_VX_ADMIN_Statistics> &statistics);
     const std::map<AppId, AppRecord> &records() const { return records_; }
     // The application's kind, empty while no State named it.
     std::string_view kindOf(AppId id) const;
@@ -235,6 +241,7 @@ public:
 
 private:
     std::map<AppId, AppRecord> records_;
+    std::map<AppId, MessageCounts> counts_;
 };
 
 // What every command that watches a domain starts with: the middleware's

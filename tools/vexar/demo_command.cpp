@@ -13,6 +13,7 @@
 #include "usage_error.hpp"
 #include "platform/dds/domain_participant_factory.h"
 #include "vexar/QosLibrary.h"
+#include "vexar/Statistics.h"
 #include "vexar/Vexar.h"
 #include "xml_files.hpp"
 
@@ -25,6 +26,7 @@ constexpr OptionDescription kDemoOptions[] = {
     {"duration", "SECONDS", "stop after SECONDS (default: when interrupted)"},
     {"level", "LEVEL", "initial filter level (default INFO)"},
     {"queue", "N", "size of the logger's message queue (default 128)"},
+    {"burst", "N", "first log N messages at once, then say how many a full queue dropped"},
     {"echo", "", "echo every message on standard output too"},
     {"config", "FILE",
      "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
@@ -54,6 +56,7 @@ struct DemoSettings {
     double duration;
     std::int32_t filterLevel;
     std::int32_t queueSize;
+    std::int32_t burst;
     bool echo;
     std::int32_t domain;
     std::optional<std::string> configFile;
@@ -70,6 +73,7 @@ DemoSettings settingsFrom(const ParsedArguments &arguments) {
     settings.filterLevel = parseNameOrThrow(kLevelNames, arguments.value("level").value_or("INFO"));
     if (settings.filterLevel < 0) throw UsageError("bad level: a filter level is 0 or more");
     settings.queueSize = arguments.integer("queue", 128, 1, 1 << 20);
+    settings.burst = arguments.integer("burst", 0, 0, 1000000);
     settings.echo = arguments.has("echo");
     settings.domain = arguments.domain();
     settings.configFile = arguments.value("config");
@@ -200,6 +204,25 @@ private:
     QTV_VX_Vexar *logger_;
 };
 
+std::uint64_t droppedSoFar() {
+    QTV_VX_Statistics statistics{};
+    QTV_VX_Vexar_getStatistics(&statistics);
+    return statistics.dropped;
+}
+
+// Logs `count` messages without pause and says what the queue dropped of
+// them (each drop has its own warning line too). Flushed first, so that the
+// paced messages that follow find the queue empty.
+template <class Logger>
+void logBurst(Logger &logger, std::int32_t count, std::uint64_t &logged) {
+    const std::uint64_t droppedBefore = droppedSoFar();
+    for (std::int32_t i = 0; i < count; ++i) logger.log(logged++);
+    logger.flush();
+    std::printf("demo %s: burst of %d messages, %llu dropped by the full queue\n", formatAppId(logger.id()).c_str(),
+                count, static_cast<unsigned long long>(droppedSoFar() - droppedBefore));
+    std::fflush(stdout);
+}
+
 template <class Options>
 int runDemoWith(const DemoSettings &settings) {
     DemoLogger<Options> logger(settings);
@@ -208,14 +231,17 @@ int runDemoWith(const DemoSettings &settings) {
                 settings.duration > 0 ? "" : " until interrupted");
     std::fflush(stdout);
 
+    std::uint64_t logged = 0;
+    if (settings.burst > 0) logBurst(logger, settings.burst, logged);
     Clock::time_point start = Clock::now();
     auto elapsed = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
-    std::uint64_t logged = 0;
+    const std::uint64_t firstPaced = logged;
     while (!stopRequested() && (settings.duration <= 0 || elapsed() < settings.duration)) {
         logger.log(logged++);
         if (settings.rate > 0) {
-            std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(
-                                                      std::chrono::duration<double>(double(logged) / settings.rate)));
+            std::this_thread::sleep_until(
+                start + std::chrono::duration_cast<Clock::duration>(
+                            std::chrono::duration<double>(double(logged - firstPaced) / settings.rate)));
         }
     }
     const bool flushed = logger.flush();
