@@ -62,7 +62,7 @@ std::string listed(const std::vector<QueuedMessage> &messages) {
 }
 
 TEST(LoggerDatagramFlood, NothingIsPublishedAtTheDefaultVerbosity) {
-    LoggerSession session(loggerOptions(domains::kLoggerBase + 60));
+    LoggerSession session(loggerOptions(domains::kLoggerBase + 64));
     ASSERT_TRUE(holdWriteThread(QTV_VX_Vexar_getLogMessageWriteThread()));
     const int sent = floodOwnPorts();
     const std::vector<QueuedMessage> lines = middlewareLines(drainQueue(QTV_VX_Vexar_getMessageQueue()));
@@ -73,7 +73,7 @@ TEST(LoggerDatagramFlood, NothingIsPublishedAtTheDefaultVerbosity) {
 // With COMMUNICATION warnings on, each kind of line on each socket is
 // published once and counted after; nothing is an error.
 TEST(LoggerDatagramFlood, WarningsAreCollapsedIntoTheFirstAndACount) {
-    LoggerSession session(loggerOptions(domains::kLoggerBase + 61));
+    LoggerSession session(loggerOptions(domains::kLoggerBase + 65));
     ASSERT_TRUE(holdWriteThread(QTV_VX_Vexar_getLogMessageWriteThread()));
     OBLX_Config_Logger_set_verbosity_by_category(
         OBLX_Config_Logger_get_instance(), OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_VERBOSITY_WARNING);

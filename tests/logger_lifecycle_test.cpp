@@ -25,7 +25,7 @@ namespace {
 constexpr int kRegisteredDomain = domains::kLoggerBase + 0;
 constexpr int kCycleDomain = domains::kLoggerBase + 1;
 constexpr int kApplicationParticipantDomain = domains::kLoggerBase + 2;
-constexpr int kMissingConfigurationDomain = domains::kLoggerBase + 62;
+constexpr int kMissingConfigurationDomain = domains::kLoggerBase + 69;
 constexpr int kUnusableDomain = 250;  // Cyclone refuses ids above 232
 
 std::ptrdiff_t threadCount() {

@@ -128,6 +128,7 @@ class LossScenarios : public ::testing::TestWithParam<int> {
 protected:
     const char *profile() const { return kProfiles[GetParam()]; }
     bool lossless() const { return GetParam() == 1; }
+    // kLoggerBase + 50 .. + 61: four scenarios, three QoS choices.
     int domain(int scenario) const { return domains::kLoggerBase + 50 + 3 * scenario + GetParam(); }
     void expectOutcome(const Figures &figures) const {
         if (lossless()) {

@@ -18,9 +18,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kFlushDomain = domains::kLoggerBase + 60;
-constexpr int kFinalizeDomain = domains::kLoggerBase + 61;
-constexpr int kPaceDomain = domains::kLoggerBase + 62;
+constexpr int kFlushDomain = domains::kLoggerBase + 66;
+constexpr int kFinalizeDomain = domains::kLoggerBase + 67;
+constexpr int kPaceDomain = domains::kLoggerBase + 68;
 constexpr DDS_Duration_t kFlushTimeout{10, 0};
 
 // Writes that take their time, so that a short queue overflows in a burst
