@@ -102,10 +102,14 @@ struct DDS_TopicDescriptionImpl : DDS_EntityImpl {
     int readers = 0;             // under the participant's mutex
 };
 
+// Cyclone keeps no properties in the QoS of topics, publishers and
+// subscribers, so these records keep the protocol policy that they were
+// made with, for get_qos.
 struct DDS_TopicImpl : DDS_TopicDescriptionImpl {
     using DDS_TopicDescriptionImpl::DDS_TopicDescriptionImpl;
     int writers = 0;        // under the participant's mutex
     int filteredViews = 0;  // content-filtered topics over this one
+    DDS_ProtocolQosPolicy protocol = DDS_PROTOCOL_QOS_POLICY_DEFAULT;
 };
 
 // A second Cyclone topic entity of the related topic's name and type,
@@ -130,6 +134,7 @@ struct DDS_PublisherImpl : DDS_EntityImpl {
 
     DDS_DomainParticipant *const participant;
     std::vector<std::unique_ptr<DDS_DataWriterImpl>> writers;  // under the participant's mutex
+    DDS_ProtocolQosPolicy protocol = DDS_PROTOCOL_QOS_POLICY_DEFAULT;
 };
 
 struct DDS_SubscriberImpl : DDS_EntityImpl {
@@ -139,6 +144,7 @@ struct DDS_SubscriberImpl : DDS_EntityImpl {
 
     DDS_DomainParticipant *const participant;
     std::vector<std::unique_ptr<DDS_DataReaderImpl>> readers;  // under the participant's mutex
+    DDS_ProtocolQosPolicy protocol = DDS_PROTOCOL_QOS_POLICY_DEFAULT;
 };
 
 // The listener that an endpoint's Cyclone callbacks consult, behind a

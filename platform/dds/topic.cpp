@@ -56,6 +56,7 @@ DDS_Topic *createTopic(DDS_DomainParticipantImpl &participant, const char *name,
     topic->handle =
         createCycloneTopic(participant.handle, name, type->second, topic->typeName, cycloneQos.get(), context);
     if (topic->handle < 0) return nullptr;
+    topic->protocol = qos.protocol;
     ++type->second.topics;
     participant.topics.push_back(std::move(topic));
     return participant.topics.back().get();
@@ -251,7 +252,9 @@ DDS_Entity *DDS_Topic_as_entity(DDS_Topic *self) { return checked(self, "DDS_Top
 DDS_ReturnCode_t DDS_Topic_get_qos(DDS_Topic *self, DDS_TopicQos *qos) {
     const char *context = "DDS_Topic_get_qos";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    return readQos(self->handle, qos, context);
+    DDS_ReturnCode_t result = readQos(self->handle, qos, context);
+    if (result == DDS_RETCODE_OK) qos->protocol = self->protocol;  // Cyclone drops it (see entity.hpp)
+    return result;
 }
 
 DDS_ContentFilteredTopic *DDS_ContentFilteredTopic_narrow(DDS_TopicDescription *description) {
