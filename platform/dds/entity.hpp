@@ -100,6 +100,9 @@ struct DDS_TopicDescriptionImpl : DDS_EntityImpl {
     vexar::dds::TypeRegistration &type;
     const std::string typeName;  // the name the type is registered under
     int readers = 0;             // under the participant's mutex
+    // The sertype of its Cyclone topic, which holds it: it knows the
+    // instances of the type (platform/dds/instance_index.hpp).
+    const ddsi_sertype *sertype = nullptr;
 };
 
 // Cyclone keeps no properties in the QoS of topics, publishers and
