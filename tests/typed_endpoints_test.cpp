@@ -342,6 +342,25 @@ samplesPerInstance(typename TopicType<T>::DataReader *reader,
     return counts;
 }
 
+// A loan for one instance has room for all that a keep-last reader holds of
+// it: its depth, and the sample that tells a dispose after they were read.
+TEST(TypedEndpointsNextInstance, ALoanHoldsTheWholeHistoryOfTheInstanceAndItsDispose) {
+    TypedParticipant<QTV_VX_LogMessage> participant(kNextInstanceDomain, topicOfThisTest(), 2);
+    QTV_VX_LogMessageDataWriter *writer = participant.writer();
+    QTV_VX_LogMessageDataReader *reader = participant.reader();
+    ASSERT_TRUE(writer && reader);
+    for (int marker : {1, 2, 3}) {
+        Sample<QTV_VX_LogMessage> sample(marker);
+        ASSERT_EQ(QTV_VX_LogMessageDataWriter_write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    }
+    EXPECT_EQ(samplesPerInstance<QTV_VX_LogMessage>(reader, QTV_VX_LogMessageDataReader_read_next_instance),
+              std::vector<DDS_Long>{2});
+    Sample<QTV_VX_LogMessage> key;
+    ASSERT_EQ(QTV_VX_LogMessageDataWriter_dispose(writer, key.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    EXPECT_EQ(samplesPerInstance<QTV_VX_LogMessage>(reader, QTV_VX_LogMessageDataReader_read_next_instance),
+              std::vector<DDS_Long>{3});
+}
+
 // An unkeyed type's samples are all one instance. Types whose keys have the
 // same bytes (State and CommandResponse: the application's ids) keep
 // instances of their own, wherever the first of them was written.

@@ -231,6 +231,11 @@ struct DDS_DataReaderImpl : DDS_EntityImpl {
     DDS_TopicDescriptionImpl &description;
     OBLX_TypePluginEndpointData *endpointData = nullptr;
     ListenerSlot<DDS_DataReaderListener> listener;
+    // The most samples that one instance can hold (its history depth or
+    // resource limits, and one that tells a state change), which bounds a
+    // loaned read of one instance; UINT32_MAX when unbounded. Set before
+    // the Cyclone reader exists.
+    std::uint32_t samplesPerInstance = UINT32_MAX;
 
     // Serializes this reader's loaned reads and takes, its loans, and the
     // creation and deletion of its conditions (lock order, see

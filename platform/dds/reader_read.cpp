@@ -200,13 +200,15 @@ dds_return_t takeInRounds(ReaderLoan &loan, const Selection &selection, std::uin
     }
 }
 
-// Counts, then reads what was counted (at most `limit`). Counting leaves the
-// cache locked until the read, which must therefore run: some room is made
-// before counting, and the read is cut to the room there is.
-dds_return_t readCounted(ReaderLoan &loan, dds_entity_t reader, const Selection &selection,
+// Counts, then reads what was counted (at most `limit`, and for one
+// instance at most what an instance holds). Counting leaves the cache locked
+// until the read, which must therefore run: some room is made before
+// counting, and the read is cut to the room there is.
+dds_return_t readCounted(ReaderLoan &loan, const DDS_DataReaderImpl &reader, const Selection &selection,
                          std::uint32_t limit) noexcept {
+    if (selection.instance != DDS_HANDLE_NIL) limit = std::min(limit, reader.samplesPerInstance);
     if (!growLoan(loan, std::min(limit, std::max(loan.capacity(), kFirstRoom)))) return kNoMemory;
-    std::uint32_t count = std::min(dds_reader_lock_samples(reader), limit);
+    std::uint32_t count = std::min(dds_reader_lock_samples(reader.handle), limit);
     if (count == 0) return 0;  // not locked when empty
     if (!growLoan(loan, count)) count = loan.capacity();
     return readOrTake(selection, loan.samples.data(), loan.cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
@@ -221,7 +223,7 @@ DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selecti
     const std::uint32_t limit =
         maxSamples == DDS_LENGTH_UNLIMITED ? kCeiling : std::min(kCeiling, static_cast<std::uint32_t>(maxSamples));
     dds_return_t result =
-        selection.take ? takeInRounds(*loan, selection, limit) : readCounted(*loan, reader.handle, selection, limit);
+        selection.take ? takeInRounds(*loan, selection, limit) : readCounted(*loan, reader, selection, limit);
     if (result <= 0) return idle(reader, std::move(loan), result < 0 ? failed(result, context) : noData(out));
     loan->count = result;
     convertInfos(*loan);
