@@ -6,8 +6,11 @@
 
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <tuple>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "platform/runtime/dds_string.h"
@@ -486,8 +489,12 @@ private:
     CycloneQos qos_;
 };
 
-// Every new policy away from its default; the writer is the lossless kind
-// (reliable, KEEP_ALL, bounded) and keeps its history for late joiners.
+// Every policy of every record away from its default, with values that
+// Cyclone accepts (some it does not honour: reported, still kept); the
+// writer is the lossless kind (reliable, KEEP_ALL, bounded) and keeps its
+// history for late joiners. The wire-protocol ids are Cyclone's to choose:
+// they read back as the participant's GUID words (see
+// WireProtocolIdsAreTheGuidPrefixWords), whatever was asked.
 struct AskedQos {
     DDS_DomainParticipantQos participant = DDS_DomainParticipantQos_INITIALIZER;
     DDS_TopicQos topic = DDS_TopicQos_INITIALIZER;
@@ -498,17 +505,27 @@ struct AskedQos {
 
     AskedQos() {
         setBytes(participant.user_data.value, {7, 8, 9});
+        participant.participant_name = {DDS_String_dup("asked name"), DDS_String_dup("asked role")};
+        participant.protocol.vendor_specific_entity = DDS_BOOLEAN_TRUE;
+
+        topic = distinctEndpointQos<DDS_TopicQos>();
         topic.resource_limits = {100, 10, 10};
         topic.durability_service = {{1, 0}, DDS_KEEP_ALL_HISTORY_QOS, 1, 200, 20, 20};
         topic.lifespan.duration = {5, 0};
         topic.transport_priority.value = 2;
         setBytes(topic.topic_data.value, {1, 2});
+
+        publisher.presentation = {DDS_TOPIC_PRESENTATION_QOS, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE};
         setNames(publisher.partition, {"vexar", "logs*"});
         setBytes(publisher.group_data.value, {3});
+        publisher.protocol.vendor_specific_entity = DDS_BOOLEAN_TRUE;
+        subscriber.presentation = {DDS_GROUP_PRESENTATION_QOS, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_TRUE};
         setNames(subscriber.partition, {"vexar"});
         setBytes(subscriber.group_data.value, {4, 5});
+        subscriber.protocol.vendor_specific_entity = DDS_BOOLEAN_TRUE;
+
+        writer = distinctEndpointQos<DDS_DataWriterQos>();
         writer.history.kind = DDS_KEEP_ALL_HISTORY_QOS;
-        writer.durability.kind = DDS_TRANSIENT_LOCAL_DURABILITY_QOS;
         writer.resource_limits = {50, 5, 10};
         writer.durability_service = {{2, 0}, DDS_KEEP_LAST_HISTORY_QOS, 3, 30, 3, 10};
         writer.lifespan.duration = {3, 500};
@@ -516,6 +533,9 @@ struct AskedQos {
         writer.ownership_strength.value = 12;
         writer.writer_data_lifecycle.autodispose_unregistered_instances = DDS_BOOLEAN_FALSE;
         setBytes(writer.user_data.value, {0xde, 0xad});
+        writer.batch.enable = DDS_BOOLEAN_TRUE;
+
+        reader = distinctEndpointQos<DDS_DataReaderQos>();
         reader.resource_limits = {40, 4, 10};
         reader.time_based_filter.minimum_separation = {0, 1000};
         reader.reader_data_lifecycle = {{7, 0}, {8, 0}};
@@ -531,23 +551,30 @@ struct AskedQos {
     }
 };
 
-// Our get_qos of `entity`, read into a record that starts at the defaults.
+// Our get_qos of `entity`, read into a record that holds `start`: policy by
+// policy what `expected` holds, whatever the record held before.
 template <typename Entity, typename Qos>
-auto ourReadBack(Entity *entity, DDS_ReturnCode_t (*getQos)(Entity *, Qos *), DDS_ReturnCode_t (*finalize)(Qos *)) {
-    Qos qos = kDefaults<Qos>;
-    EXPECT_EQ(getQos(entity, &qos), DDS_RETCODE_OK);
-    auto policies = newPolicies(qos);
-    finalize(&qos);
-    return policies;
+void expectReadBack(Entity *entity, DDS_ReturnCode_t (*getQos)(Entity *, Qos *), const Qos &start,
+                    const Qos &expected) {
+    OwnedQos<Qos> read;
+    ASSERT_EQ(copyQos(read.qos, start, kContext), DDS_RETCODE_OK);
+    ASSERT_EQ(getQos(entity, &read.qos), DDS_RETCODE_OK);
+    if constexpr (std::is_same_v<Qos, DDS_DomainParticipantQos>) read.qos.wire_protocol = expected.wire_protocol;
+    vexar_test::expectSameQos(read.qos, expected);
 }
 
-TEST(QosRoundTrip, NewPoliciesReachCycloneAndReadBack) {
+// One entity of each kind made with the asked QoS, and one with the
+// defaults; each reads back what it was made with, into a record that held
+// the other's.
+TEST(QosRoundTrip, EveryPolicyOfEveryEntityReachesCycloneAndReadsBack) {
     LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);  // the values Cyclone does not honour are reported
     const AskedQos asked;
     DDS_DomainParticipantFactory *factory = DDS_DomainParticipantFactory_get_instance();
     DDS_DomainParticipant *participant =
         DDS_DomainParticipantFactory_create_participant(factory, kRoundTripDomain, &asked.participant, nullptr, 0);
-    ASSERT_NE(participant, nullptr) << log.text();
+    DDS_DomainParticipant *defaultParticipant =
+        DDS_DomainParticipantFactory_create_participant(factory, kRoundTripDomain, nullptr, nullptr, 0);
+    ASSERT_TRUE(participant && defaultParticipant) << log.text();
     using Type = vexar_test::TopicType<QTV_VX_LogMessage>;
     OBLX_TypePlugin *plugin = Type::pluginNew();
     ASSERT_EQ(DDS_DomainParticipant_register_type(participant, Type::registeredTypeName, plugin, nullptr),
@@ -555,22 +582,40 @@ TEST(QosRoundTrip, NewPoliciesReachCycloneAndReadBack) {
     Type::pluginDelete(plugin);
     DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant, Type::topicName, Type::registeredTypeName,
                                                           &asked.topic, nullptr, 0);
+    DDS_Topic *defaultTopic =
+        DDS_DomainParticipant_create_topic(participant, "defaults", Type::registeredTypeName, nullptr, nullptr, 0);
     DDS_Publisher *publisher = DDS_DomainParticipant_create_publisher(participant, &asked.publisher, nullptr, 0);
+    DDS_Publisher *defaultPublisher = DDS_DomainParticipant_create_publisher(participant, nullptr, nullptr, 0);
     DDS_Subscriber *subscriber = DDS_DomainParticipant_create_subscriber(participant, &asked.subscriber, nullptr, 0);
-    ASSERT_TRUE(topic && publisher && subscriber) << log.text();
+    DDS_Subscriber *defaultSubscriber = DDS_DomainParticipant_create_subscriber(participant, nullptr, nullptr, 0);
+    ASSERT_TRUE(topic && defaultTopic && publisher && defaultPublisher && subscriber && defaultSubscriber)
+        << log.text();
     DDS_DataWriter *writer = DDS_Publisher_create_datawriter(publisher, topic, &asked.writer, nullptr, 0);
+    DDS_DataWriter *defaultWriter = DDS_Publisher_create_datawriter(defaultPublisher, topic, nullptr, nullptr, 0);
     DDS_DataReader *reader =
         DDS_Subscriber_create_datareader(subscriber, DDS_Topic_as_topicdescription(topic), &asked.reader, nullptr, 0);
-    ASSERT_TRUE(writer && reader) << log.text();
+    DDS_DataReader *defaultReader =
+        DDS_Subscriber_create_datareader(defaultSubscriber, DDS_Topic_as_topicdescription(topic), nullptr, nullptr, 0);
+    ASSERT_TRUE(writer && defaultWriter && reader && defaultReader) << log.text();
 
-    EXPECT_EQ(ourReadBack(participant, DDS_DomainParticipant_get_qos, DDS_DomainParticipantQos_finalize),
-              newPolicies(asked.participant));
-    EXPECT_EQ(ourReadBack(topic, DDS_Topic_get_qos, DDS_TopicQos_finalize), newPolicies(asked.topic));
-    EXPECT_EQ(ourReadBack(publisher, DDS_Publisher_get_qos, DDS_PublisherQos_finalize), newPolicies(asked.publisher));
-    EXPECT_EQ(ourReadBack(subscriber, DDS_Subscriber_get_qos, DDS_SubscriberQos_finalize),
-              newPolicies(asked.subscriber));
-    EXPECT_EQ(ourReadBack(writer, DDS_DataWriter_get_qos, DDS_DataWriterQos_finalize), newPolicies(asked.writer));
-    EXPECT_EQ(ourReadBack(reader, DDS_DataReader_get_qos, DDS_DataReaderQos_finalize), newPolicies(asked.reader));
+    auto both = [](auto *made, auto *madeWithDefaults, auto getQos, const auto &askedQos) {
+        const auto defaults = kDefaults<std::remove_cvref_t<decltype(askedQos)>>;
+        expectReadBack(made, getQos, defaults, askedQos);
+        expectReadBack(madeWithDefaults, getQos, askedQos, defaults);
+    };
+    const std::pair<const char *, std::function<void()>> readBacks[] = {
+        {"participant",
+         [&] { both(participant, defaultParticipant, DDS_DomainParticipant_get_qos, asked.participant); }},
+        {"topic", [&] { both(topic, defaultTopic, DDS_Topic_get_qos, asked.topic); }},
+        {"publisher", [&] { both(publisher, defaultPublisher, DDS_Publisher_get_qos, asked.publisher); }},
+        {"subscriber", [&] { both(subscriber, defaultSubscriber, DDS_Subscriber_get_qos, asked.subscriber); }},
+        {"writer", [&] { both(writer, defaultWriter, DDS_DataWriter_get_qos, asked.writer); }},
+        {"reader", [&] { both(reader, defaultReader, DDS_DataReader_get_qos, asked.reader); }},
+    };
+    for (const auto &[entity, expectBoth] : readBacks) {
+        SCOPED_TRACE(entity);
+        expectBoth();
+    }
 
     EXPECT_EQ(CycloneHeld(participant).of(&asked.participant), newPolicies(asked.participant));
     EXPECT_EQ(CycloneHeld(topic).of(&asked.topic), newPolicies(asked.topic));
@@ -581,6 +626,7 @@ TEST(QosRoundTrip, NewPoliciesReachCycloneAndReadBack) {
 
     EXPECT_EQ(DDS_DomainParticipant_delete_contained_entities(participant), DDS_RETCODE_OK);
     EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory, participant), DDS_RETCODE_OK);
+    EXPECT_EQ(DDS_DomainParticipantFactory_delete_participant(factory, defaultParticipant), DDS_RETCODE_OK);
 }
 
 // A TRANSIENT_LOCAL writer serves late joiners from the durability service

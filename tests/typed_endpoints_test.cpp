@@ -4,7 +4,9 @@
 // with a loan out are checked on the untyped layer that these wrap.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 #include "support/child_process.hpp"
@@ -23,6 +25,7 @@ constexpr int kInstancesDomain = domains::kTypedEndpoints + 1;
 constexpr int kLoansDomain = domains::kTypedEndpoints + 2;
 constexpr int kMisuseDomain = domains::kTypedEndpoints + 3;
 constexpr int kProcessesDomain = domains::kTypedEndpoints + 4;  // .. + 5
+constexpr int kNextInstanceDomain = domains::kTypedEndpoints + 6;
 
 std::string topicOfThisTest() {
     const testing::TestInfo *test = testing::UnitTest::GetInstance()->current_test_info();
@@ -119,6 +122,277 @@ TEST(TypedEndpointsInstances, TwoLevelsOfOneApplicationAreTwoInstances) {
     EXPECT_EQ(markerOf(*QTV_VX_LogMessageSeq_get_reference(&samples, 0)), 2);
     ASSERT_EQ(QTV_VX_LogMessageDataReader_return_loan(endpoints.reader, &samples, &infos), DDS_RETCODE_OK);
     EXPECT_EQ(takeMarkers<QTV_VX_LogMessage>(endpoints.reader, 1), std::vector<int>{1});
+}
+
+// ---- the next instance ------------------------------------------------------
+
+using LogSeq = QTV_VX_LogMessageSeq;
+// One read_next_instance or take_next_instance call, after `previous`.
+using NextInstance = std::function<DDS_ReturnCode_t(LogSeq *, DDS_SampleInfoSeq *, DDS_InstanceHandle_t previous)>;
+
+// What one call returned: its instance's handle and level, and how many
+// samples, each checked to be of that instance.
+struct Visit {
+    DDS_InstanceHandle_t handle = DDS_HANDLE_NIL;
+    int level = 0;
+    DDS_Long samples = 0;
+};
+
+Visit visitNext(const NextInstance &next, DDS_InstanceHandle_t previous, QTV_VX_LogMessageDataReader *reader,
+                bool copies, DDS_ReturnCode_t &result) {
+    LogSeq samples = DDS_SEQUENCE_INITIALIZER;
+    DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+    if (copies) {
+        EXPECT_TRUE(QTV_VX_LogMessageSeq_set_maximum(&samples, 10));
+    }
+    Visit visit;
+    result = next(&samples, &infos, previous);
+    visit.samples = QTV_VX_LogMessageSeq_get_length(&samples);
+    if (result == DDS_RETCODE_OK && visit.samples > 0) {
+        visit.handle = DDS_SampleInfoSeq_get_reference(&infos, 0)->instance_handle;
+        visit.level = QTV_VX_LogMessageSeq_get_reference(&samples, 0)->level;
+        for (DDS_Long i = 0; i < visit.samples; ++i)
+            EXPECT_EQ(DDS_SampleInfoSeq_get_reference(&infos, i)->instance_handle, visit.handle);
+    }
+    if (result == DDS_RETCODE_OK) {
+        EXPECT_EQ(QTV_VX_LogMessageSeq_has_ownership(&samples), copies ? DDS_BOOLEAN_TRUE : DDS_BOOLEAN_FALSE);
+    }
+    EXPECT_EQ(QTV_VX_LogMessageDataReader_return_loan(reader, &samples, &infos), DDS_RETCODE_OK);
+    QTV_VX_LogMessageSeq_finalize(&samples);
+    DDS_SampleInfoSeq_finalize(&infos);
+    return visit;
+}
+
+// Every instance from the first, each after the last one's handle, until
+// NO_DATA, checking that the handles rise: the levels of the instances.
+std::vector<int> visitAll(const NextInstance &next, QTV_VX_LogMessageDataReader *reader, bool copies,
+                          DDS_Long samplesEach) {
+    std::vector<int> levels;
+    DDS_InstanceHandle_t previous = DDS_HANDLE_NIL;
+    DDS_ReturnCode_t result = DDS_RETCODE_OK;
+    for (int guard = 0; guard < 10; ++guard) {
+        Visit visit = visitNext(next, previous, reader, copies, result);
+        if (result != DDS_RETCODE_OK) break;
+        EXPECT_GT(visit.handle, previous);
+        EXPECT_EQ(visit.samples, samplesEach) << "level " << visit.level;
+        levels.push_back(visit.level);
+        previous = visit.handle;
+    }
+    EXPECT_EQ(result, DDS_RETCODE_NO_DATA);
+    std::sort(levels.begin(), levels.end());
+    return levels;
+}
+
+// A writer and a reader of one participant (delivery is immediate) with
+// four instances of one application, two samples each: level 100 read,
+// level 400 disposed, 200 and 300 alive and unread.
+struct FourInstances {
+    explicit FourInstances(const std::string &topic) : participant(kNextInstanceDomain, topic) {
+        writer = participant.writer();
+        reader = participant.reader();
+        if (writer == nullptr || reader == nullptr) return;
+        for (int level : {100, 200, 300, 400}) {
+            for (int marker : {1, 2}) {
+                Sample<QTV_VX_LogMessage> sample(marker);
+                sample->level = level;
+                EXPECT_EQ(QTV_VX_LogMessageDataWriter_write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+            }
+        }
+        Sample<QTV_VX_LogMessage> key;
+        key->level = 100;
+        LogSeq samples = DDS_SEQUENCE_INITIALIZER;
+        DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+        EXPECT_EQ(
+            QTV_VX_LogMessageDataReader_read_instance(reader, &samples, &infos, DDS_LENGTH_UNLIMITED,
+                                                      QTV_VX_LogMessageDataReader_lookup_instance(reader, key.get()),
+                                                      DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE, DDS_ANY_INSTANCE_STATE),
+            DDS_RETCODE_OK);
+        EXPECT_EQ(QTV_VX_LogMessageDataReader_return_loan(reader, &samples, &infos), DDS_RETCODE_OK);
+        key->level = 400;
+        EXPECT_EQ(QTV_VX_LogMessageDataWriter_dispose(writer, key.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    }
+
+    TypedParticipant<QTV_VX_LogMessage> participant;
+    QTV_VX_LogMessageDataWriter *writer = nullptr;
+    QTV_VX_LogMessageDataReader *reader = nullptr;
+};
+
+// Each mask, through the state-mask forms and through a read condition,
+// read and taken, on loan and into a buffer: the instances that it selects,
+// in handle order, each with its two samples.
+TEST(TypedEndpointsNextInstance, VisitsTheInstancesThatEachMaskSelectsInHandleOrder) {
+    const DDS_SampleStateMask anySample = DDS_ANY_SAMPLE_STATE;
+    const DDS_ViewStateMask anyView = DDS_ANY_VIEW_STATE;
+    const DDS_InstanceStateMask anyInstance = DDS_ANY_INSTANCE_STATE;
+    const struct {
+        const char *name;
+        DDS_SampleStateMask samples;
+        DDS_ViewStateMask views;
+        DDS_InstanceStateMask instances;
+        bool take;
+        bool throughCondition;
+        std::vector<int> levels;
+    } cases[] = {
+        {"any", anySample, anyView, anyInstance, false, false, {100, 200, 300, 400}},
+        {"not read", DDS_NOT_READ_SAMPLE_STATE, anyView, anyInstance, false, false, {200, 300, 400}},
+        {"read", DDS_READ_SAMPLE_STATE, anyView, anyInstance, false, false, {100}},
+        {"new", anySample, DDS_NEW_VIEW_STATE, anyInstance, false, false, {200, 300, 400}},
+        {"not new", anySample, DDS_NOT_NEW_VIEW_STATE, anyInstance, false, false, {100}},
+        {"alive", anySample, anyView, DDS_ALIVE_INSTANCE_STATE, false, false, {100, 200, 300}},
+        {"disposed", anySample, anyView, DDS_NOT_ALIVE_DISPOSED_INSTANCE_STATE, false, false, {400}},
+        {"no sample state", 0, anyView, anyInstance, false, false, {}},
+        {"take any", anySample, anyView, anyInstance, true, false, {100, 200, 300, 400}},
+        {"take not read", DDS_NOT_READ_SAMPLE_STATE, anyView, anyInstance, true, false, {200, 300, 400}},
+        {"condition: not read", DDS_NOT_READ_SAMPLE_STATE, anyView, anyInstance, false, true, {200, 300, 400}},
+        {"condition: take alive", anySample, anyView, DDS_ALIVE_INSTANCE_STATE, true, true, {100, 200, 300}},
+    };
+    int row = 0;
+    for (const auto &each : cases) {
+        for (bool copies : {false, true}) {
+            SCOPED_TRACE(std::string(each.name) + (copies ? ", copies" : ", loan"));
+            FourInstances endpoints(topicOfThisTest() + "/" + std::to_string(row++));
+            QTV_VX_LogMessageDataReader *reader = endpoints.reader;
+            ASSERT_NE(reader, nullptr);
+            DDS_DataReader *untyped = QTV_VX_LogMessageDataReader_as_datareader(reader);
+            DDS_ReadCondition *condition =
+                each.throughCondition
+                    ? DDS_DataReader_create_readcondition(untyped, each.samples, each.views, each.instances)
+                    : nullptr;
+            NextInstance next = [&](LogSeq *samples, DDS_SampleInfoSeq *infos, DDS_InstanceHandle_t previous) {
+                auto byMasks = each.take ? QTV_VX_LogMessageDataReader_take_next_instance
+                                         : QTV_VX_LogMessageDataReader_read_next_instance;
+                auto byCondition = each.take ? QTV_VX_LogMessageDataReader_take_next_instance_w_condition
+                                             : QTV_VX_LogMessageDataReader_read_next_instance_w_condition;
+                if (condition != nullptr)
+                    return byCondition(reader, samples, infos, DDS_LENGTH_UNLIMITED, previous, condition);
+                return byMasks(reader, samples, infos, DDS_LENGTH_UNLIMITED, previous, each.samples, each.views,
+                               each.instances);
+            };
+            EXPECT_EQ(visitAll(next, reader, copies, 2), each.levels);
+            if (condition != nullptr) {
+                EXPECT_EQ(DDS_DataReader_delete_readcondition(untyped, condition), DDS_RETCODE_OK);
+            }
+        }
+    }
+}
+
+// Instances passed over and instances not returned keep their samples and
+// states: a read marks only what it returns, a take removes only that.
+TEST(TypedEndpointsNextInstance, ChangesOnlyTheInstanceItReturns) {
+    TypedParticipant<QTV_VX_LogMessage> participant(kNextInstanceDomain, topicOfThisTest());
+    QTV_VX_LogMessageDataWriter *writer = participant.writer();
+    QTV_VX_LogMessageDataReader *reader = participant.reader();
+    ASSERT_TRUE(writer && reader);
+    for (int level : {100, 200, 300}) {
+        Sample<QTV_VX_LogMessage> sample;
+        sample->level = level;
+        ASSERT_EQ(QTV_VX_LogMessageDataWriter_write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    }
+    auto nextBy = [&](auto operation, DDS_SampleStateMask states) -> NextInstance {
+        return [=](LogSeq *samples, DDS_SampleInfoSeq *infos, DDS_InstanceHandle_t previous) {
+            return operation(reader, samples, infos, DDS_LENGTH_UNLIMITED, previous, states, DDS_ANY_VIEW_STATE,
+                             DDS_ANY_INSTANCE_STATE);
+        };
+    };
+    const NextInstance readNext = nextBy(QTV_VX_LogMessageDataReader_read_next_instance, DDS_ANY_SAMPLE_STATE);
+    const NextInstance takeNext = nextBy(QTV_VX_LogMessageDataReader_take_next_instance, DDS_ANY_SAMPLE_STATE);
+    const NextInstance readUnread = nextBy(QTV_VX_LogMessageDataReader_read_next_instance, DDS_NOT_READ_SAMPLE_STATE);
+    const NextInstance readRead = nextBy(QTV_VX_LogMessageDataReader_read_next_instance, DDS_READ_SAMPLE_STATE);
+    DDS_ReturnCode_t result = DDS_RETCODE_OK;
+
+    // The first instance read; looking for another read one passes over the
+    // other two, which stay unread.
+    const Visit first = visitNext(readNext, DDS_HANDLE_NIL, reader, false, result);
+    ASSERT_EQ(result, DDS_RETCODE_OK);
+    EXPECT_EQ(visitNext(readRead, first.handle, reader, false, result).samples, 0);
+    EXPECT_EQ(result, DDS_RETCODE_NO_DATA);
+    std::vector<int> others = {100, 200, 300};
+    others.erase(std::find(others.begin(), others.end(), first.level));
+    EXPECT_EQ(visitAll(readUnread, reader, false, 1), others);
+
+    // The second instance taken: the others stay.
+    const Visit taken = visitNext(takeNext, first.handle, reader, false, result);
+    ASSERT_EQ(result, DDS_RETCODE_OK);
+    EXPECT_EQ(taken.samples, 1);
+    std::vector<int> left = {100, 200, 300};
+    left.erase(std::find(left.begin(), left.end(), taken.level));
+    EXPECT_EQ(visitAll(readNext, reader, true, 1), left);
+}
+
+// How many samples each instance has, as read_next_instance visits them.
+template <typename T>
+std::vector<DDS_Long>
+samplesPerInstance(typename TopicType<T>::DataReader *reader,
+                   DDS_ReturnCode_t (*readNext)(typename TopicType<T>::DataReader *, typename TopicType<T>::Seq *,
+                                                DDS_SampleInfoSeq *, DDS_Long, DDS_InstanceHandle_t,
+                                                DDS_SampleStateMask, DDS_ViewStateMask, DDS_InstanceStateMask)) {
+    using Type = TopicType<T>;
+    std::vector<DDS_Long> counts;
+    DDS_InstanceHandle_t previous = DDS_HANDLE_NIL;
+    for (int guard = 0; guard < 5; ++guard) {
+        typename Type::Seq samples = DDS_SEQUENCE_INITIALIZER;
+        DDS_SampleInfoSeq infos = DDS_SEQUENCE_INITIALIZER;
+        if (readNext(reader, &samples, &infos, DDS_LENGTH_UNLIMITED, previous, DDS_ANY_SAMPLE_STATE, DDS_ANY_VIEW_STATE,
+                     DDS_ANY_INSTANCE_STATE) != DDS_RETCODE_OK)
+            break;
+        counts.push_back(Type::length(&samples));
+        previous = DDS_SampleInfoSeq_get_reference(&infos, 0)->instance_handle;
+        EXPECT_EQ(Type::returnLoan(reader, &samples, &infos), DDS_RETCODE_OK);
+    }
+    return counts;
+}
+
+// A loan for one instance has room for all that a keep-last reader holds of
+// it: its depth, and the sample that tells a dispose after they were read.
+TEST(TypedEndpointsNextInstance, ALoanHoldsTheWholeHistoryOfTheInstanceAndItsDispose) {
+    TypedParticipant<QTV_VX_LogMessage> participant(kNextInstanceDomain, topicOfThisTest(), 2);
+    QTV_VX_LogMessageDataWriter *writer = participant.writer();
+    QTV_VX_LogMessageDataReader *reader = participant.reader();
+    ASSERT_TRUE(writer && reader);
+    for (int marker : {1, 2, 3}) {
+        Sample<QTV_VX_LogMessage> sample(marker);
+        ASSERT_EQ(QTV_VX_LogMessageDataWriter_write(writer, sample.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    }
+    EXPECT_EQ(samplesPerInstance<QTV_VX_LogMessage>(reader, QTV_VX_LogMessageDataReader_read_next_instance),
+              std::vector<DDS_Long>{2});
+    Sample<QTV_VX_LogMessage> key;
+    ASSERT_EQ(QTV_VX_LogMessageDataWriter_dispose(writer, key.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    EXPECT_EQ(samplesPerInstance<QTV_VX_LogMessage>(reader, QTV_VX_LogMessageDataReader_read_next_instance),
+              std::vector<DDS_Long>{3});
+}
+
+// An unkeyed type's samples are all one instance. Types whose keys have the
+// same bytes (State and CommandResponse: the application's ids) keep
+// instances of their own, wherever the first of them was written.
+TEST(TypedEndpointsNextInstance, AnUnkeyedTypeIsOneInstanceAndTypesDoNotShareInstances) {
+    TypedParticipant<QTV_VX_ADMIN_State> states(kNextInstanceDomain, topicOfThisTest() + "/state");
+    TypedParticipant<QTV_VX_ADMIN_CommandResponse> responses(kNextInstanceDomain, topicOfThisTest() + "/response");
+    TypedParticipant<QTV_VX_ADMIN_CommandRequest> requests(kNextInstanceDomain, topicOfThisTest() + "/request");
+    QTV_VX_ADMIN_StateDataReader *stateReader = states.reader();
+    QTV_VX_ADMIN_CommandResponseDataReader *responseReader = responses.reader();
+    QTV_VX_ADMIN_CommandRequestDataReader *requestReader = requests.reader();
+    ASSERT_TRUE(stateReader && responseReader && requestReader);
+    Sample<QTV_VX_ADMIN_State> state(1);
+    ASSERT_EQ(QTV_VX_ADMIN_StateDataWriter_write(states.writer(), state.get(), DDS_HANDLE_NIL), DDS_RETCODE_OK);
+    auto *responseWriter = responses.writer();
+    auto *requestWriter = requests.writer();
+    for (int marker : {1, 2, 3}) {
+        Sample<QTV_VX_ADMIN_CommandResponse> response(marker);
+        Sample<QTV_VX_ADMIN_CommandRequest> request(marker);
+        ASSERT_EQ(QTV_VX_ADMIN_CommandResponseDataWriter_write(responseWriter, response.get(), DDS_HANDLE_NIL),
+                  DDS_RETCODE_OK);
+        ASSERT_EQ(QTV_VX_ADMIN_CommandRequestDataWriter_write(requestWriter, request.get(), DDS_HANDLE_NIL),
+                  DDS_RETCODE_OK);
+    }
+
+    EXPECT_EQ(samplesPerInstance<QTV_VX_ADMIN_CommandResponse>(
+                  responseReader, QTV_VX_ADMIN_CommandResponseDataReader_read_next_instance),
+              std::vector<DDS_Long>{3});
+    EXPECT_EQ(samplesPerInstance<QTV_VX_ADMIN_CommandRequest>(requestReader,
+                                                              QTV_VX_ADMIN_CommandRequestDataReader_read_next_instance),
+              std::vector<DDS_Long>{3});
+    EXPECT_EQ(samplesPerInstance<QTV_VX_ADMIN_State>(stateReader, QTV_VX_ADMIN_StateDataReader_read_next_instance),
+              std::vector<DDS_Long>{1});
 }
 
 // ---- loans and copies -------------------------------------------------------

@@ -73,9 +73,13 @@
  *       DDS_RETCODE_NO_DATA when nothing matched, with received_data's
  *       length 0; DDS_RETCODE_BAD_PARAMETER for a null received_data.
  *   read_next_instance, take_next_instance and their _w_condition forms
- *       always DDS_RETCODE_UNSUPPORTED (reported): Cyclone cannot find the
- *       instance that follows a handle. Use the plain forms, or _instance
- *       with a handle from the infos or lookup_instance.
+ *       as the _instance forms, for the instance with the least handle
+ *       above `previous_handle` (DDS_HANDLE_NIL: the least of all) among
+ *       those with samples that the masks or the condition select. So an
+ *       application visits every instance in handle order by passing the
+ *       handle of the last one read (from its infos) until
+ *       DDS_RETCODE_NO_DATA. Samples of the instances passed over keep their
+ *       states; an unkeyed type has one instance.
  *   read_next_sample, take_next_sample(reader, sample, info)
  *       the next unread sample decoded into `sample` (initialized), with its
  *       info; DDS_RETCODE_NO_DATA when there is none.

@@ -6,6 +6,10 @@
 // demand). Equal keys have equal key bytes, so eqkey compares them and hash
 // is their murmur3.
 // Unkeyed types have empty key bytes: all their samples are one instance.
+// Every serdata names its sertype's instance index, and keys compare equal
+// only within one: Cyclone's key-to-handle map is shared by every type of a
+// domain, and the key copies it keeps are what the index lists (see
+// platform/dds/instance_index.hpp).
 // The plugin's functions are called without endpoint data, so one sertype
 // serves every endpoint and every thread at once. Received bytes are checked
 // by the plan compiled from the plugin's type code, which is what the
@@ -19,12 +23,14 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "platform/cdr/encoding.hpp"
 #include "platform/dds/cyclone.hpp"
+#include "platform/dds/instance_index.hpp"
 #include "platform/types/enumeration_check.hpp"
 #include "platform/log/report.h"
 #include "platform/types/sample_array.hpp"
@@ -95,11 +101,13 @@ struct Sertype {
     types::EnumerationCheck *enumerations;  // owned, likewise
     plugin::TypePlan *plan;                 // owned, likewise: the plugin's encoding, compiled from its type code
     bool keyHoldsBuffers;                   // a key member is (or holds) a string or a sequence
+    InstanceIndex *instances;               // one reference, shared with the key copies of its serdata
 };
 static_assert(std::is_standard_layout_v<Sertype>);
 
 // Frees the record and the parts it owns; a part that was never made is null.
 void destroyParts(Sertype *type) noexcept {
+    if (type->instances != nullptr) type->instances->release();
     delete type->scratch;
     delete type->enumerations;
     delete type->plan;
@@ -113,7 +121,10 @@ const Sertype &sertypeOf(const ddsi_sertype *type) noexcept { return *reinterpre
 struct Serdata {
     ddsi_serdata base;  // first: Cyclone hands back &base
     bool keyHashIsDigest;
-    std::uint32_t wireSize;  // 0 for an untyped (key-only) copy
+    bool holdsIndex;           // an untyped copy: listed in `index`, which it keeps a reference on
+    InstanceIndex *index;      // its sertype's; keys of different indexes never compare equal
+    std::uint64_t indexEntry;  // its entry there, when it holds the index (0: none)
+    std::uint32_t wireSize;    // 0 for an untyped (key-only) copy
     std::uint32_t wireCapacity;
     std::uint32_t keySize;
 
@@ -139,6 +150,7 @@ Serdata *newSerdata(const Sertype &type, ddsi_serdata_kind kind, std::uint32_t w
     ddsi_serdata_init(&d->base, &type.base, kind);
     d->wireCapacity = wireCapacity;
     d->keyHashIsDigest = type.keyHashIsDigest;
+    d->index = type.instances;
     return d;
 }
 
@@ -402,8 +414,9 @@ bool toSample(const ddsi_serdata *dBase, void *sample, void **, void *) noexcept
     return type.plugin.deserialize_key_sample(nullptr, sample, &stream, DDS_BOOLEAN_TRUE, DDS_BOOLEAN_TRUE, nullptr);
 }
 
-// The instance's key as Cyclone keeps it across topics: key bytes only, no
-// type, so it may outlive the sertype.
+// The instance's key as Cyclone keeps it in its key-to-handle map: key
+// bytes only, no type, so it may outlive the sertype; listed in the
+// sertype's instance index for as long as Cyclone keeps it.
 ddsi_serdata *toUntyped(const ddsi_serdata *dBase) noexcept {
     const Serdata &d = serdataOf(dBase);
     Serdata *copy = newSerdata(sertypeOf(d.base.type), SDK_KEY, 0, d.keySize);
@@ -412,16 +425,23 @@ ddsi_serdata *toUntyped(const ddsi_serdata *dBase) noexcept {
     std::memcpy(copy->key(), d.key(), d.keySize);
     copy->base.hash = d.base.hash;
     copy->base.type = nullptr;
+    copy->holdsIndex = true;
+    copy->index->retain();
+    copy->indexEntry = copy->index->add(copy->key(), copy->keySize, d.base.type->type_name);
     return &copy->base;
 }
 
-bool untypedToSample(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, void *sample, void **, void *) noexcept {
-    const Sertype &type = sertypeOf(typeBase);
-    const Serdata &d = serdataOf(dBase);
+// A sample holding the key of these key bytes, its other members initial.
+bool keyIntoSample(const Sertype &type, const unsigned char *key, std::uint32_t keySize, void *sample) noexcept {
     resetSample(type, sample);
     if (!type.keyed) return true;
-    OBLX_CdrStream stream = streamOver(d.key(), d.keySize, true);
+    OBLX_CdrStream stream = streamOver(key, keySize, true);
     return type.plugin.deserialize_key_sample(nullptr, sample, &stream, DDS_BOOLEAN_FALSE, DDS_BOOLEAN_TRUE, nullptr);
+}
+
+bool untypedToSample(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, void *sample, void **, void *) noexcept {
+    const Serdata &d = serdataOf(dBase);
+    return keyIntoSample(sertypeOf(typeBase), d.key(), d.keySize, sample);
 }
 
 // ---- the rest of the serdata interface -----------------------------------
@@ -429,7 +449,7 @@ bool untypedToSample(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, vo
 bool eqkey(const ddsi_serdata *a, const ddsi_serdata *b) noexcept {
     const Serdata &x = serdataOf(a);
     const Serdata &y = serdataOf(b);
-    return x.keySize == y.keySize && std::memcmp(x.key(), y.key(), x.keySize) == 0;
+    return x.index == y.index && x.keySize == y.keySize && std::memcmp(x.key(), y.key(), x.keySize) == 0;
 }
 
 std::uint32_t getSize(const ddsi_serdata *d) noexcept { return serdataOf(d).wireSize; }
@@ -446,8 +466,16 @@ ddsi_serdata *toSerRef(const ddsi_serdata *d, size_t offset, size_t size, ddsrt_
 
 void toSerUnref(ddsi_serdata *d, const ddsrt_iovec_t *) noexcept { ddsi_serdata_unref(d); }
 
-// Never looks at d->type: an untyped copy may outlive its sertype.
-void freeSerdata(ddsi_serdata *d) noexcept { deleteSerdata(&serdataOf(d)); }
+// Never looks at d->type: an untyped copy may outlive its sertype (its
+// index does not: the copy holds a reference).
+void freeSerdata(ddsi_serdata *dBase) noexcept {
+    Serdata &d = serdataOf(dBase);
+    if (d.holdsIndex) {
+        if (d.indexEntry != 0) d.index->remove(d.indexEntry);
+        d.index->release();
+    }
+    deleteSerdata(&d);
+}
 
 size_t print(const ddsi_sertype *typeBase, const ddsi_serdata *dBase, char *buffer, size_t size) noexcept {
     const Sertype &type = sertypeOf(typeBase);
@@ -556,6 +584,18 @@ bool bridgeable(const OBLX_TypePlugin &p) noexcept {
 
 }  // namespace
 
+std::uint64_t nextInstance(const ddsi_sertype *typeBase, dds_entity_t endpoint, std::uint64_t previous) {
+    const Sertype &type = sertypeOf(typeBase);
+    std::optional<types::sample::array::Scratch> keyHolder;  // made only when a key is to be looked up
+    return type.instances->after(previous, [&](const std::string &key) -> std::uint64_t {
+        if (!keyHolder) keyHolder.emplace(*type.plugin.type_code);
+        if (!*keyHolder) throw std::bad_alloc();
+        const auto *bytes = reinterpret_cast<const unsigned char *>(key.data());
+        if (!keyIntoSample(type, bytes, static_cast<std::uint32_t>(key.size()), keyHolder->get())) return 0;
+        return dds_lookup_instance(endpoint, keyHolder->get());
+    });
+}
+
 ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registeredTypeName) noexcept {
     if (plugin == nullptr || registeredTypeName == nullptr || !bridgeable(*plugin)) return nullptr;
     DDS_UnsignedLong keyMaxSize = plugin->get_serialized_key_max_size(nullptr, DDS_BOOLEAN_FALSE, 0, 0);
@@ -564,13 +604,15 @@ ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registere
     if (type == nullptr) return nullptr;
     type->plugin = *plugin;
     type->scratch = new (std::nothrow) ScratchPool(*plugin->type_code);
+    type->instances = new (std::nothrow) InstanceIndex();
     try {
         type->enumerations = new types::EnumerationCheck(*plugin->type_code);
         type->plan = new plugin::TypePlan(plugin::makeTypePlan(*plugin->type_code));
     } catch (...) {
         // what could not be made stays null
     }
-    if (type->scratch == nullptr || type->enumerations == nullptr || type->plan == nullptr) {
+    if (type->scratch == nullptr || type->enumerations == nullptr || type->plan == nullptr ||
+        type->instances == nullptr) {
         destroyParts(type);
         return nullptr;
     }

@@ -19,6 +19,8 @@
 // ones, and loaned samples are initialized with their strings at their bounds.
 #pragma once
 
+#include <cstdint>
+
 #include "platform/plugin/type_plugin.h"
 
 struct ddsi_sertype;
@@ -30,5 +32,11 @@ namespace vexar::dds {
 // registered under `registeredTypeName`. Null when an argument is null, the
 // plugin lacks a function that the bridge calls, or memory runs out.
 struct ddsi_sertype *createSertype(const OBLX_TypePlugin *plugin, const char *registeredTypeName) noexcept;
+
+// The least handle above `previous` of an instance of `sertype` that its
+// domain holds (any reader's or writer's of the type), in the handles of
+// `endpoint`, a reader or writer of it; 0 when there is none. Reads
+// nothing, so no sample changes state. Throws std::bad_alloc.
+std::uint64_t nextInstance(const struct ddsi_sertype *sertype, std::int32_t endpoint, std::uint64_t previous);
 
 }  // namespace vexar::dds

@@ -118,10 +118,11 @@ VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_untypedI(
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_w_condition_untypedI(
     OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t handle, DDS_ReadCondition *condition,
     DDS_Boolean take);
-/* Samples of the instance that follows `previous_handle`. Cyclone 0.10 can
- * neither list a reader's instances nor read without marking samples read,
- * so the next instance cannot be found: always DDS_RETCODE_UNSUPPORTED,
- * reported. Iterate with the plain forms and read_or_take_instance. */
+/* Samples of the instance with the least handle above `previous_handle`
+ * (DDS_HANDLE_NIL: of all) among those with samples in the given states or
+ * that `condition` selects; DDS_RETCODE_NO_DATA when no such instance
+ * follows. Instances passed over are not read: their samples keep their
+ * states. Handles are Cyclone's, ordered as unsigned 64-bit numbers. */
 VEXAR_API DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_untypedI(
     OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t previous_handle, DDS_SampleStateMask sample_states,
     DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states, DDS_Boolean take);

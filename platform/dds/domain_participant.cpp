@@ -73,11 +73,15 @@ DDS_ReturnCode_t unregisterType(DDS_DomainParticipantImpl &participant, const ch
     return DDS_RETCODE_OK;
 }
 
-template <typename Record, typename Create>
+// A publisher or subscriber made with `qos` (`cycloneQos` on Cyclone).
+template <typename Record, typename Qos, typename Create>
 Record *createGroup(DDS_DomainParticipantImpl &participant, std::vector<std::unique_ptr<Record>> &owners,
-                    const CycloneQos &qos, Create create, const char *operation, const char *context) {
+                    const Qos &qos, Create create, const char *operation, const char *context) {
+    CycloneQos cycloneQos = toCyclone(qos, context);
+    if (cycloneQos == nullptr) return nullptr;
     auto record = std::make_unique<Record>(0, &participant);
-    record->handle = create(participant.handle, qos.get(), nullptr);
+    record->protocol = qos.protocol;
+    record->handle = create(participant.handle, cycloneQos.get(), nullptr);
     if (record->handle < 0) {
         reportCycloneFailure(context, operation, record->handle);
         return nullptr;
@@ -237,9 +241,7 @@ DDS_Publisher *DDS_DomainParticipant_create_publisher(DDS_DomainParticipant *sel
         OwnedQos<DDS_PublisherQos> defaults;
         const DDS_PublisherQos *chosen = givenOrDefaultQos(qos, defaults, nullptr, context);
         if (chosen == nullptr) return nullptr;
-        CycloneQos cycloneQos = toCyclone(*chosen, context);
-        if (cycloneQos == nullptr) return nullptr;
-        return createGroup(*self, self->publishers, cycloneQos, dds_create_publisher, "dds_create_publisher", context);
+        return createGroup(*self, self->publishers, *chosen, dds_create_publisher, "dds_create_publisher", context);
     });
 }
 
@@ -261,10 +263,7 @@ DDS_Subscriber *DDS_DomainParticipant_create_subscriber(DDS_DomainParticipant *s
         OwnedQos<DDS_SubscriberQos> defaults;
         const DDS_SubscriberQos *chosen = givenOrDefaultQos(qos, defaults, nullptr, context);
         if (chosen == nullptr) return nullptr;
-        CycloneQos cycloneQos = toCyclone(*chosen, context);
-        if (cycloneQos == nullptr) return nullptr;
-        return createGroup(*self, self->subscribers, cycloneQos, dds_create_subscriber, "dds_create_subscriber",
-                           context);
+        return createGroup(*self, self->subscribers, *chosen, dds_create_subscriber, "dds_create_subscriber", context);
     });
 }
 

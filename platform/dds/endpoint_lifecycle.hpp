@@ -8,6 +8,9 @@
 // callbacks in progress, and either may need the participant.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+
 #include "platform/dds/endpoint_listener.hpp"
 #include "platform/dds/qos_cyclone.hpp"
 
@@ -52,11 +55,22 @@ inline dds_entity_t createCycloneEndpoint(DDS_DataWriterImpl &writer, const dds_
 inline dds_entity_t createCycloneEndpoint(DDS_DataReaderImpl &reader, const dds_qos_t *qos) noexcept {
     return dds_create_reader(reader.subscriber.handle, reader.description.handle, qos, nullptr);
 }
-// What of its QoS an endpoint keeps itself, because its Cyclone QoS says otherwise.
+// What of its QoS an endpoint keeps itself: what its Cyclone QoS says
+// otherwise, and what its reads need at hand.
 inline void keepOwnQos(DDS_DataWriterImpl &writer, const DDS_DataWriterQos &qos) noexcept {
     writer.durabilityService = qos.durability_service;
 }
-inline void keepOwnQos(DDS_DataReaderImpl &, const DDS_DataReaderQos &) noexcept {}
+inline void keepOwnQos(DDS_DataReaderImpl &reader, const DDS_DataReaderQos &qos) noexcept {
+    std::uint32_t most = UINT32_MAX;
+    auto bound = [&most](DDS_Long limit) {
+        if (limit != DDS_LENGTH_UNLIMITED) most = std::min(most, static_cast<std::uint32_t>(limit));
+    };
+    if (qos.history.kind == DDS_KEEP_LAST_HISTORY_QOS) bound(qos.history.depth);
+    bound(qos.resource_limits.max_samples_per_instance);
+    bound(qos.resource_limits.max_samples);
+    // Cyclone adds at most one sample without data to an instance's history.
+    reader.samplesPerInstance = most == UINT32_MAX ? most : most + 1;
+}
 inline OBLX_TypePluginEndpointKind endpointKind(const DDS_DataWriterImpl &) noexcept {
     return OBLX_TYPEPLUGIN_ENDPOINT_WRITER;
 }

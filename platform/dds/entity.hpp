@@ -100,12 +100,19 @@ struct DDS_TopicDescriptionImpl : DDS_EntityImpl {
     vexar::dds::TypeRegistration &type;
     const std::string typeName;  // the name the type is registered under
     int readers = 0;             // under the participant's mutex
+    // The sertype of its Cyclone topic, which holds it: it knows the
+    // instances of the type (platform/dds/instance_index.hpp).
+    const ddsi_sertype *sertype = nullptr;
 };
 
+// Cyclone keeps no properties in the QoS of topics, publishers and
+// subscribers, so these records keep the protocol policy that they were
+// made with, for get_qos.
 struct DDS_TopicImpl : DDS_TopicDescriptionImpl {
     using DDS_TopicDescriptionImpl::DDS_TopicDescriptionImpl;
     int writers = 0;        // under the participant's mutex
     int filteredViews = 0;  // content-filtered topics over this one
+    DDS_ProtocolQosPolicy protocol = DDS_PROTOCOL_QOS_POLICY_DEFAULT;
 };
 
 // A second Cyclone topic entity of the related topic's name and type,
@@ -130,6 +137,7 @@ struct DDS_PublisherImpl : DDS_EntityImpl {
 
     DDS_DomainParticipant *const participant;
     std::vector<std::unique_ptr<DDS_DataWriterImpl>> writers;  // under the participant's mutex
+    DDS_ProtocolQosPolicy protocol = DDS_PROTOCOL_QOS_POLICY_DEFAULT;
 };
 
 struct DDS_SubscriberImpl : DDS_EntityImpl {
@@ -139,6 +147,7 @@ struct DDS_SubscriberImpl : DDS_EntityImpl {
 
     DDS_DomainParticipant *const participant;
     std::vector<std::unique_ptr<DDS_DataReaderImpl>> readers;  // under the participant's mutex
+    DDS_ProtocolQosPolicy protocol = DDS_PROTOCOL_QOS_POLICY_DEFAULT;
 };
 
 // The listener that an endpoint's Cyclone callbacks consult, behind a
@@ -222,6 +231,11 @@ struct DDS_DataReaderImpl : DDS_EntityImpl {
     DDS_TopicDescriptionImpl &description;
     OBLX_TypePluginEndpointData *endpointData = nullptr;
     ListenerSlot<DDS_DataReaderListener> listener;
+    // The most samples that one instance can hold (its history depth or
+    // resource limits, and one that tells a state change), which bounds a
+    // loaned read of one instance; UINT32_MAX when unbounded. Set before
+    // the Cyclone reader exists.
+    std::uint32_t samplesPerInstance = UINT32_MAX;
 
     // Serializes this reader's loaned reads and takes, its loans, and the
     // creation and deletion of its conditions (lock order, see

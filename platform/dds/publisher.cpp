@@ -20,7 +20,9 @@ DDS_DomainParticipant *DDS_Publisher_get_participant(DDS_Publisher *self) {
 DDS_ReturnCode_t DDS_Publisher_get_qos(DDS_Publisher *self, DDS_PublisherQos *qos) {
     const char *context = "DDS_Publisher_get_qos";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    return readQos(self->handle, qos, context);
+    DDS_ReturnCode_t result = readQos(self->handle, qos, context);
+    if (result == DDS_RETCODE_OK) qos->protocol = self->protocol;  // Cyclone drops it (see entity.hpp)
+    return result;
 }
 
 DDS_DataWriter *DDS_Publisher_create_datawriter(DDS_Publisher *self, DDS_Topic *topic, const DDS_DataWriterQos *qos,

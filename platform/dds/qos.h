@@ -33,7 +33,12 @@
  * Two policies have no Cyclone counterpart and travel as entity properties,
  * readable again from the entity's QoS: protocol.vendor_specific_entity as
  * "vexar.vendor_specific_entity" = "true", and participant_name.role_name as
- * "vexar.role_name". participant_name.name is Cyclone's entity name.
+ * "vexar.role_name". participant_name.name is Cyclone's entity name. Cyclone
+ * keeps no properties for topics, publishers and subscribers, so those
+ * entities keep their protocol policy themselves. Every get_qos returns what
+ * the entity was created with (wire_protocol excepted, see above): a name
+ * left null reads back null, a protocol policy of an entity that Vexar did
+ * not create (an application's Cyclone participant) reads back FALSE.
  *
  * A writer's batch policy maps onto Cyclone's write batching. Cyclone 0.10
  * has no per-writer setting: dds_write_set_batch sets the switch of every

@@ -1,7 +1,8 @@
 // Cyclone's dds_qos_t read back into the QoS records: one overload per
 // policy type, walked over each record's policies
 // (platform/dds/qos_records.hpp). Policies that Cyclone's QoS lacks keep
-// the record's values.
+// the record's values, except those that an entity lacks when nothing was
+// set: the names (null) and the vendor-specific flag (false).
 #include "platform/dds/qos_cyclone.hpp"
 
 #include <cstring>
@@ -32,10 +33,11 @@ struct CycloneStrings {
     }
 };
 
-// Replaces the owned `field` by a copy of `text`; false (field kept) when out of memory.
+// Replaces the owned `field` by a copy of `text`, or by null when `text` is
+// null; false (field kept) when out of memory.
 bool replaceString(char *&field, const char *text) noexcept {
-    char *copy = DDS_String_dup(text);
-    if (copy == nullptr) return false;
+    char *copy = text != nullptr ? DDS_String_dup(text) : nullptr;
+    if (copy == nullptr && text != nullptr) return false;
     DDS_String_free(field);
     field = copy;
     return true;
@@ -211,21 +213,24 @@ bool take(const dds_qos_t &cyclone, DDS_GroupDataQosPolicy &policy) noexcept {
     return takeOctets(cyclone, dds_qget_groupdata, policy.value);
 }
 
+// Without the property the entity is not ours (an application's Cyclone
+// participant).
 bool take(const dds_qos_t &cyclone, DDS_ProtocolQosPolicy &policy) noexcept {
     CycloneString value;
-    if (dds_qget_prop(&cyclone, kVendorSpecificEntityProperty, &value.text))
-        assign(policy.vendor_specific_entity, std::strcmp(value.text, "true") == 0);
+    const bool vendorSpecific =
+        dds_qget_prop(&cyclone, kVendorSpecificEntityProperty, &value.text) && std::strcmp(value.text, "true") == 0;
+    assign(policy.vendor_specific_entity, vendorSpecific);
     return true;
 }
 
+// A name that was not set reads back as null (Cyclone reports an unset
+// entity name as present but null).
 bool take(const dds_qos_t &cyclone, DDS_EntityNameQosPolicy &policy) noexcept {
     CycloneString name;
     CycloneString roleName;
-    // Cyclone reports an unset name as present but null.
-    const bool hasName = dds_qget_entity_name(&cyclone, &name.text) && name.text != nullptr;
-    const bool hasRoleName = dds_qget_prop(&cyclone, kRoleNameProperty, &roleName.text);
-    return (!hasName || replaceString(policy.name, name.text)) &&
-           (!hasRoleName || replaceString(policy.role_name, roleName.text));
+    dds_qget_entity_name(&cyclone, &name.text);
+    dds_qget_prop(&cyclone, kRoleNameProperty, &roleName.text);
+    return replaceString(policy.name, name.text) && replaceString(policy.role_name, roleName.text);
 }
 
 bool take(const dds_qos_t &, DDS_BatchQosPolicy &) noexcept {

@@ -23,12 +23,21 @@
 //
 // With copies: the caller's initialized elements are the buffer; Cyclone
 // decodes each sample straight into one, at most the sequence's maximum.
+//
+// The next instance: Cyclone has no such read, and any read marks what it
+// returns READ, so the instances are not found by reading. The type's
+// sertype lists the instances that the domain holds, by handle
+// (platform/dds/instance_index.hpp); the instances after the given handle
+// are read one by one, in that order, until one has samples that the
+// selection matches. An instance of another reader (Cyclone: "precondition
+// not met") or without such samples is passed over, unchanged.
 #include "platform/dds/entity.hpp"
 
 #include <algorithm>
 
 #include <dds/ddsc/dds_internal_api.h>
 
+#include "platform/dds/cyclone_sertype.hpp"
 #include "platform/dds/sample_states.hpp"
 
 namespace vexar::dds {
@@ -191,13 +200,15 @@ dds_return_t takeInRounds(ReaderLoan &loan, const Selection &selection, std::uin
     }
 }
 
-// Counts, then reads what was counted (at most `limit`). Counting leaves the
-// cache locked until the read, which must therefore run: some room is made
-// before counting, and the read is cut to the room there is.
-dds_return_t readCounted(ReaderLoan &loan, dds_entity_t reader, const Selection &selection,
+// Counts, then reads what was counted (at most `limit`, and for one
+// instance at most what an instance holds). Counting leaves the cache locked
+// until the read, which must therefore run: some room is made before
+// counting, and the read is cut to the room there is.
+dds_return_t readCounted(ReaderLoan &loan, const DDS_DataReaderImpl &reader, const Selection &selection,
                          std::uint32_t limit) noexcept {
+    if (selection.instance != DDS_HANDLE_NIL) limit = std::min(limit, reader.samplesPerInstance);
     if (!growLoan(loan, std::min(limit, std::max(loan.capacity(), kFirstRoom)))) return kNoMemory;
-    std::uint32_t count = std::min(dds_reader_lock_samples(reader), limit);
+    std::uint32_t count = std::min(dds_reader_lock_samples(reader.handle), limit);
     if (count == 0) return 0;  // not locked when empty
     if (!growLoan(loan, count)) count = loan.capacity();
     return readOrTake(selection, loan.samples.data(), loan.cycloneInfos.data(), count, DDS_READ_WITHOUT_LOCK);
@@ -212,7 +223,7 @@ DDS_ReturnCode_t readOnLoan(DDS_DataReaderImpl &reader, const Selection &selecti
     const std::uint32_t limit =
         maxSamples == DDS_LENGTH_UNLIMITED ? kCeiling : std::min(kCeiling, static_cast<std::uint32_t>(maxSamples));
     dds_return_t result =
-        selection.take ? takeInRounds(*loan, selection, limit) : readCounted(*loan, reader.handle, selection, limit);
+        selection.take ? takeInRounds(*loan, selection, limit) : readCounted(*loan, reader, selection, limit);
     if (result <= 0) return idle(reader, std::move(loan), result < 0 ? failed(result, context) : noData(out));
     loan->count = result;
     convertInfos(*loan);
@@ -275,14 +286,35 @@ DDS_ReturnCode_t checkDestination(DDS_DataReaderImpl *reader, const Destination 
     return DDS_RETCODE_OK;
 }
 
+DDS_ReturnCode_t readSelected(DDS_DataReaderImpl &reader, const Selection &selection, DDS_Long maxSamples,
+                              const Destination &out, bool lend, const char *context) {
+    return lend ? readOnLoan(reader, selection, maxSamples, out, context)
+                : readCopies(selection, maxSamples, out, context);
+}
+
+// What `selection` selects of the instances after `previous`: those of the
+// first one of which it selects anything.
+DDS_ReturnCode_t readNextInstance(DDS_DataReaderImpl &reader, Selection selection, DDS_InstanceHandle_t previous,
+                                  DDS_Long maxSamples, const Destination &out, bool lend, const char *context) {
+    const ddsi_sertype *type = reader.description.sertype;
+    for (selection.instance = nextInstance(type, reader.handle, previous); selection.instance != DDS_HANDLE_NIL;
+         selection.instance = nextInstance(type, reader.handle, selection.instance)) {
+        DDS_ReturnCode_t result = readSelected(reader, selection, maxSamples, out, lend, context);
+        if (result != DDS_RETCODE_NO_DATA && result != DDS_RETCODE_PRECONDITION_NOT_MET) return result;
+    }
+    return noData(out);
+}
+
+// `next` reads the instance after `selection.instance` that has selected
+// samples, instead of that instance.
 DDS_ReturnCode_t readOrTakeInto(DDS_DataReaderImpl *reader, const std::optional<Selection> &selection,
-                                DDS_Long maxSamples, const Destination &out, const char *context) {
+                                DDS_Long maxSamples, const Destination &out, const char *context, bool next = false) {
     bool lend = false;
     DDS_ReturnCode_t checkedResult = checkDestination(reader, out, maxSamples, lend, context);
     if (checkedResult != DDS_RETCODE_OK) return checkedResult;
     if (!selection) return noData(out);  // the state masks select nothing
-    return lend ? readOnLoan(*reader, *selection, maxSamples, out, context)
-                : readCopies(*selection, maxSamples, out, context);
+    if (next) return readNextInstance(*reader, *selection, selection->instance, maxSamples, out, lend, context);
+    return readSelected(*reader, *selection, maxSamples, out, lend, context);
 }
 
 // The selection of the state-mask forms; empty when the masks select nothing.
@@ -304,24 +336,31 @@ DDS_ReadConditionImpl *conditionOf(DDS_DataReaderImpl *reader, DDS_ReadCondition
     return condition;
 }
 
-DDS_ReturnCode_t readByStates(DDS_DataReaderImpl *self, const Destination &out, DDS_Long maxSamples,
-                              dds_instance_handle_t instance, DDS_SampleStateMask sampleStates,
-                              DDS_ViewStateMask viewStates, DDS_InstanceStateMask instanceStates, DDS_Boolean take,
-                              const char *context) noexcept {
-    std::optional<Selection> selection = byStates(self, instance, sampleStates, viewStates, instanceStates, take);
+// Which instance: every one (DDS_HANDLE_NIL), the one given, or the next
+// after the one given.
+struct Instance {
+    dds_instance_handle_t handle;
+    bool next;
+};
+
+DDS_ReturnCode_t readByStates(DDS_DataReaderImpl *self, const Destination &out, DDS_Long maxSamples, Instance instance,
+                              DDS_SampleStateMask sampleStates, DDS_ViewStateMask viewStates,
+                              DDS_InstanceStateMask instanceStates, DDS_Boolean take, const char *context) noexcept {
+    std::optional<Selection> selection =
+        byStates(self, instance.handle, sampleStates, viewStates, instanceStates, take);
     return guarded(context, DDS_RETCODE_ERROR,
-                   [&] { return readOrTakeInto(self, selection, maxSamples, out, context); });
+                   [&] { return readOrTakeInto(self, selection, maxSamples, out, context, instance.next); });
 }
 
 DDS_ReturnCode_t readByCondition(DDS_DataReaderImpl *self, const Destination &out, DDS_Long maxSamples,
-                                 dds_instance_handle_t instance, DDS_ReadCondition *condition, DDS_Boolean take,
+                                 Instance instance, DDS_ReadCondition *condition, DDS_Boolean take,
                                  const char *context) noexcept {
     DDS_ReadConditionImpl *checkedCondition = conditionOf(self, condition, context);
     if (checkedCondition == nullptr) return DDS_RETCODE_BAD_PARAMETER;
     std::optional<Selection> selection =
-        Selection{checkedCondition->handle, instance, checkedCondition->states, take != DDS_BOOLEAN_FALSE};
+        Selection{checkedCondition->handle, instance.handle, checkedCondition->states, take != DDS_BOOLEAN_FALSE};
     return guarded(context, DDS_RETCODE_ERROR,
-                   [&] { return readOrTakeInto(self, selection, maxSamples, out, context); });
+                   [&] { return readOrTakeInto(self, selection, maxSamples, out, context, instance.next); });
 }
 
 bool hasInstance(dds_instance_handle_t handle, const char *context) noexcept {
@@ -366,14 +405,14 @@ DDS_ReturnCode_t DDS_DataReader_read_or_take_untypedI(OBLX_DATAREADER_READ_OR_TA
                                                       DDS_SampleStateMask sample_states, DDS_ViewStateMask view_states,
                                                       DDS_InstanceStateMask instance_states, DDS_Boolean take) {
     (void)data_seq_len;
-    return readByStates(self, VEXAR_DESTINATION, max_samples, DDS_HANDLE_NIL, sample_states, view_states,
+    return readByStates(self, VEXAR_DESTINATION, max_samples, {DDS_HANDLE_NIL, false}, sample_states, view_states,
                         instance_states, take, "DDS_DataReader_read_or_take_untypedI");
 }
 
 DDS_ReturnCode_t DDS_DataReader_read_or_take_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
                                                                   DDS_ReadCondition *condition, DDS_Boolean take) {
     (void)data_seq_len;
-    return readByCondition(self, VEXAR_DESTINATION, max_samples, DDS_HANDLE_NIL, condition, take,
+    return readByCondition(self, VEXAR_DESTINATION, max_samples, {DDS_HANDLE_NIL, false}, condition, take,
                            "DDS_DataReader_read_or_take_w_condition_untypedI");
 }
 
@@ -384,8 +423,8 @@ DDS_DataReader_read_or_take_instance_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMO
     const char *context = "DDS_DataReader_read_or_take_instance_untypedI";
     (void)data_seq_len;
     if (!hasInstance(handle, context)) return DDS_RETCODE_BAD_PARAMETER;
-    return readByStates(self, VEXAR_DESTINATION, max_samples, handle, sample_states, view_states, instance_states, take,
-                        context);
+    return readByStates(self, VEXAR_DESTINATION, max_samples, {handle, false}, sample_states, view_states,
+                        instance_states, take, context);
 }
 
 DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
@@ -395,29 +434,24 @@ DDS_ReturnCode_t DDS_DataReader_read_or_take_instance_w_condition_untypedI(OBLX_
     const char *context = "DDS_DataReader_read_or_take_instance_w_condition_untypedI";
     (void)data_seq_len;
     if (!hasInstance(handle, context)) return DDS_RETCODE_BAD_PARAMETER;
-    return readByCondition(self, VEXAR_DESTINATION, max_samples, handle, condition, take, context);
+    return readByCondition(self, VEXAR_DESTINATION, max_samples, {handle, false}, condition, take, context);
 }
 
-DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
-                                                                    DDS_InstanceHandle_t, DDS_SampleStateMask,
-                                                                    DDS_ViewStateMask, DDS_InstanceStateMask,
-                                                                    DDS_Boolean) {
-    (void)self, (void)is_loan, (void)received_data, (void)data_count, (void)info_seq, (void)data_seq_len;
-    (void)data_seq_max_len, (void)data_seq_has_ownership, (void)data_seq_contiguous_buffer, (void)data_size;
-    (void)max_samples;
-    OBLX_Report_unsupported("DDS_DataReader_read_or_take_next_instance_untypedI", "finding the next instance");
-    return DDS_RETCODE_UNSUPPORTED;
+DDS_ReturnCode_t DDS_DataReader_read_or_take_next_instance_untypedI(
+    OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS, DDS_InstanceHandle_t previous_handle, DDS_SampleStateMask sample_states,
+    DDS_ViewStateMask view_states, DDS_InstanceStateMask instance_states, DDS_Boolean take) {
+    (void)data_seq_len;
+    return readByStates(self, VEXAR_DESTINATION, max_samples, {previous_handle, true}, sample_states, view_states,
+                        instance_states, take, "DDS_DataReader_read_or_take_next_instance_untypedI");
 }
 
 DDS_ReturnCode_t
 DDS_DataReader_read_or_take_next_instance_w_condition_untypedI(OBLX_DATAREADER_READ_OR_TAKE_COMMON_ARGS,
-                                                               DDS_InstanceHandle_t, DDS_ReadCondition *, DDS_Boolean) {
-    (void)self, (void)is_loan, (void)received_data, (void)data_count, (void)info_seq, (void)data_seq_len;
-    (void)data_seq_max_len, (void)data_seq_has_ownership, (void)data_seq_contiguous_buffer, (void)data_size;
-    (void)max_samples;
-    OBLX_Report_unsupported("DDS_DataReader_read_or_take_next_instance_w_condition_untypedI",
-                            "finding the next instance");
-    return DDS_RETCODE_UNSUPPORTED;
+                                                               DDS_InstanceHandle_t previous_handle,
+                                                               DDS_ReadCondition *condition, DDS_Boolean take) {
+    (void)data_seq_len;
+    return readByCondition(self, VEXAR_DESTINATION, max_samples, {previous_handle, true}, condition, take,
+                           "DDS_DataReader_read_or_take_next_instance_w_condition_untypedI");
 }
 
 DDS_ReturnCode_t DDS_DataReader_return_loan_untypedI(DDS_DataReader *self, void **received_data, DDS_Long,

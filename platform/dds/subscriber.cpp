@@ -31,7 +31,9 @@ DDS_DomainParticipant *DDS_Subscriber_get_participant(DDS_Subscriber *self) {
 DDS_ReturnCode_t DDS_Subscriber_get_qos(DDS_Subscriber *self, DDS_SubscriberQos *qos) {
     const char *context = "DDS_Subscriber_get_qos";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    return readQos(self->handle, qos, context);
+    DDS_ReturnCode_t result = readQos(self->handle, qos, context);
+    if (result == DDS_RETCODE_OK) qos->protocol = self->protocol;  // Cyclone drops it (see entity.hpp)
+    return result;
 }
 
 DDS_DataReader *DDS_Subscriber_create_datareader(DDS_Subscriber *self, DDS_TopicDescription *topic,

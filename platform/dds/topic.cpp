@@ -22,9 +22,11 @@ namespace vexar::dds {
 namespace {
 
 // A Cyclone topic entity of `type` named `name`; the reference on the new
-// sertype passes to Cyclone on success.
+// sertype passes to Cyclone on success, and `used` is the sertype that
+// Cyclone chose (an equal one it knew already, or the new one).
 dds_entity_t createCycloneTopic(dds_entity_t participant, const char *name, const TypeRegistration &type,
-                                const std::string &typeName, const dds_qos_t *qos, const char *context) noexcept {
+                                const std::string &typeName, const dds_qos_t *qos, const ddsi_sertype *&used,
+                                const char *context) noexcept {
     ddsi_sertype *sertype = createSertype(&type.plugin, typeName.c_str());
     if (sertype == nullptr) {
         OBLX_Report_failure(context, "cannot bridge the registered type");
@@ -35,6 +37,7 @@ dds_entity_t createCycloneTopic(dds_entity_t participant, const char *name, cons
         ddsi_sertype_unref(sertype);
         reportCycloneFailure(context, "dds_create_topic_sertype", topic);
     }
+    used = sertype;
     return topic;
 }
 
@@ -53,9 +56,10 @@ DDS_Topic *createTopic(DDS_DomainParticipantImpl &participant, const char *name,
         return nullptr;
     }
     auto topic = std::make_unique<DDS_TopicImpl>(EntityKind::topic, 0, &participant, name, type->second, typeName);
-    topic->handle =
-        createCycloneTopic(participant.handle, name, type->second, topic->typeName, cycloneQos.get(), context);
+    topic->handle = createCycloneTopic(participant.handle, name, type->second, topic->typeName, cycloneQos.get(),
+                                       topic->sertype, context);
     if (topic->handle < 0) return nullptr;
+    topic->protocol = qos.protocol;
     ++type->second.topics;
     participant.topics.push_back(std::move(topic));
     return participant.topics.back().get();
@@ -107,7 +111,7 @@ dds_return_t installFilteredTopic(DDS_ContentFilteredTopicImpl &filtered, const 
     dds_return_t result = qos ? dds_get_qos(related.handle, qos.get()) : DDS_RETCODE_OUT_OF_RESOURCES;
     if (result < 0) return reportCycloneFailure(context, "dds_get_qos", result);
     filtered.handle = createCycloneTopic(related.participant->handle, related.name.c_str(), related.type,
-                                         related.typeName, qos.get(), context);
+                                         related.typeName, qos.get(), filtered.sertype, context);
     if (filtered.handle < 0) return filtered.handle;
     dds_topic_filter topicFilter{};
     topicFilter.mode = DDS_TOPIC_FILTER_SAMPLE_ARG;
@@ -251,7 +255,9 @@ DDS_Entity *DDS_Topic_as_entity(DDS_Topic *self) { return checked(self, "DDS_Top
 DDS_ReturnCode_t DDS_Topic_get_qos(DDS_Topic *self, DDS_TopicQos *qos) {
     const char *context = "DDS_Topic_get_qos";
     if (checked(self, context) == nullptr) return DDS_RETCODE_BAD_PARAMETER;
-    return readQos(self->handle, qos, context);
+    DDS_ReturnCode_t result = readQos(self->handle, qos, context);
+    if (result == DDS_RETCODE_OK) qos->protocol = self->protocol;  // Cyclone drops it (see entity.hpp)
+    return result;
 }
 
 DDS_ContentFilteredTopic *DDS_ContentFilteredTopic_narrow(DDS_TopicDescription *description) {

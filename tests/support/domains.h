@@ -8,5 +8,5 @@ constexpr int kBridgeBase = 10;      // 10..49 DDS bridge
 constexpr int kTypedEndpoints = 11;  // 11..19 of those: typed endpoints (18, 19: bench/dds_throughput_bench)
 constexpr int kLoggerBase = 50;      // 50..119 logger end to end
 constexpr int kToolsBase = 120;      // 120..199 command-line tool
-constexpr int kBenchBase = 200;      // 200..209 logger benchmarks (bench/logger_*_bench)
+constexpr int kBenchBase = 200;      // 200..209 benchmarks (bench/logger_*_bench, 203: instance_iteration_bench)
 }  // namespace vexar_test::domains
