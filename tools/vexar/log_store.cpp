@@ -6,9 +6,8 @@ namespace vexar::cli {
 
 LogStore::LogStore(const std::string &path)
     : db_(path, Database::Access::ReadWrite),
-      insertMessage_(db_.get(),
-                     "INSERT INTO messages(source_time, received_time, app, level, category, text) "
-                     "VALUES (?, ?, ?, ?, ?, ?)"),
+      insertMessage_(db_.get(), "INSERT INTO messages(source_time, received_time, app, level, category, text) "
+                                "VALUES (?, ?, ?, ?, ?, ?)"),
       insertApp_(db_.get(), "INSERT INTO apps(host, app) VALUES (?, ?) RETURNING id"),
       findApp_(db_.get(), "SELECT id FROM apps WHERE host = ? AND app = ?"),
       insertState_(db_.get(),
@@ -66,7 +65,7 @@ bool LogStore::alreadyStored(std::int64_t app, const StoredMessage &message) {
     if (latest == latestBeforeRun_.end()) {
         latestOfApp_.bind(1, app);
         std::int64_t time = latestOfApp_.step() && !latestOfApp_.isNull(0) ? latestOfApp_.integer(0)
-                                                                          : std::numeric_limits<std::int64_t>::min();
+                                                                           : std::numeric_limits<std::int64_t>::min();
         latestOfApp_.reset();
         latest = latestBeforeRun_.emplace(app, time).first;
     }

@@ -31,9 +31,13 @@ constexpr std::string_view kQueryDetails =
 
 }  // namespace
 
-const CommandDescription kQueryCommand{
-    "query", "", "Print recorded log messages from a database that 'vexar record' writes.", kQueryDetails,
-    kQueryOptions, 0, 0};
+const CommandDescription kQueryCommand{"query",
+                                       "",
+                                       "Print recorded log messages from a database that 'vexar record' writes.",
+                                       kQueryDetails,
+                                       kQueryOptions,
+                                       0,
+                                       0};
 
 int runQuery(const ParsedArguments &arguments) {
     std::string path = requiredDatabase(arguments);

@@ -125,9 +125,8 @@ public:
             double seconds = std::chrono::duration<double>(now - statsSince_).count();
             double perSecond = double(stored_ - storedAtStats_) / seconds;
             char line[160];
-            std::snprintf(line, sizeof line, "%.0f messages/s, %lld stored since start, database %.1f MB",
-                          perSecond, static_cast<long long>(stored_),
-                          double(databaseBytes(store_.database())) / 1e6);
+            std::snprintf(line, sizeof line, "%.0f messages/s, %lld stored since start, database %.1f MB", perSecond,
+                          static_cast<long long>(stored_), double(databaseBytes(store_.database())) / 1e6);
             say(line);
         }
         statsSince_ = now;
@@ -198,7 +197,8 @@ int runRecord(const ParsedArguments &arguments) {
         recorder.reportIfDue(stats);
         sayLost(losses.add(logs.lostSinceAsked(), WallClock::now()));
         if (!moreWaiting || !recorder.accepting()) {
-            watch.signal.waitUntil(std::min(deadline, Clock::now() + std::chrono::milliseconds(recorder.accepting() ? 200 : 100)));
+            watch.signal.waitUntil(
+                std::min(deadline, Clock::now() + std::chrono::milliseconds(recorder.accepting() ? 200 : 100)));
         }
     }
     // What arrived before the stop is stored too.

@@ -9,8 +9,8 @@ void checkSqlite(sqlite3 *db, int code, std::string_view doing) {
 }
 
 Statement::Statement(sqlite3 *db, std::string_view sql) : db_(db) {
-    int code = sqlite3_prepare_v3(db, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT,
-                                  &statement_, nullptr);
+    int code = sqlite3_prepare_v3(db, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &statement_,
+                                  nullptr);
     checkSqlite(db, code, "cannot prepare a statement");
 }
 

@@ -21,9 +21,8 @@ struct QuerySql {
 
 QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
     QuerySql sql;
-    sql.text =
-        "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text "
-        "FROM messages m JOIN apps a ON a.id = m.app WHERE 1";
+    sql.text = "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text "
+               "FROM messages m JOIN apps a ON a.id = m.app WHERE 1";
     const MessageFilter &filter = query.filter;
     if (filter.mostVerboseLevel) {
         sql.add("m.level <= ?");

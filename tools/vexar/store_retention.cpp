@@ -10,9 +10,8 @@ constexpr std::int64_t kChunk = 20000;
 // Deletes at most `most` of the oldest messages, older than `before`, one
 // chunk per transaction; returns how many went.
 std::int64_t deleteOldest(Database &db, std::int64_t before, std::int64_t most) {
-    Statement remove(db.get(),
-                     "DELETE FROM messages WHERE id IN "
-                     "(SELECT id FROM messages WHERE source_time < ? ORDER BY source_time LIMIT ?)");
+    Statement remove(db.get(), "DELETE FROM messages WHERE id IN "
+                               "(SELECT id FROM messages WHERE source_time < ? ORDER BY source_time LIMIT ?)");
     std::int64_t deleted = 0;
     while (deleted < most) {
         std::int64_t chunk = std::min(kChunk, most - deleted);

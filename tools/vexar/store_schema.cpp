@@ -97,8 +97,8 @@ void prepareSchema(Database &db, const std::string &path, Database::Access acces
         throw StoreError(path + " is not a vexar log database", SQLITE_NOTADB);
     }
     if (version > kSchemaVersion) {
-        throw StoreError(path + " has schema version " + std::to_string(version) +
-                             ", newer than this vexar reads (" + std::to_string(kSchemaVersion) + ")",
+        throw StoreError(path + " has schema version " + std::to_string(version) + ", newer than this vexar reads (" +
+                             std::to_string(kSchemaVersion) + ")",
                          SQLITE_NOTADB);
     }
     if (version == kSchemaVersion) return;

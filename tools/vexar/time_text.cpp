@@ -30,7 +30,8 @@ std::optional<std::int64_t> numberWithUnit(std::string_view text, std::string_vi
     std::string_view rest(end, static_cast<std::size_t>(text.data() + text.size() - end));
     std::int64_t multiplier = plain;
     if (!rest.empty()) {
-        std::size_t unit = rest.size() == 1 ? units.find(static_cast<char>(std::tolower(rest[0]))) : std::string_view::npos;
+        std::size_t unit =
+            rest.size() == 1 ? units.find(static_cast<char>(std::tolower(rest[0]))) : std::string_view::npos;
         if (unit == std::string_view::npos) return std::nullopt;
         multiplier = multipliers[unit];
     }
