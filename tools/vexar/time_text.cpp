@@ -145,9 +145,9 @@ std::int64_t parseDuration(std::string_view option, std::string_view text) {
 }
 
 std::int64_t parseTimePoint(std::string_view option, std::string_view text, std::int64_t now) {
-    if (isName("now", text)) return now;
-    if (isName("today", text)) return localMidnight(now, 0);
-    if (isName("yesterday", text)) return localMidnight(now, 1);
+    if (isName("NOW", text)) return now;
+    if (isName("TODAY", text)) return localMidnight(now, 0);
+    if (isName("YESTERDAY", text)) return localMidnight(now, 1);
     if (std::optional<std::int64_t> ago = durationOf(text)) return now - *ago;
     if (std::optional<std::int64_t> time = absoluteTime(text)) return *time;
     reject(option, text, "10m, 2h, 7d, now, today, yesterday, or YYYY-MM-DD[ HH:MM[:SS]][Z|+HH:MM]");
