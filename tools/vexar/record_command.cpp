@@ -96,6 +96,7 @@ public:
             retryAt_ = now + kRetryPause;
             return;
         }
+        retainSize();
         if (refusedSince_) {
             auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - *refusedSince_).count();
             say("writing again after " + std::to_string(seconds) + " s");
@@ -105,14 +106,23 @@ public:
         states_.clear();
     }
 
-    // Retention once a second, while the disk takes writes.
+    // The size at each commit, so that the file passes it by a batch at most.
+    void retainSize() {
+        if (!limits_.maxBytes) return;
+        try {
+            deleteBeyondSize(store_.database(), *limits_.maxBytes);
+        } catch (const StoreError &error) {
+            if (!error.diskFull()) throw;
+        }
+    }
+
+    // The age once a second, while the disk takes writes.
     void retainIfDue() {
         Clock::time_point now = Clock::now();
-        if (refusedSince_ || now < nextRetention_) return;
+        if (refusedSince_ || now < nextRetention_ || !limits_.keepNanoseconds) return;
         nextRetention_ = now + kRetentionPeriod;
-        if (!limits_.keepNanoseconds && !limits_.maxBytes) return;
         try {
-            applyRetention(store_.database(), limits_, wallClockNow());
+            deleteBeyondAge(store_.database(), *limits_.keepNanoseconds, wallClockNow());
         } catch (const StoreError &error) {
             if (!error.diskFull()) throw;
         }

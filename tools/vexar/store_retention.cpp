@@ -38,21 +38,19 @@ std::int64_t usedBytes(Database &db) {
     return (db.integer("PRAGMA page_count") - db.integer("PRAGMA freelist_count")) * db.integer("PRAGMA page_size");
 }
 
-std::int64_t applyRetention(Database &db, const RetentionLimits &limits, std::int64_t now) {
-    constexpr std::int64_t kNoLimit = INT64_MAX;
-    std::int64_t deleted = 0;
-    if (limits.keepNanoseconds) deleted += deleteOldest(db, now - *limits.keepNanoseconds, kNoLimit);
-    if (limits.maxBytes) {
-        std::int64_t used = usedBytes(db);
-        if (used > *limits.maxBytes) {
-            // Down to 90% of the limit, by the share of rows that the excess is.
-            std::int64_t rows = db.integer("SELECT max(id) - min(id) + 1 FROM messages");
-            double share = double(used - *limits.maxBytes * 9 / 10) / double(used);
-            deleted += deleteOldest(db, kNoLimit, std::max<std::int64_t>(1000, std::int64_t(double(rows) * share)));
-            // Deleted texts leave marks in the text index until its segments merge.
-            db.execute("INSERT INTO messages_text(messages_text, rank) VALUES ('merge', 500)");
-        }
-    }
+std::int64_t deleteBeyondAge(Database &db, std::int64_t keep, std::int64_t now) {
+    return deleteOldest(db, now - keep, INT64_MAX);
+}
+
+std::int64_t deleteBeyondSize(Database &db, std::int64_t maxBytes) {
+    std::int64_t used = usedBytes(db);
+    if (used <= maxBytes) return 0;
+    std::int64_t rows = db.integer("SELECT max(id) - min(id) + 1 FROM messages");
+    double share = double(used - maxBytes * 9 / 10) / double(used);
+    std::int64_t deleted =
+        deleteOldest(db, INT64_MAX, std::max<std::int64_t>(1000, std::int64_t(double(rows) * share)));
+    // Deleted texts leave marks in the text index until its segments merge.
+    db.execute("INSERT INTO messages_text(messages_text, rank) VALUES ('merge', 500)");
     return deleted;
 }
 

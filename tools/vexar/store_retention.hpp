@@ -20,10 +20,13 @@ struct RetentionLimits {
 std::int64_t databaseBytes(Database &db);
 std::int64_t usedBytes(Database &db);
 
-// Deletes what is beyond the limits at `now` (nanoseconds since the epoch)
-// and returns how many messages went. Beyond the size, a share of the oldest
-// goes per call (the text index frees its pages only as it merges), so a
-// caller checks again later.
-std::int64_t applyRetention(Database &db, const RetentionLimits &limits, std::int64_t now);
+// Deletes the messages older than `keep` at `now` (nanoseconds since the
+// epoch); returns how many went.
+std::int64_t deleteBeyondAge(Database &db, std::int64_t keep, std::int64_t now);
+
+// When the data passes `maxBytes`, deletes the oldest messages by the share
+// of the excess (down to 90%), and returns how many went. The text index
+// frees its pages only as it merges, so a caller checks again later.
+std::int64_t deleteBeyondSize(Database &db, std::int64_t maxBytes);
 
 }  // namespace vexar::cli

@@ -69,13 +69,6 @@ void migrate(Database &db, std::int64_t from) {
 }  // namespace
 
 LogDatabase::LogDatabase(const std::string &path, Access access) : Database(path, access) {
-    if (access == Access::ReadWrite) {
-        try {
-            execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
-        } catch (const StoreError &error) {
-            throw StoreError(path + " cannot be written: " + error.what(), error.code);
-        }
-    }
     prepareSchema(*this, path, access);
 }
 
@@ -101,12 +94,18 @@ void prepareSchema(Database &db, const std::string &path, Database::Access acces
                              std::to_string(kSchemaVersion) + ")",
                          SQLITE_NOTADB);
     }
-    if (version == kSchemaVersion) return;
     if (access == Database::Access::ReadOnly) {
+        if (version == kSchemaVersion) return;
         throw StoreError(path + " has schema version " + std::to_string(version) + ": run 'vexar record' on it once",
                          SQLITE_NOTADB);
     }
-    migrate(db, version);
+    // Only a file found to be ours (or empty) is changed.
+    try {
+        db.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
+    } catch (const StoreError &error) {
+        throw StoreError(path + " cannot be written: " + error.what(), error.code);
+    }
+    if (version < kSchemaVersion) migrate(db, version);
 }
 
 }  // namespace vexar::cli
