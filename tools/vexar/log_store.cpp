@@ -15,12 +15,17 @@ LogStore::LogStore(const std::string &path)
                    "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
       latestOfApp_(db_.get(), "SELECT max(source_time) FROM messages WHERE app = ?"),
       findMessage_(db_.get(),
-                   "SELECT 1 FROM messages WHERE app = ? AND source_time = ? AND level = ? AND text = ? LIMIT 1") {}
+                   "SELECT 1 FROM messages WHERE app = ? AND source_time = ? AND level = ? AND text = ? LIMIT 1"),
+      lastMessage_(db_.get(), "SELECT coalesce(max(id), 0) FROM messages"),
+      indexTexts_(db_.get(), "INSERT INTO messages_text(rowid, text) SELECT id, text FROM messages WHERE id > ?") {}
 
 std::size_t LogStore::write(std::span<const StoredMessage> messages, std::span<const StoredState> states) {
     std::size_t added = 0;
     try {
         db_.execute("BEGIN IMMEDIATE");
+        lastMessage_.step();
+        std::int64_t lastBefore = lastMessage_.integer(0);
+        lastMessage_.reset();
         for (const StoredState &state : states) writeState(state);
         for (const StoredMessage &message : messages) {
             std::int64_t app = appRow(message.app);
@@ -30,9 +35,12 @@ std::size_t LogStore::write(std::span<const StoredMessage> messages, std::span<c
             insertMessage_.run();
             ++added;
         }
+        indexTexts_.bind(1, lastBefore).run();
         db_.execute("COMMIT");
     } catch (const StoreError &) {
         insertMessage_.reset();
+        lastMessage_.reset();
+        indexTexts_.reset();
         if (db_.inTransaction()) sqlite3_exec(db_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
         // Rows of applications added in the failed transaction are gone.
         appRows_.clear();

@@ -54,6 +54,8 @@ private:
     Statement insertState_;
     Statement latestOfApp_;
     Statement findMessage_;
+    Statement lastMessage_;
+    Statement indexTexts_;
     std::map<AppId, std::int64_t> appRows_;
     // Per application row, its latest source time stored before this run.
     std::map<std::int64_t, std::int64_t> latestBeforeRun_;

@@ -1,6 +1,7 @@
 // vexar record: every log message and State of the domain into a log
 // database, for `vexar query` and `vexar tail --db`.
 #include <csignal>
+#include <filesystem>
 #include <cstdio>
 #include <limits>
 #include <map>
@@ -9,9 +10,8 @@
 #include "commands.hpp"
 #include "dds_session.hpp"
 #include "filter_options.hpp"
-#include "log_store.hpp"
+#include "batch_writer.hpp"
 #include "loss_report.hpp"
-#include "store_retention.hpp"
 #include "time_text.hpp"
 
 namespace vexar::cli {
@@ -33,9 +33,10 @@ constexpr std::string_view kRecordDetails =
     "and retries every second.";
 
 constexpr auto kBatchAge = std::chrono::seconds(1);
+// Once the reader is drained, a batch waits this long for more: fewer,
+// larger transactions keep the text index's segments few.
+constexpr auto kDrainedBatchAge = std::chrono::milliseconds(200);
 constexpr std::size_t kBatchMost = 65536;
-constexpr auto kRetryPause = std::chrono::seconds(1);
-constexpr auto kRetentionPeriod = std::chrono::seconds(1);
 constexpr auto kStatsPeriod = std::chrono::seconds(60);
 constexpr DDS_Long kTake = Reader<QTV_VX_LogMessage>::kBatch;
 
@@ -48,20 +49,19 @@ void say(const std::string &line) {
     std::fflush(stderr);
 }
 
-// Collects what arrives into a batch and commits it whole; holds a batch
-// that the disk refused and retries it.
+// Collects what arrives into batches and hands them to the writer thread.
 class Recorder {
 public:
-    Recorder(const std::string &path, RetentionLimits limits) : store_(path), limits_(limits) {}
+    Recorder(const std::string &path, RetentionLimits limits) : path_(path), writer_(path, limits) {}
 
     void addMessages(const std::vector<Received<QTV_VX_LogMessage>> &batch) {
         std::int64_t now = wallClockNow();
-        if (messages_.empty() && states_.empty()) batchStart_ = Clock::now();
+        if (batch_.empty()) batchStart_ = Clock::now();
         for (const auto &[message, info] : batch) {
             if (!info->valid_data) continue;
-            messages_.push_back({nanosecondsOf(info->source_timestamp), now, appIdOf(message->hostAndAppId),
-                                 message->level, message->category != nullptr ? message->category : "",
-                                 message->message != nullptr ? message->message : ""});
+            batch_.messages.push_back({nanosecondsOf(info->source_timestamp), now, appIdOf(message->hostAndAppId),
+                                       message->level, message->category != nullptr ? message->category : "",
+                                       message->message != nullptr ? message->message : ""});
         }
     }
 
@@ -71,95 +71,75 @@ public:
         for (const auto &[id, record] : apps.records()) {
             auto stored = storedStates_.find(id);
             if (stored != storedStates_.end() && stored->second == record) continue;
-            if (messages_.empty() && states_.empty()) batchStart_ = Clock::now();
+            if (batch_.empty()) batchStart_ = Clock::now();
             storedStates_[id] = record;
-            states_.push_back({record, now});
+            batch_.states.push_back({record, now});
         }
     }
 
-    // Whether new data may be taken: not while the disk refuses a batch.
-    bool accepting() const { return !refusedSince_; }
-    bool batchFull() const { return messages_.size() >= kBatchMost; }
+    // Whether new data may be taken: not while the writer is behind (or the
+    // disk refuses its batch) and this batch is full.
+    bool accepting() const { return batch_.messages.size() < kBatchMost || writer_.hasRoom(); }
 
-    // Commits the batch when it is due; false while the disk refuses it.
-    void commitIfDue(bool readerDrained) {
-        if (messages_.empty() && states_.empty()) return;
-        Clock::time_point now = Clock::now();
-        if (refusedSince_ && now < retryAt_) return;
-        if (!refusedSince_ && !readerDrained && !batchFull() && now - batchStart_ < kBatchAge) return;
-        try {
-            stored_ += static_cast<std::int64_t>(store_.write(messages_, states_));
-        } catch (const StoreError &error) {
-            if (!error.diskFull()) throw;
-            if (!refusedSince_) say(error.what() + std::string(" (holding the batch, retrying every second)"));
-            if (!refusedSince_) refusedSince_ = now;
-            retryAt_ = now + kRetryPause;
-            return;
-        }
-        retainSize();
-        if (refusedSince_) {
-            auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - *refusedSince_).count();
-            say("writing again after " + std::to_string(seconds) + " s");
-            refusedSince_.reset();
-        }
-        messages_.clear();
-        states_.clear();
-    }
-
-    // The size at each commit, so that the file passes it by a batch at most.
-    void retainSize() {
-        if (!limits_.maxBytes) return;
-        try {
-            deleteBeyondSize(store_.database(), *limits_.maxBytes);
-        } catch (const StoreError &error) {
-            if (!error.diskFull()) throw;
+    // Hands the batch over when it is due and the writer has room.
+    void submitIfDue(bool readerDrained) {
+        if (auto failure = writer_.failure()) throw StoreError(*failure, SQLITE_ERROR);
+        if (batch_.empty() || !writer_.hasRoom()) return;
+        auto age = Clock::now() - batchStart_;
+        bool full = batch_.messages.size() >= kBatchMost;
+        if (full || age >= kBatchAge || (readerDrained && age >= kDrainedBatchAge)) {
+            writer_.submit(std::move(batch_));
+            batch_ = {};
         }
     }
 
-    // The age once a second, while the disk takes writes.
-    void retainIfDue() {
-        Clock::time_point now = Clock::now();
-        if (refusedSince_ || now < nextRetention_ || !limits_.keepNanoseconds) return;
-        nextRetention_ = now + kRetentionPeriod;
-        try {
-            deleteBeyondAge(store_.database(), *limits_.keepNanoseconds, wallClockNow());
-        } catch (const StoreError &error) {
-            if (!error.diskFull()) throw;
+    // Hands over what is left and waits until it is written; returns how
+    // many messages could not be.
+    std::size_t finish() {
+        std::size_t left = batch_.messages.size();
+        if (writer_.hasRoom()) {
+            writer_.submit(std::move(batch_));
+            left = 0;
         }
+        left += writer_.finish();
+        if (auto failure = writer_.failure()) throw StoreError(*failure, SQLITE_ERROR);
+        return left;
     }
 
     void reportIfDue(bool wanted) {
         Clock::time_point now = Clock::now();
         if (!wanted || now < nextStats_) return;
+        std::int64_t stored = writer_.stored();
         if (statsSince_ != Clock::time_point{}) {
             double seconds = std::chrono::duration<double>(now - statsSince_).count();
-            double perSecond = double(stored_ - storedAtStats_) / seconds;
             char line[160];
-            std::snprintf(line, sizeof line, "%.0f messages/s, %lld stored since start, database %.1f MB", perSecond,
-                          static_cast<long long>(stored_), double(databaseBytes(store_.database())) / 1e6);
+            std::snprintf(line, sizeof line, "%.0f messages/s, %lld stored since start, database %.1f MB",
+                          double(stored - storedAtStats_) / seconds, static_cast<long long>(stored),
+                          double(fileBytes()) / 1e6);
             say(line);
         }
         statsSince_ = now;
-        storedAtStats_ = stored_;
+        storedAtStats_ = stored;
         nextStats_ = now + kStatsPeriod;
     }
 
-    std::size_t pending() const { return messages_.size(); }
-    std::int64_t stored() const { return stored_; }
-
 private:
-    LogStore store_;
-    RetentionLimits limits_;
-    std::vector<StoredMessage> messages_;
-    std::vector<StoredState> states_;
+    // The database with its write-ahead log, as the disk holds them.
+    std::int64_t fileBytes() const {
+        std::error_code ignored;
+        auto main = std::filesystem::file_size(path_, ignored);
+        auto log = std::filesystem::file_size(path_ + "-wal", ignored);
+        return static_cast<std::int64_t>((main == std::uintmax_t(-1) ? 0 : main) +
+                                         (log == std::uintmax_t(-1) ? 0 : log));
+    }
+
+    std::string path_;
+    BatchWriter writer_;
+    StoreBatch batch_;
     std::map<AppId, AppRecord> storedStates_;
     Clock::time_point batchStart_;
-    std::optional<Clock::time_point> refusedSince_;
-    Clock::time_point retryAt_;
-    Clock::time_point nextRetention_;
     Clock::time_point nextStats_;
     Clock::time_point statsSince_;
-    std::int64_t stored_ = 0;
     std::int64_t storedAtStats_ = 0;
 };
 
@@ -202,8 +182,7 @@ int runRecord(const ParsedArguments &arguments) {
                 recorder.addMessages(batch);
             }) == kTake;
         }
-        recorder.commitIfDue(!moreWaiting);
-        recorder.retainIfDue();
+        recorder.submitIfDue(!moreWaiting);
         recorder.reportIfDue(stats);
         sayLost(losses.add(logs.lostSinceAsked(), WallClock::now()));
         if (!moreWaiting || !recorder.accepting()) {
@@ -213,10 +192,10 @@ int runRecord(const ParsedArguments &arguments) {
     }
     // What arrived before the stop is stored too.
     logs.takeAll([&](const std::vector<Received<QTV_VX_LogMessage>> &batch) { recorder.addMessages(batch); });
-    recorder.commitIfDue(true);
+    std::size_t left = recorder.finish();
     sayLost(losses.flush(WallClock::now()));
-    if (recorder.pending() > 0) {
-        say("stopped with " + std::to_string(recorder.pending()) + " messages not stored (the disk refused them)");
+    if (left > 0) {
+        say("stopped with " + std::to_string(left) + " messages not stored (the disk refused them)");
         return kExitFailure;
     }
     return 0;

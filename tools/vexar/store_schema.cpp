@@ -10,7 +10,9 @@ namespace {
 // Times are nanoseconds since the epoch. Applications are one row each so
 // that a message carries a small number, and their kind (from the State)
 // can be named in a query. The text index holds no copy of the texts
-// (external content); the triggers keep it in step with the messages.
+// (external content). The writer adds each batch's texts to it in one
+// statement (a trigger per row would make the index write a segment per
+// message); the trigger keeps it in step when messages are deleted.
 constexpr const char *kMigrations[] = {
     R"sql(
 CREATE TABLE apps(
@@ -41,9 +43,6 @@ CREATE INDEX messages_time ON messages(source_time);
 CREATE INDEX messages_app ON messages(app, source_time);
 CREATE INDEX messages_level ON messages(level, source_time);
 CREATE VIRTUAL TABLE messages_text USING fts5(text, content='messages', content_rowid='id');
-CREATE TRIGGER messages_text_insert AFTER INSERT ON messages BEGIN
-  INSERT INTO messages_text(rowid, text) VALUES (new.id, new.text);
-END;
 CREATE TRIGGER messages_text_delete AFTER DELETE ON messages BEGIN
   INSERT INTO messages_text(messages_text, rowid, text) VALUES ('delete', old.id, old.text);
 END;
@@ -99,9 +98,11 @@ void prepareSchema(Database &db, const std::string &path, Database::Access acces
         throw StoreError(path + " has schema version " + std::to_string(version) + ": run 'vexar record' on it once",
                          SQLITE_NOTADB);
     }
-    // Only a file found to be ours (or empty) is changed.
+    // Only a file found to be ours (or empty) is changed. Statement
+    // journals (a delete's trigger) stay in memory.
     try {
-        db.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768");
+        db.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA cache_size = -32768; "
+                   "PRAGMA temp_store = MEMORY");
     } catch (const StoreError &error) {
         throw StoreError(path + " cannot be written: " + error.what(), error.code);
     }
