@@ -124,10 +124,12 @@ std::optional<std::int64_t> absoluteTime(std::string_view text) {
     parts.tm_mon = month - 1;
     parts.tm_mday = day;
     parts.tm_isdst = -1;
-    std::time_t seconds = offset ? timegm(&parts) - *offset : std::mktime(&parts);
-    if (month < 1 || month > 12 || day < 1 || day > 31 || parts.tm_hour > 23 || parts.tm_min > 59) {
+    // Checked before the conversion, which would carry an hour of 25 into the next day.
+    if (month < 1 || month > 12 || day < 1 || day > 31 || parts.tm_hour > 23 || parts.tm_min > 59 ||
+        parts.tm_sec > 60) {
         return std::nullopt;
     }
+    std::time_t seconds = offset ? timegm(&parts) - *offset : std::mktime(&parts);
     return static_cast<std::int64_t>(seconds) * kSecond + fraction;
 }
 
