@@ -28,8 +28,12 @@ TEST(CliTimeText, DurationsTimePointsAndSizes) {
         const char *text;
         std::int64_t expected;
     };
-    for (Case c : {Case{"90", 90 * kSecond}, {"90s", 90 * kSecond}, {"10m", 600 * kSecond}, {"2H", 7200 * kSecond},
-                   {"7d", 7 * 86400 * kSecond}, {"1w", 7 * 86400 * kSecond}}) {
+    for (Case c : {Case{"90", 90 * kSecond},
+                   {"90s", 90 * kSecond},
+                   {"10m", 600 * kSecond},
+                   {"2H", 7200 * kSecond},
+                   {"7d", 7 * 86400 * kSecond},
+                   {"1w", 7 * 86400 * kSecond}}) {
         EXPECT_EQ(parseDuration("keep", c.text), c.expected) << c.text;
         EXPECT_EQ(parseTimePoint("since", c.text, kNow), kNow - c.expected) << c.text;
     }
@@ -47,7 +51,8 @@ TEST(CliTimeText, DurationsTimePointsAndSizes) {
     EXPECT_GT(today, kNow - 86400 * kSecond);
     EXPECT_NEAR(double(today - yesterday), 86400e9, 3600e9);
     EXPECT_EQ(parseTimePoint("until", "2026-11-25", kNow), parseTimePoint("until", "2026-11-25 00:00:00", kNow));
-    for (const char *bad : {"", "soon", "-5m", "10x", "2026-13-01", "2026-11-21 25:00", "2026-11-21Z5", "2026-11-21 10:61"}) {
+    for (const char *bad :
+         {"", "soon", "-5m", "10x", "2026-13-01", "2026-11-21 25:00", "2026-11-21Z5", "2026-11-21 10:61"}) {
         EXPECT_THROW(parseTimePoint("since", bad, kNow), UsageError) << bad;
     }
     EXPECT_EQ(parseSize("max-size", "64k"), 64 << 10);
@@ -116,11 +121,11 @@ TEST_F(StoreTest, QueriesSelectByEveryKindOfFilter) {
         StoredState named;
         named.record.id = beta;
         named.record.kind = "web";
-        std::vector<StoredMessage> batch = {
-            message(alpha, 1 * kSecond, 100, "disk failed", "db"), message(beta, 2 * kSecond, 600, "request served", "ui"),
-            message(alpha, 3 * kSecond, 300, "retry after timeout", "net"),
-            message(beta, 4 * kSecond, 300, "timeout on upstream", "net.http"),
-            message(alpha, 5 * kSecond, 800, "trace detail", "")};
+        std::vector<StoredMessage> batch = {message(alpha, 1 * kSecond, 100, "disk failed", "db"),
+                                            message(beta, 2 * kSecond, 600, "request served", "ui"),
+                                            message(alpha, 3 * kSecond, 300, "retry after timeout", "net"),
+                                            message(beta, 4 * kSecond, 300, "timeout on upstream", "net.http"),
+                                            message(alpha, 5 * kSecond, 800, "trace detail", "")};
         store.write(batch, std::vector<StoredState>{named});
     }
     auto query = [](auto &&change) {

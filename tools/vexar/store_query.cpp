@@ -19,10 +19,18 @@ struct QuerySql {
     void add(std::string_view condition) { text += std::string(" AND ") + std::string(condition); }
 };
 
+// The last N with words are read from the text index newest first (in the
+// order recorded), which stops after N: ordering all the matches of a
+// common word by source time would read every one of them.
+bool fromTextIndex(const StoreQuery &query) { return query.terms && query.last; }
+
 QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
     QuerySql sql;
-    sql.text = "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text "
-               "FROM messages m JOIN apps a ON a.id = m.app WHERE 1";
+    sql.text = "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text ";
+    sql.text += fromTextIndex(query) ? "FROM messages_text t CROSS JOIN messages m ON m.id = t.rowid "
+                                       "CROSS JOIN apps a ON a.id = m.app WHERE messages_text MATCH ?"
+                                     : "FROM messages m JOIN apps a ON a.id = m.app WHERE 1";
+    if (fromTextIndex(query)) sql.values.emplace_back(fullTextQuery(*query.terms));
     const MessageFilter &filter = query.filter;
     if (filter.mostVerboseLevel) {
         sql.add("m.level <= ?");
@@ -46,11 +54,12 @@ QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
         sql.add("m.source_time < ?");
         sql.values.emplace_back(*query.until);
     }
-    if (query.terms) {
+    if (query.terms && !fromTextIndex(query)) {
         sql.add("m.id IN (SELECT rowid FROM messages_text WHERE messages_text MATCH ?)");
         sql.values.emplace_back(fullTextQuery(*query.terms));
     }
-    sql.text += newestFirst ? " ORDER BY m.source_time DESC, m.id DESC" : " ORDER BY m.source_time, m.id";
+    if (fromTextIndex(query)) sql.text += " ORDER BY t.rowid DESC";
+    else sql.text += newestFirst ? " ORDER BY m.source_time DESC, m.id DESC" : " ORDER BY m.source_time, m.id";
     if (limited) {
         sql.text += " LIMIT ?";
         sql.values.emplace_back(*query.last);
@@ -134,7 +143,13 @@ void selectMessages(Database &db, const StoreQuery &query, const std::function<v
         newest.emplace_back(line);
         if (static_cast<std::int64_t>(newest.size()) >= *query.last) break;
     }
-    std::for_each(newest.rbegin(), newest.rend(), [&](const OwnedLine &owned) { use(owned.view()); });
+    // Oldest first; from the text index they come in the order recorded.
+    std::reverse(newest.begin(), newest.end());
+    std::stable_sort(newest.begin(), newest.end(), [](const OwnedLine &a, const OwnedLine &b) {
+        return a.line.seconds != b.line.seconds ? a.line.seconds < b.line.seconds
+                                                : a.line.nanoseconds < b.line.nanoseconds;
+    });
+    for (const OwnedLine &owned : newest) use(owned.view());
 }
 
 }  // namespace vexar::cli

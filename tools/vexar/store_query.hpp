@@ -20,7 +20,7 @@ struct StoreQuery {
     std::optional<std::int64_t> since;  // nanoseconds since the epoch, inclusive
     std::optional<std::int64_t> until;  // exclusive
     std::optional<std::string> terms;   // words that must all be in the text
-    std::optional<std::int64_t> last;   // only the last N that match
+    std::optional<std::int64_t> last;   // only the last N that match (with terms: the last N recorded)
 };
 
 // Calls `use` for each selected message in source-time order (ties in the
