@@ -25,8 +25,11 @@ bool isOptionWord(std::string_view word) {
     return !(word[1] >= '0' && word[1] <= '9');
 }
 
+// One-letter options are written with one dash: -n.
+bool isShort(std::string_view name) { return name.size() == 1; }
+
 std::string optionUsage(const OptionDescription &option) {
-    std::string usage = "--" + std::string(option.name);
+    std::string usage = (isShort(option.name) ? "-" : "--") + std::string(option.name);
     if (!option.valueName.empty()) usage += " " + std::string(option.valueName);
     return usage;
 }
@@ -94,7 +97,8 @@ ParsedArguments parseArguments(const CommandDescription &command, std::span<cons
             inlineValue = std::string(name.substr(equals + 1));
             name = name.substr(0, equals);
         }
-        const OptionDescription *option = word.starts_with("--") ? findOption(command, name) : nullptr;
+        bool dashesFit = word.starts_with("--") != isShort(name);
+        const OptionDescription *option = dashesFit ? findOption(command, name) : nullptr;
         if (option == nullptr) throw UsageError("unknown option '" + std::string(word) + "'");
         if (option->valueName.empty()) {
             if (inlineValue) throw UsageError("option --" + std::string(name) + " takes no value");

@@ -25,6 +25,8 @@ extern const CommandDescription kSetVerbosityCommand;
 extern const CommandDescription kSetFormatCommand;
 extern const CommandDescription kDemoCommand;
 extern const CommandDescription kConfigCommand;
+extern const CommandDescription kRecordCommand;
+extern const CommandDescription kQueryCommand;
 
 int runTail(const ParsedArguments &arguments);
 int runApps(const ParsedArguments &arguments);
@@ -33,5 +35,7 @@ int runSetVerbosity(const ParsedArguments &arguments);
 int runSetFormat(const ParsedArguments &arguments);
 int runDemo(const ParsedArguments &arguments);
 int runConfig(const ParsedArguments &arguments);
+int runRecord(const ParsedArguments &arguments);
+int runQuery(const ParsedArguments &arguments);
 
 }  // namespace vexar::cli

@@ -188,6 +188,7 @@ void LineFormatter::appendJson(std::string &out, const LogLine &line) {
     appendJsonString(out, line.category);
     out += ",\"message\":";
     appendJsonString(out, line.message);
+    if (line.history) out += ",\"history\":true";
     out += '}';
 }
 

@@ -27,6 +27,7 @@ struct LogLine {
     std::int32_t level = 0;
     std::string_view category;
     std::string_view message;
+    bool history = false;  // read from a log database, not live
 };
 
 enum class LineStyle { Plain, Colour, Json };

@@ -30,14 +30,14 @@ std::optional<LossNotice> LossCounter::flush(WallClock::time_point now) {
     return notice;
 }
 
-std::string lossLine(const LossNotice &notice) {
+std::string lossLine(const LossNotice &notice, std::string_view command) {
     std::time_t since = static_cast<std::time_t>(secondsOf(notice.since));
     std::tm parts{};
     localtime_r(&since, &parts);
     char clock[16];
     std::strftime(clock, sizeof clock, "%H:%M:%S", &parts);
     const char *noun = notice.count == 1 ? " message" : " messages";
-    return "vexar tail: lost " + std::to_string(notice.count) + noun + " since " + clock + "\n";
+    return "vexar " + std::string(command) + ": lost " + std::to_string(notice.count) + noun + " since " + clock + "\n";
 }
 
 std::string lossJson(const LossNotice &notice) {

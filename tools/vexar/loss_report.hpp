@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vexar::cli {
 
@@ -34,8 +35,9 @@ private:
     std::optional<WallClock::time_point> lastNotice_;
 };
 
-// "vexar tail: lost 12 messages since 18:30:05" (local time), with newline.
-std::string lossLine(const LossNotice &notice);
+// "vexar tail: lost 12 messages since 18:30:05" (local time), with newline;
+// `command` names the one that lost them.
+std::string lossLine(const LossNotice &notice, std::string_view command = "tail");
 // {"lost":12,"since":"2026-11-21T17:30:05.000000000Z"}, with newline.
 std::string lossJson(const LossNotice &notice);
 

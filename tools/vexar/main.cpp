@@ -17,7 +17,8 @@ const Command kCommands[] = {
     {kTailCommand, runTail},           {kAppsCommand, runApps},
     {kSetLevelCommand, runSetLevel},   {kSetVerbosityCommand, runSetVerbosity},
     {kSetFormatCommand, runSetFormat}, {kDemoCommand, runDemo},
-    {kConfigCommand, runConfig},
+    {kConfigCommand, runConfig},       {kRecordCommand, runRecord},
+    {kQueryCommand, runQuery},
 };
 
 std::string overview() {

@@ -1,31 +1,37 @@
 // vexar tail: every log message of the domain, one line each.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <map>
 
+#include <thread>
+
 #include "commands.hpp"
 #include "dds_session.hpp"
+#include "filter_options.hpp"
+#include "history_seam.hpp"
 #include "line_format.hpp"
 #include "loss_report.hpp"
 #include "message_filter.hpp"
-#include "names.hpp"
+#include "store_schema.hpp"
+#include "usage_error.hpp"
 
 namespace vexar::cli {
 namespace {
 
 constexpr OptionDescription kTailOptions[] = {
-    {"level", "LEVEL", "show LEVEL and more severe ones (FATAL .. TRACE, or a number)"},
-    {"app", "HOST:APP", "only this application (or the applications of a kind)"},
-    {"category", "TEXT", "only this category: exact text, or a glob such as 'net*'"},
-    {"grep", "REGEX", "only messages whose text matches REGEX (POSIX extended)"},
+    kLevelOption,
+    kAppOption,
+    kCategoryOption,
+    kGrepOption,
     {"count", "N", "exit after N messages"},
     {"timeout", "SECONDS", "exit after SECONDS (status 3 when --count was not reached)"},
-    {"json", "", "print one JSON object per line"},
-    {"no-color", "", "never colour the levels (colour is used on a terminal)"},
+    kJsonOption,
+    kNoColourOption,
+    {"db", "PATH", "first the recorded history from this log database (the last 10, or -n, --since)"},
+    {"n", "N", "with --db: the last N recorded messages that match"},
+    {"since", "TIME", "with --db: the recorded messages from TIME on (the forms of 'vexar query')"},
 };
 
 constexpr std::string_view kTailDetails =
@@ -33,23 +39,9 @@ constexpr std::string_view kTailDetails =
     "level, category, text. A late start still shows each logger's recent history.\n"
     "JSON objects carry time (UTC), host, app, id, kind, level, levelName, category, message.\n"
     "Messages the reader lost are counted on standard error at most once a second\n"
-    "(\"vexar tail: lost N messages since HH:MM:SS\"); with --json also as {\"lost\":N,\"since\":TIME}.";
-
-MessageFilter filterFrom(const ParsedArguments &arguments) {
-    MessageFilter filter;
-    if (auto level = arguments.value("level")) filter.mostVerboseLevel = parseNameOrThrow(kLevelNames, *level);
-    if (auto app = arguments.value("app")) filter.app = AppSelector::parse(*app);
-    filter.categoryPattern = arguments.value("category");
-    if (auto pattern = arguments.value("grep")) filter.textPattern.emplace(*pattern);
-    return filter;
-}
-
-LineStyle styleFrom(const ParsedArguments &arguments) {
-    if (arguments.has("json")) return LineStyle::Json;
-    const char *noColour = std::getenv("NO_COLOR");
-    bool colourWanted = !arguments.has("no-color") && (noColour == nullptr || *noColour == '\0');
-    return colourWanted && isatty(STDOUT_FILENO) ? LineStyle::Colour : LineStyle::Plain;
-}
+    "(\"vexar tail: lost N messages since HH:MM:SS\"); with --json also as {\"lost\":N,\"since\":TIME}.\n"
+    "With --db, the recorded history comes first (marked \"history\":true in JSON), then\n"
+    "the live messages; those the history printed already are not repeated.";
 
 bool earlier(const Received<QTV_VX_LogMessage> &a, const Received<QTV_VX_LogMessage> &b) {
     const DDS_Time_t &x = a.info->source_timestamp;
@@ -92,6 +84,17 @@ public:
 
     // The reader gives each application and level as its own instance, so
     // a batch is put back into time order first.
+    // Prints what a log database recorded before tail went live.
+    void printHistory(const LogLine &line) {
+        if (done()) return;
+        LogLine marked = line;
+        marked.history = true;
+        formatter_.append(out_, marked);
+        seam_.printed(line);
+        --remaining_;
+        if (out_.size() >= kOutputPiece) writeOut();
+    }
+
     void take(std::vector<Received<QTV_VX_LogMessage>> &batch, const AppDirectory &apps) {
         std::stable_sort(batch.begin(), batch.end(), earlier);
         Clock::time_point now = Clock::now();
@@ -126,6 +129,9 @@ public:
         std::fflush(stdout);
     }
 
+    // Live messages from before `time` are not shown: the history started there.
+    void historyStartsAt(std::int64_t time) { seam_.startsAt(time); }
+
     bool done() const { return remaining_ <= 0; }
     bool countLimited() const { return remaining_ < std::numeric_limits<std::int64_t>::max() / 2; }
 
@@ -138,7 +144,7 @@ private:
     }
 
     void print(const LogLine &line) {
-        if (done() || !filter_.matches(line)) return;
+        if (done() || !filter_.matches(line) || seam_.covers(line)) return;
         formatter_.append(out_, line);
         --remaining_;
         if (out_.size() >= kOutputPiece) writeOut();
@@ -167,6 +173,7 @@ private:
     std::vector<HeldMessage> held_;
     Clock::time_point holdUntil_;
     std::map<AppId, Clock::time_point> firstSeen_;
+    HistorySeam seam_;
 };
 
 // Each take's ceiling: the loan of one batch of log messages stays under
@@ -182,6 +189,39 @@ void reportLoss(const LossNotice &notice, LineStyle style) {
     std::fflush(stdout);
 }
 
+// The history tail shows first: with --db, the last 10 that match unless
+// -n or --since says otherwise; without it, none.
+std::optional<StoreQuery> historyQueryFrom(const ParsedArguments &arguments) {
+    if (!arguments.has("db")) {
+        if (arguments.has("n") || arguments.has("since")) throw UsageError("-n and --since need --db PATH");
+        return std::nullopt;
+    }
+    StoreQuery query = storeQueryFrom(arguments);
+    if (!query.last && !query.since) query.last = 10;
+    return query;
+}
+
+// The recorder commits at least once a second: after this wait the database
+// holds what was published before tail's reader matched, and the reader
+// holds what came after, so history and live overlap instead of leaving a gap.
+constexpr auto kRecorderCatchUp = std::chrono::milliseconds(1200);
+
+void printHistory(const std::string &path, const StoreQuery &query, TailPrinter &printer, const AppDirectory &apps) {
+    LogDatabase db(path, Database::Access::ReadOnly);
+    std::this_thread::sleep_for(kRecorderCatchUp);
+    std::int64_t printed = 0;
+    std::optional<std::int64_t> first;
+    selectMessages(db, query, [&](const LogLine &line) {
+        if (!first) first = line.seconds * 1000000000 + line.nanoseconds;
+        printer.printHistory(line);
+        ++printed;
+    });
+    // With fewer than -n recorded, the window reaches back to the start.
+    if (query.last && printed == *query.last) printer.historyStartsAt(*first);
+    if (query.since) printer.historyStartsAt(*query.since);
+    printer.releaseHeld(apps);
+}
+
 }  // namespace
 
 const CommandDescription kTailCommand{
@@ -194,10 +234,13 @@ int runTail(const ParsedArguments &arguments) {
     double timeout = arguments.seconds("timeout", 0);
     std::int32_t domain = arguments.domain();
     LineStyle style = styleFrom(arguments);
+    std::optional<StoreQuery> history = historyQueryFrom(arguments);
 
     DomainWatch watch(domain);
+    // The live reader exists before the history is read, so nothing falls between.
     Reader<QTV_VX_LogMessage> logs(watch.session, logReaderQos(), watch.signal);
     TailPrinter printer(std::move(filter), style, count > 0 ? count : std::numeric_limits<std::int64_t>::max());
+    if (history) printHistory(requiredDatabase(arguments), *history, printer, watch.apps);
     LossCounter losses(WallClock::now());
     auto sayLost = [&](const std::optional<LossNotice> &notice) {
         if (notice) reportLoss(*notice, style);

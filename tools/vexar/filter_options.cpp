@@ -1,0 +1,48 @@
+#include "filter_options.hpp"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <limits>
+
+#include "names.hpp"
+#include "time_text.hpp"
+#include "usage_error.hpp"
+
+namespace vexar::cli {
+
+std::string requiredDatabase(const ParsedArguments &arguments) {
+    std::optional<std::string> path = arguments.value("db");
+    if (!path || path->empty()) throw UsageError("--db PATH is required");
+    return *path;
+}
+
+MessageFilter filterFrom(const ParsedArguments &arguments) {
+    MessageFilter filter;
+    if (auto level = arguments.value("level")) filter.mostVerboseLevel = parseNameOrThrow(kLevelNames, *level);
+    if (auto app = arguments.value("app")) filter.app = AppSelector::parse(*app);
+    filter.categoryPattern = arguments.value("category");
+    if (auto pattern = arguments.value("grep")) filter.textPattern.emplace(*pattern);
+    return filter;
+}
+
+LineStyle styleFrom(const ParsedArguments &arguments) {
+    if (arguments.has("json")) return LineStyle::Json;
+    const char *noColour = std::getenv("NO_COLOR");
+    bool colourWanted = !arguments.has("no-color") && (noColour == nullptr || *noColour == '\0');
+    return colourWanted && isatty(STDOUT_FILENO) ? LineStyle::Colour : LineStyle::Plain;
+}
+
+StoreQuery storeQueryFrom(const ParsedArguments &arguments) {
+    StoreQuery query;
+    query.filter = filterFrom(arguments);
+    std::int64_t now = wallClockNow();
+    if (auto since = arguments.value("since")) query.since = parseTimePoint("since", *since, now);
+    if (auto until = arguments.value("until")) query.until = parseTimePoint("until", *until, now);
+    query.terms = arguments.value("text");
+    if (query.terms) fullTextQuery(*query.terms);  // refuses an empty one now
+    if (arguments.has("n")) query.last = arguments.integer("n", 0, 1, std::numeric_limits<std::int32_t>::max());
+    return query;
+}
+
+}  // namespace vexar::cli
