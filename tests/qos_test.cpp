@@ -267,9 +267,36 @@ TEST(QosCycloneMapping, DurationsKeepInfinityAndSaturate) {
 }
 
 // ---------------------------------------------------------------------------
-// Bare Cyclone entities with mapped QoS
+// Our entities: what each was created with, read back through our get_qos
+// and through Cyclone's own getters on the Cyclone entity behind it
 
-// Every policy that they share away from its default, with values that
+TEST(QosWireProtocol, IdsAreTheGuidPrefixWordsOfAParticipant) {
+    const dds_entity_t participant = dds_create_participant(vexar_test::domains::kBridgeBase + 0, nullptr, nullptr);
+    const dds_entity_t other = dds_create_participant(vexar_test::domains::kBridgeBase + 0, nullptr, nullptr);
+    ASSERT_TRUE(participant > 0 && other > 0);
+    DDS_WireProtocolQosPolicy first, second;
+    ASSERT_EQ(wireProtocolFromParticipant(participant, first, kContext), DDS_RETCODE_OK);
+    ASSERT_EQ(wireProtocolFromParticipant(other, second, kContext), DDS_RETCODE_OK);
+
+    dds_guid_t guid;
+    ASSERT_EQ(dds_get_guid(participant, &guid), 0);
+    auto word = [&](int i) {
+        return DDS_Long(uint32_t(guid.v[4 * i]) << 24 | guid.v[4 * i + 1] << 16 | guid.v[4 * i + 2] << 8 |
+                        guid.v[4 * i + 3]);
+    };
+    EXPECT_EQ(std::tuple(first.rtps_host_id, first.rtps_app_id, first.rtps_instance_id),
+              std::tuple(word(0), word(1), word(2)));
+    EXPECT_NE(second.rtps_app_id, first.rtps_app_id);
+
+    LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);
+    EXPECT_EQ(wireProtocolFromParticipant(dds_create_publisher(participant, nullptr, nullptr), first, kContext),
+              DDS_RETCODE_BAD_PARAMETER);
+    EXPECT_TRUE(log.contains("participant")) << log.text();
+    dds_delete(other);
+    dds_delete(participant);
+}
+
+// Every policy that endpoints share away from its default, with values that
 // Cyclone honours.
 template <typename Qos>
 Qos distinctEndpointQos() {
@@ -285,56 +312,6 @@ Qos distinctEndpointQos() {
     qos.protocol.vendor_specific_entity = DDS_BOOLEAN_TRUE;
     return qos;
 }
-
-// A keyless struct { int32 value; } described to Cyclone by hand: enough to
-// create writers and readers without a type plugin.
-struct Sample {
-    int32_t value;
-};
-const uint32_t kSampleOps[] = {uint32_t{DDS_OP_ADR} | uint32_t{DDS_OP_TYPE_4BY} | uint32_t{DDS_OP_FLAG_SGN},
-                               offsetof(Sample, value), DDS_OP_RTS};
-const dds_topic_descriptor_t kSampleDescriptor = {
-    sizeof(Sample), alignof(Sample), 0u, 0u, "vexar_test::Sample", nullptr, 2u, kSampleOps, "", {}, {}, 0u};
-
-class QosCycloneEntities : public testing::Test {
-protected:
-    void SetUp() override {
-        participant_ = dds_create_participant(vexar_test::domains::kBridgeBase + 0, nullptr, nullptr);
-        ASSERT_GT(participant_, 0);
-        topic_ = dds_create_topic(participant_, &kSampleDescriptor, "qos_test", nullptr, nullptr);
-        ASSERT_GT(topic_, 0);
-    }
-    void TearDown() override { dds_delete(participant_); }
-
-    dds_entity_t participant_ = 0;
-    dds_entity_t topic_ = 0;
-};
-
-TEST_F(QosCycloneEntities, WireProtocolIdsAreTheGuidPrefixWords) {
-    const dds_entity_t other = dds_create_participant(vexar_test::domains::kBridgeBase + 0, nullptr, nullptr);
-    DDS_WireProtocolQosPolicy first, second;
-    ASSERT_EQ(wireProtocolFromParticipant(participant_, first, kContext), DDS_RETCODE_OK);
-    ASSERT_EQ(wireProtocolFromParticipant(other, second, kContext), DDS_RETCODE_OK);
-
-    dds_guid_t guid;
-    ASSERT_EQ(dds_get_guid(participant_, &guid), 0);
-    auto word = [&](int i) {
-        return DDS_Long(uint32_t(guid.v[4 * i]) << 24 | guid.v[4 * i + 1] << 16 | guid.v[4 * i + 2] << 8 |
-                        guid.v[4 * i + 3]);
-    };
-    EXPECT_EQ(std::tuple(first.rtps_host_id, first.rtps_app_id, first.rtps_instance_id),
-              std::tuple(word(0), word(1), word(2)));
-    EXPECT_NE(second.rtps_app_id, first.rtps_app_id);
-
-    LogCapture log(OBLX_CONFIG_LOG_VERBOSITY_ERROR);
-    EXPECT_EQ(wireProtocolFromParticipant(topic_, first, kContext), DDS_RETCODE_BAD_PARAMETER);
-    EXPECT_TRUE(log.contains("participant")) << log.text();
-    dds_delete(other);
-}
-
-// ---------------------------------------------------------------------------
-// Our entities: what each was created with, read back through our get_qos
-// and through Cyclone's own getters on the Cyclone entity behind it
 
 // What Cyclone holds for an entity, through its own getters, in the shapes
 // of newPolicies.
@@ -426,7 +403,7 @@ private:
 // writer is the lossless kind (reliable, KEEP_ALL, bounded) and keeps its
 // history for late joiners. The wire-protocol ids are Cyclone's to choose:
 // they read back as the participant's GUID words (see
-// WireProtocolIdsAreTheGuidPrefixWords), whatever was asked.
+// QosWireProtocol), whatever was asked.
 struct AskedQos {
     DDS_DomainParticipantQos participant = DDS_DomainParticipantQos_INITIALIZER;
     DDS_TopicQos topic = DDS_TopicQos_INITIALIZER;
