@@ -541,10 +541,7 @@ TEST_F(QosProfiles, TheDefaultProfileUnderliesTheParticipantsDefaults) {
     EXPECT_EQ(qosOf(participant, DDS_DomainParticipant_get_default_datareader_qos, depth), 9);
 
     using Type = vexar_test::TopicType<QTV_VX_LogMessage>;
-    OBLX_TypePlugin *plugin = Type::pluginNew();
-    ASSERT_EQ(DDS_DomainParticipant_register_type(participant, Type::registeredTypeName, plugin, nullptr),
-              DDS_RETCODE_OK);
-    Type::pluginDelete(plugin);
+    ASSERT_EQ(Type::registerType(participant, Type::registeredTypeName), DDS_RETCODE_OK);
     DDS_Topic *topic =
         DDS_DomainParticipant_create_topic(participant, logs, Type::registeredTypeName, nullptr, nullptr, 0);
     DDS_Publisher *publisher = DDS_DomainParticipant_create_publisher(participant, nullptr, nullptr, 0);

@@ -485,10 +485,7 @@ TEST(QosRoundTrip, EveryPolicyOfEveryEntityReachesCycloneAndReadsBack) {
         DDS_DomainParticipantFactory_create_participant(factory, kRoundTripDomain, nullptr, nullptr, 0);
     ASSERT_TRUE(participant && defaultParticipant) << log.text();
     using Type = vexar_test::TopicType<QTV_VX_LogMessage>;
-    OBLX_TypePlugin *plugin = Type::pluginNew();
-    ASSERT_EQ(DDS_DomainParticipant_register_type(participant, Type::registeredTypeName, plugin, nullptr),
-              DDS_RETCODE_OK);
-    Type::pluginDelete(plugin);
+    ASSERT_EQ(Type::registerType(participant, Type::registeredTypeName), DDS_RETCODE_OK);
     DDS_Topic *topic = DDS_DomainParticipant_create_topic(participant, Type::topicName, Type::registeredTypeName,
                                                           &asked.topic, nullptr, 0);
     DDS_Topic *defaultTopic =
