@@ -37,6 +37,7 @@ void expectWire(const T &sample, bool bigEndian, const Bytes &expected) {
 
 }  // namespace
 
+// One parameter per line: its header, then its value.
 TEST(HandDerivedBytes, EveryTopicTypeTheCommandInEachBranchAndAPlainStruct) {
     for (bool bigEndian : {false, true}) {
         SCOPED_TRACE(bigEndian ? "big-endian" : "little-endian");
@@ -45,50 +46,22 @@ TEST(HandDerivedBytes, EveryTopicTypeTheCommandInEachBranchAndAPlainStruct) {
         log->hostAndAppId = {1, 2};
         log->level = 300;
         setText(log->message, "x");
-        expectWire(log.sample, bigEndian,
-                   list()
-                       .pid(0, 8)
-                       .i32(1)
-                       .i32(2)  // hostAndAppId
-                       .pid(1, 4)
-                       .i32(300)  // level
-                       .pid(2, 5)
-                       .str("")
-                       .pad(3)  // category
-                       .pid(3, 6)
-                       .str("x")
-                       .pad(2)  // message
-                       .sentinel()
-                       .bytes);
+        WireBytes logBytes = list();
+        logBytes.pid(0, 8).i32s({1, 2});     // hostAndAppId
+        logBytes.pid(1, 4).i32(300);         // level
+        logBytes.pid(2, 5).str("").pad(3);   // category
+        logBytes.pid(3, 6).str("x").pad(2);  // message
+        expectWire(log.sample, bigEndian, logBytes.sentinel().bytes);
 
-        expectWire(Filled<QTV_VX_ADMIN_State>().sample, bigEndian,
-                   list()
-                       .pid(0, 8)
-                       .i32(0x01020304)
-                       .i32(-2)  // hostAndAppId
-                       .pid(1, 4)
-                       .i32(7)  // administrationDomainId
-                       .pid(2, 4)
-                       .i32(1)  // state OPERATIONAL
-                       .pid(3, 8)
-                       .str("app")  // applicationKind: 4 + 4, no padding
-                       .pid(4, 4)
-                       .i32(600)    // filterLevel
-                       .pid(5, 40)  // five (category, verbosity) pairs, no count
-                       .i32(0)
-                       .i32(1)
-                       .i32(1)
-                       .i32(2)
-                       .i32(2)
-                       .i32(3)
-                       .i32(3)
-                       .i32(4)
-                       .i32(4)
-                       .i32(5)
-                       .pid(6, 4)
-                       .i32(2)  // qtvLoggerPrintFormat VERBOSE
-                       .sentinel()
-                       .bytes);
+        WireBytes state = list();
+        state.pid(0, 8).i32s({0x01020304, -2});                 // hostAndAppId
+        state.pid(1, 4).i32(7);                                 // administrationDomainId
+        state.pid(2, 4).i32(1);                                 // state OPERATIONAL
+        state.pid(3, 8).str("app");                             // applicationKind: 4 + 4, no padding
+        state.pid(4, 4).i32(600);                               // filterLevel
+        state.pid(5, 40).i32s({0, 1, 1, 2, 2, 3, 3, 4, 4, 5});  // five (category, verbosity) pairs, no count
+        state.pid(6, 4).i32(2);                                 // qtvLoggerPrintFormat VERBOSE
+        expectWire(Filled<QTV_VX_ADMIN_State>().sample, bigEndian, state.sentinel().bytes);
 
         // SET_QTV_LOGGER_LEVEL is checked inside the request below.
         Owned<QTV_VX_ADMIN_Command> command;
@@ -100,78 +73,38 @@ TEST(HandDerivedBytes, EveryTopicTypeTheCommandInEachBranchAndAPlainStruct) {
         expectWire(command.sample, bigEndian, list().pid(0, 4).i32(2).pid(3, 4).i32(6).sentinel().bytes);
 
         // The request nests the command with its own sentinel.
-        expectWire(Filled<QTV_VX_ADMIN_CommandRequest>().sample, bigEndian,
-                   list()
-                       .pid(0, 8)
-                       .i32(11)
-                       .i32(12)  // targetHostAndAppId
-                       .pid(1, 8)
-                       .i32(21)
-                       .i32(22)  // originatorHostAndAppId
-                       .pid(2, 4)
-                       .i32(42)     // invocation
-                       .pid(3, 36)  // command: 8 + 24 + 4
-                       .pid(0, 4)
-                       .i32(1)
-                       .pid(2, 20)
-                       .u32(2)
-                       .i32(1)
-                       .i32(3)
-                       .i32(4)
-                       .i32(5)      // count, then the pairs
-                       .sentinel()  // the command's
-                       .sentinel()  // the request's
-                       .bytes);
+        WireBytes request = list();
+        request.pid(0, 8).i32s({11, 12});                                          // targetHostAndAppId
+        request.pid(1, 8).i32s({21, 22});                                          // originatorHostAndAppId
+        request.pid(2, 4).i32(42);                                                 // invocation
+        request.pid(3, 36);                                                        // command: 8 + 24 + 4
+        request.pid(0, 4).i32(1).pid(2, 20).u32(2).i32s({1, 3, 4, 5}).sentinel();  // count, then the pairs
+        expectWire(Filled<QTV_VX_ADMIN_CommandRequest>().sample, bigEndian, request.sentinel().bytes);
 
-        expectWire(Filled<QTV_VX_ADMIN_CommandResponse>().sample, bigEndian,
-                   list()
-                       .pid(0, 8)
-                       .i32(11)
-                       .i32(12)
-                       .pid(1, 8)
-                       .i32(21)
-                       .i32(22)
-                       .pid(2, 4)
-                       .i32(42)
-                       .pid(3, 4)
-                       .i32(1)  // NOT_SUPPORTED
-                       .pid(4, 21)
-                       .str("no such category")
-                       .pad(3)  // 4 + 17
-                       .sentinel()
-                       .bytes);
+        WireBytes response = list();
+        response.pid(0, 8).i32s({11, 12});
+        response.pid(1, 8).i32s({21, 22});
+        response.pid(2, 4).i32(42);
+        response.pid(3, 4).i32(1);                           // NOT_SUPPORTED
+        response.pid(4, 21).str("no such category").pad(3);  // 4 + 17
+        expectWire(Filled<QTV_VX_ADMIN_CommandResponse>().sample, bigEndian, response.sentinel().bytes);
 
         // A count aligns to 8 from the origin: after the first, each header
         // leaves the value 4 bytes short of it, padding counted in the length.
-        expectWire(Filled<QTV_VX_ADMIN_Statistics>().sample, bigEndian,
-                   list()
-                       .pid(0, 8)
-                       .i32(11)
-                       .i32(12)
-                       .pid(1, 8)
-                       .u64(0x0000000100000002ull)  // accepted at 16
-                       .pid(2, 12)
-                       .pad(4)
-                       .u64(0x0000000300000004ull)
-                       .pid(3, 12)
-                       .pad(4)
-                       .u64(0x0000000500000006ull)
-                       .pid(4, 12)
-                       .pad(4)
-                       .u64(0x0000000700000008ull)
-                       .pid(5, 12)
-                       .pad(4)
-                       .u64(0x000000090000000Aull)
-                       .pid(6, 12)
-                       .pad(4)
-                       .u64(0x0000000B0000000Cull)
-                       .sentinel()
-                       .bytes);
+        WireBytes statistics = list();
+        statistics.pid(0, 8).i32s({11, 12});
+        statistics.pid(1, 8).u64(0x0000000100000002ull);  // accepted at 16
+        statistics.pid(2, 12).pad(4).u64(0x0000000300000004ull);
+        statistics.pid(3, 12).pad(4).u64(0x0000000500000006ull);
+        statistics.pid(4, 12).pad(4).u64(0x0000000700000008ull);
+        statistics.pid(5, 12).pad(4).u64(0x000000090000000Aull);
+        statistics.pid(6, 12).pad(4).u64(0x0000000B0000000Cull);
+        expectWire(Filled<QTV_VX_ADMIN_Statistics>().sample, bigEndian, statistics.sentinel().bytes);
 
         QTV_VX_HostAndAppId id;
         fill(id);
         const unsigned plainCdr = bigEndian ? 0 : 1;
-        expectWire(id, bigEndian, WireBytes(bigEndian).encapsulation(plainCdr).i32(0x01020304).i32(-2).bytes);
+        expectWire(id, bigEndian, WireBytes(bigEndian).encapsulation(plainCdr).i32s({0x01020304, -2}).bytes);
     }
 }
 
@@ -244,22 +177,11 @@ TEST(ParameterListReading, IgnoredParametersAndExtendedHeadersAreRead) {
     ASSERT_TRUE(deserialized(log.sample, logMessageWith(WireBytes(false).pid(0x3F03, 8).i32(1).i32(2).bytes)));
     EXPECT_STREQ(log->message, "x");
 
-    Bytes extended = WireBytes(false)
-                         .encapsulation(3)
-                         .pid(0x7F01, 8)
-                         .u32(0)
-                         .u32(8)
-                         .i32(5)
-                         .i32(6)  // hostAndAppId
-                         .pid(1, 4)
-                         .i32(700)
-                         .pid(0x7F01, 8)
-                         .u32(3)
-                         .u32(8)
-                         .str("abc")  // message; category absent
-                         .sentinel()
-                         .bytes;
-    ASSERT_TRUE(deserialized(log.sample, extended));
+    WireBytes extended = WireBytes(false).encapsulation(3);
+    extended.pid(0x7F01, 8).u32(0).u32(8).i32s({5, 6});  // hostAndAppId
+    extended.pid(1, 4).i32(700);
+    extended.pid(0x7F01, 8).u32(3).u32(8).str("abc");  // message; category absent
+    ASSERT_TRUE(deserialized(log.sample, extended.sentinel().bytes));
     EXPECT_EQ(log->hostAndAppId.rtps_app_id, 6);
     EXPECT_EQ(log->level, 700);
     EXPECT_STREQ(log->category, "");
@@ -285,14 +207,9 @@ TEST(ParameterListReading, ACommandKeepsWhatItsBytesLeaveOutWhileARequestStartsO
     Owned<QTV_VX_ADMIN_CommandRequest> request;
     request->invocation = 9;
     request->command._u.filterLevel = 55;
-    ASSERT_TRUE(deserialized(request.sample, WireBytes(false)
-                                                 .encapsulation(3)
-                                                 .pid(3, 12)
-                                                 .pid(0, 4)
-                                                 .i32(2)
-                                                 .sentinel()  // command: discriminator only
-                                                 .sentinel()
-                                                 .bytes));
+    WireBytes discriminatorOnly = WireBytes(false).encapsulation(3);
+    discriminatorOnly.pid(3, 12).pid(0, 4).i32(2).sentinel();  // command: discriminator only
+    ASSERT_TRUE(deserialized(request.sample, discriminatorOnly.sentinel().bytes));
     EXPECT_EQ(request->invocation, 0);
     EXPECT_EQ(request->command._d, QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT);
     EXPECT_EQ(request->command._u.filterLevel, 0);

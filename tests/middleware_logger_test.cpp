@@ -382,13 +382,9 @@ TEST(CycloneLineClassification, InputFromTheNetworkIsACommunicationWarning) {
          "data(builtin, vendor 1.16): 110545b:b69444a8:209caa13:100c2 #2: deserialization failed",
          OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_WARNING},
         // A failing socket is this process's own error; a trace line stays a trace line.
+        // (Configuration lines: CycloneDiagnosticsFollowTheVerbosity.)
         {DDS_LC_ERROR, "src/ddsi_udp.c", "UDP recvmsg sock 5: ret -1 retcode -1",
          OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_ERROR},
-        {DDS_LC_ERROR, "src/ddsi_config.c", "config: //CycloneDDS/Domain: X: unknown element",
-         OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_ERROR},
-        {DDS_LC_WARNING, "src/ddsi_config.c",
-         "config: //CycloneDDS/Domain/General/NetworkInterfaceAddress: deprecated element",
-         OBLX_CONFIG_LOG_CATEGORY_PLATFORM, OBLX_CONFIG_LOG_LEVEL_WARNING},
         {DDS_LC_TRACE, "src/q_receive.c",
          "data(application, vendor 1.16): 1:2:3:102 #372: deserialization qtv/vexar failed (for reasons unknown)",
          OBLX_CONFIG_LOG_CATEGORY_COMMUNICATION, OBLX_CONFIG_LOG_LEVEL_DEBUG},

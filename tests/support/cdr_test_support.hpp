@@ -29,6 +29,10 @@ public:
     WireBytes &encapsulation(unsigned id) { return octets({id >> 8, id & 0xFFu, 0, 0}); }
     WireBytes &u32(std::uint32_t v) { return put(v, 4); }
     WireBytes &i32(std::int32_t v) { return put(static_cast<std::uint32_t>(v), 4); }
+    WireBytes &i32s(std::initializer_list<std::int32_t> values) {
+        for (std::int32_t v : values) i32(v);
+        return *this;
+    }
     WireBytes &u64(std::uint64_t v) { return put(v, 8); }
     // A short parameter header.
     WireBytes &pid(std::uint16_t id, std::uint16_t length) { return put(id, 2).put(length, 2); }
