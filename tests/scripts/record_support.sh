@@ -35,6 +35,8 @@ wait_demo() {
 sql() { sqlite3 "$DB" "$@"; }
 
 # The demo's message numbers that reached the database, one per line, sorted.
+# (Take the first with `sed -n 1p`, not `head -1`: under pipefail the sort
+# killed by SIGPIPE would end the script without a word.)
 recorded_numbers() { # kind
   sql "SELECT m.text FROM messages m JOIN apps a ON a.id = m.app WHERE a.kind = '$1'" |
     sed -n 's/^message \([0-9]*\):.*/\1/p' | sort -n
