@@ -89,9 +89,16 @@ TEST_F(CliOutput, FilterEdgesAndARegexSearchingOnlyTheView) {
     EXPECT_TRUE(filter.matches(line(400, "", "", "")));
     EXPECT_FALSE(filter.matches(line(401, "", "", ""))) << "less severe than the level";
     MessageFilter exact;
-    exact.categoryPattern = "";
+    exact.categoryPatterns = {""};
     EXPECT_TRUE(exact.matches(line(600, "", "", "x"))) << "the empty category is a category too";
     EXPECT_FALSE(exact.matches(line(600, "", "net", "x")));
+    MessageFilter either;  // of one kind, either; of two kinds, both
+    either.categoryPatterns = {"net", "db*"};
+    either.textPatterns.emplace_back("^x");
+    EXPECT_TRUE(either.matches(line(600, "", "net", "x")));
+    EXPECT_TRUE(either.matches(line(600, "", "dbase", "xy")));
+    EXPECT_FALSE(either.matches(line(600, "", "ui", "x")));
+    EXPECT_FALSE(either.matches(line(600, "", "net", "y")));
     const std::string text = "abc";
     EXPECT_TRUE(Regex("b$").search(std::string_view(text).substr(0, 2))) << "the view ends before the c";
     EXPECT_FALSE(Regex("b$").search(text));

@@ -73,6 +73,9 @@ TEST(CliArguments, OptionsTakeValuesEitherWayOperandsMayBeNegativeAndMistakesAre
     EXPECT_TRUE(parsed.value("count") == "3" && parsed.has("json"));
     EXPECT_EQ(parsed.operands, (std::vector<std::string>{"target", "-5"}));
     EXPECT_EQ(parse({"--count=4", "t"}).integer("count", 0, 1, 10), 4);
+    ParsedArguments repeated = parse({"--count=1", "t", "--count", "2"});
+    EXPECT_EQ(repeated.values("count"), (std::vector<std::string>{"1", "2"})) << "a repeated option keeps each value";
+    EXPECT_EQ(repeated.value("count"), "2") << "the last wins where one is wanted";
     EXPECT_EQ(parse({"--", "--json"}).operands, (std::vector<std::string>{"--json"}));
     EXPECT_EQ(parse({"t", "--domain", "7"}).domain(), 7);
     EXPECT_TRUE(parse({"--count", "3", "-h"}).helpRequested) << "help needs no operands";

@@ -136,14 +136,24 @@ TEST_F(StoreTest, QueriesSelectByEveryKindOfFilter) {
     using Texts = std::vector<std::string>;
     EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.mostVerboseLevel = 300; })),
               (Texts{"disk failed", "retry after timeout", "timeout on upstream"}));
-    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.app = AppSelector::parse("web"); })),
+    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.apps = {AppSelector::parse("web")}; })),
               (Texts{"request served", "timeout on upstream"}));
-    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.app = AppSelector::parse("0x1:0xa"); })),
+    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.apps = {AppSelector::parse("0x1:0xa")}; })),
               (Texts{"disk failed", "retry after timeout", "trace detail"}));
-    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.categoryPattern = "net*"; })),
+    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.categoryPatterns = {"net*"}; })),
               (Texts{"retry after timeout", "timeout on upstream"}));
-    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.textPattern.emplace("^t"); })),
+    EXPECT_EQ(texts(query([](StoreQuery &q) { q.filter.textPatterns.emplace_back("^t"); })),
               (Texts{"timeout on upstream", "trace detail"}));
+    // One kind given twice: either holds, in the SQL as after it.
+    EXPECT_EQ(texts(query([](StoreQuery &q) {
+                  q.filter.apps = {AppSelector::parse("web"), AppSelector::parse("0x1:0xa")};
+              })),
+              (Texts{"disk failed", "request served", "retry after timeout", "timeout on upstream", "trace detail"}));
+    EXPECT_EQ(texts(query([](StoreQuery &q) {
+                  q.filter.textPatterns.emplace_back("^t");
+                  q.filter.textPatterns.emplace_back("served");
+              })),
+              (Texts{"request served", "timeout on upstream", "trace detail"}));
     EXPECT_EQ(texts(query([](StoreQuery &q) { q.terms = "timeout"; })),
               (Texts{"retry after timeout", "timeout on upstream"}));
     EXPECT_EQ(texts(query([](StoreQuery &q) { q.terms = "time*"; })),
@@ -157,7 +167,7 @@ TEST_F(StoreTest, QueriesSelectByEveryKindOfFilter) {
     EXPECT_EQ(texts(query([](StoreQuery &q) { q.last = 2; })), (Texts{"timeout on upstream", "trace detail"}));
     EXPECT_EQ(texts(query([](StoreQuery &q) {
                   q.last = 2;
-                  q.filter.categoryPattern = "net*";
+                  q.filter.categoryPatterns = {"net*"};
               })),
               (Texts{"retry after timeout", "timeout on upstream"}));
 }

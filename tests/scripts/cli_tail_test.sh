@@ -58,6 +58,9 @@ tail --category '[du]*' --count 20
 expect_every_line '  (db|ui) +message' "$OUT" "--category glob"
 tail --grep 'message [0-9]*7: ' --count 10
 expect_every_line 'message [0-9]*7: ' "$OUT" "--grep"
+tail --category net --category ui --count 20
+expect_every_line '  (net|ui) +message' "$OUT" "--category twice: either"
+grep -q '  net ' "$OUT" && grep -q '  ui ' "$OUT" || fail "--category twice: not both categories"
 tail --app beta --level ERROR --category 'sched' --count 3
 expect_every_line "  $BETA beta +(FATAL|SEVERE|ERROR) +sched " "$OUT" "combined filters"
 

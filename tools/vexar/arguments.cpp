@@ -42,7 +42,12 @@ const OptionDescription kHelpOption{"help", "", "show this help"};
 std::optional<std::string> ParsedArguments::value(std::string_view option) const {
     auto found = values_.find(std::string(option));
     if (found == values_.end()) return std::nullopt;
-    return found->second;
+    return found->second.back();
+}
+
+std::vector<std::string> ParsedArguments::values(std::string_view option) const {
+    auto found = values_.find(std::string(option));
+    return found != values_.end() ? found->second : std::vector<std::string>{};
 }
 
 std::int32_t ParsedArguments::integer(std::string_view option, std::int32_t fallback, std::int32_t min,
@@ -102,11 +107,11 @@ ParsedArguments parseArguments(const CommandDescription &command, std::span<cons
         if (option == nullptr) throw UsageError("unknown option '" + std::string(word) + "'");
         if (option->valueName.empty()) {
             if (inlineValue) throw UsageError("option --" + std::string(name) + " takes no value");
-            parsed.set(name, "");
+            parsed.add(name, "");
         } else if (inlineValue) {
-            parsed.set(name, *inlineValue);
+            parsed.add(name, *inlineValue);
         } else if (i + 1 < arguments.size()) {
-            parsed.set(name, std::string(arguments[++i]));
+            parsed.add(name, std::string(arguments[++i]));
         } else {
             throw UsageError("option --" + std::string(name) + " needs a value (" + std::string(option->valueName) +
                              ")");

@@ -38,7 +38,10 @@ public:
     std::vector<std::string> operands;
 
     bool has(std::string_view option) const { return values_.contains(std::string(option)); }
+    // The option's last value, for options given once.
     std::optional<std::string> value(std::string_view option) const;
+    // Every value of a repeated option, in command-line order.
+    std::vector<std::string> values(std::string_view option) const;
 
     // The option's value checked and converted; absent options give the
     // fallback. Bad values throw UsageError naming the option.
@@ -46,10 +49,10 @@ public:
     double seconds(std::string_view option, double fallback) const;
     std::int32_t domain() const;
 
-    void set(std::string_view option, std::string value) { values_[std::string(option)] = std::move(value); }
+    void add(std::string_view option, std::string value) { values_[std::string(option)].push_back(std::move(value)); }
 
 private:
-    std::map<std::string, std::string> values_;
+    std::map<std::string, std::vector<std::string>> values_;
 };
 
 // Reads `arguments` (the words after the subcommand). "--name value" and

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
@@ -19,10 +20,14 @@ std::string requiredDatabase(const ParsedArguments &arguments) {
 
 MessageFilter filterFrom(const ParsedArguments &arguments) {
     MessageFilter filter;
-    if (auto level = arguments.value("level")) filter.mostVerboseLevel = parseNameOrThrow(kLevelNames, *level);
-    if (auto app = arguments.value("app")) filter.app = AppSelector::parse(*app);
-    filter.categoryPattern = arguments.value("category");
-    if (auto pattern = arguments.value("grep")) filter.textPattern.emplace(*pattern);
+    // Levels given several times: the most verbose of them shows the others.
+    for (const std::string &level : arguments.values("level")) {
+        std::int32_t parsed = parseNameOrThrow(kLevelNames, level);
+        filter.mostVerboseLevel = std::max(filter.mostVerboseLevel.value_or(parsed), parsed);
+    }
+    for (const std::string &app : arguments.values("app")) filter.apps.push_back(AppSelector::parse(app));
+    filter.categoryPatterns = arguments.values("category");
+    for (const std::string &pattern : arguments.values("grep")) filter.textPatterns.emplace_back(pattern);
     return filter;
 }
 

@@ -13,12 +13,12 @@ namespace vexar::cli {
 
 inline constexpr OptionDescription kLevelOption{"level", "LEVEL",
                                                 "show LEVEL and more severe ones (FATAL .. TRACE, or a number)"};
-inline constexpr OptionDescription kAppOption{"app", "HOST:APP",
-                                              "only this application (or the applications of a kind)"};
-inline constexpr OptionDescription kCategoryOption{"category", "TEXT",
-                                                   "only this category: exact text, or a glob such as 'net*'"};
-inline constexpr OptionDescription kGrepOption{"grep", "REGEX",
-                                               "only messages whose text matches REGEX (POSIX extended)"};
+inline constexpr OptionDescription kAppOption{
+    "app", "HOST:APP", "only this application (or the applications of a kind); repeat for either"};
+inline constexpr OptionDescription kCategoryOption{
+    "category", "TEXT", "only this category: exact text, or a glob such as 'net*'; repeat for either"};
+inline constexpr OptionDescription kGrepOption{
+    "grep", "REGEX", "only messages whose text matches REGEX (POSIX extended); repeat for either"};
 inline constexpr OptionDescription kJsonOption{"json", "", "print one JSON object per line"};
 inline constexpr OptionDescription kNoColourOption{"no-color", "",
                                                    "never colour the levels (colour is used on a terminal)"};

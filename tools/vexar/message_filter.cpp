@@ -2,6 +2,8 @@
 
 #include <fnmatch.h>
 
+#include <algorithm>
+
 #include "usage_error.hpp"
 
 namespace vexar::cli {
@@ -29,14 +31,24 @@ bool Regex::search(std::string_view text) const {
     return regexec(compiled_.get(), text.data(), 1, &bounds, REG_STARTEND) == 0;
 }
 
+namespace {
+
+template <class Criteria, class Holds>
+bool anyHolds(const Criteria &criteria, Holds holds) {
+    return criteria.empty() || std::ranges::any_of(criteria, holds);
+}
+
+}  // namespace
+
 bool MessageFilter::matches(const LogLine &line) const {
     if (mostVerboseLevel && line.level > *mostVerboseLevel) return false;
-    if (app && !app->matches(line.app, line.kind)) return false;
-    if (categoryPattern) {
-        std::string category(line.category);
-        if (fnmatch(categoryPattern->c_str(), category.c_str(), 0) != 0) return false;
+    if (!anyHolds(apps, [&](const AppSelector &app) { return app.matches(line.app, line.kind); })) return false;
+    const std::string category(line.category);
+    if (!anyHolds(categoryPatterns,
+                  [&](const std::string &pattern) { return fnmatch(pattern.c_str(), category.c_str(), 0) == 0; })) {
+        return false;
     }
-    return !textPattern || textPattern->search(line.message);
+    return anyHolds(textPatterns, [&](const Regex &pattern) { return pattern.search(line.message); });
 }
 
 }  // namespace vexar::cli

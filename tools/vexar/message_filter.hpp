@@ -1,5 +1,6 @@
 // Which log messages `vexar tail` shows: --level, --app, --category and
-// --grep, all of which must hold.
+// --grep. Different kinds must all hold; of one kind given several times,
+// one must (an empty list holds for every message).
 #pragma once
 
 #include <regex.h>
@@ -9,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "app_id.hpp"
 #include "line_format.hpp"
@@ -31,9 +33,9 @@ private:
 
 struct MessageFilter {
     std::optional<std::int32_t> mostVerboseLevel;  // show this level and more severe ones
-    std::optional<AppSelector> app;
-    std::optional<std::string> categoryPattern;  // exact text or a shell glob
-    std::optional<Regex> textPattern;            // searched in the message text
+    std::vector<AppSelector> apps;
+    std::vector<std::string> categoryPatterns;  // exact text or a shell glob
+    std::vector<Regex> textPatterns;            // searched in the message text
 
     bool matches(const LogLine &line) const;
 };

@@ -24,6 +24,23 @@ struct QuerySql {
 // common word by source time would read every one of them.
 bool fromTextIndex(const StoreQuery &query) { return query.terms && query.last; }
 
+// The rows of any of the applications, each named by its ids or its kind.
+void addApps(QuerySql &sql, const std::vector<AppSelector> &apps) {
+    std::string either;
+    for (const AppSelector &app : apps) {
+        if (!either.empty()) either += " OR ";
+        if (const auto *id = std::get_if<AppId>(&app.target)) {
+            either += "(host = ? AND app = ?)";
+            sql.values.emplace_back(std::int64_t{id->host});
+            sql.values.emplace_back(std::int64_t{id->app});
+        } else {
+            either += "kind = ?";
+            sql.values.emplace_back(std::get<std::string>(app.target));
+        }
+    }
+    sql.add("m.app IN (SELECT id FROM apps WHERE " + either + ")");
+}
+
 QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
     QuerySql sql;
     sql.text = "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text ";
@@ -36,16 +53,7 @@ QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
         sql.add("m.level <= ?");
         sql.values.emplace_back(std::int64_t{*filter.mostVerboseLevel});
     }
-    if (filter.app) {
-        if (const auto *id = std::get_if<AppId>(&filter.app->target)) {
-            sql.add("m.app IN (SELECT id FROM apps WHERE host = ? AND app = ?)");
-            sql.values.emplace_back(std::int64_t{id->host});
-            sql.values.emplace_back(std::int64_t{id->app});
-        } else {
-            sql.add("m.app IN (SELECT id FROM apps WHERE kind = ?)");
-            sql.values.emplace_back(std::get<std::string>(filter.app->target));
-        }
-    }
+    if (!filter.apps.empty()) addApps(sql, filter.apps);
     if (query.since) {
         sql.add("m.source_time >= ?");
         sql.values.emplace_back(*query.since);
@@ -124,7 +132,7 @@ void selectMessages(Database &db, const StoreQuery &query, const std::function<v
     // The SQL decides level, application, time and text; only a category
     // glob or a regular expression is left for the filter (whose level and
     // application tests then hold already).
-    bool filteredAfter = filter.categoryPattern || filter.textPattern;
+    bool filteredAfter = !filter.categoryPatterns.empty() || !filter.textPatterns.empty();
     bool newestFirst = query.last.has_value();
     QuerySql sql = sqlOf(query, newestFirst, newestFirst && !filteredAfter);
     Statement statement(db.get(), sql.text);
