@@ -43,10 +43,13 @@ bool anyHolds(const Criteria &criteria, Holds holds) {
 bool MessageFilter::matches(const LogLine &line) const {
     if (mostVerboseLevel && line.level > *mostVerboseLevel) return false;
     if (!anyHolds(apps, [&](const AppSelector &app) { return app.matches(line.app, line.kind); })) return false;
-    const std::string category(line.category);
-    if (!anyHolds(categoryPatterns,
-                  [&](const std::string &pattern) { return fnmatch(pattern.c_str(), category.c_str(), 0) == 0; })) {
-        return false;
+    if (!categoryPatterns.empty()) {
+        // fnmatch wants a NUL-terminated text: copied only when asked for.
+        const std::string category(line.category);
+        if (!anyHolds(categoryPatterns,
+                      [&](const std::string &pattern) { return fnmatch(pattern.c_str(), category.c_str(), 0) == 0; })) {
+            return false;
+        }
     }
     return anyHolds(textPatterns, [&](const Regex &pattern) { return pattern.search(line.message); });
 }
