@@ -8,6 +8,7 @@
 #include <signal.h>
 
 #include <chrono>
+#include <cstring>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -127,7 +128,7 @@ constexpr const char *kProfiles[] = {nullptr, QTV_VX_QOS_PROFILE_LOSSLESS, QTV_V
 class LossScenarios : public ::testing::TestWithParam<int> {
 protected:
     const char *profile() const { return kProfiles[GetParam()]; }
-    bool lossless() const { return GetParam() == 1; }
+    bool lossless() const { return profile() != nullptr && std::strcmp(profile(), QTV_VX_QOS_PROFILE_LOSSLESS) == 0; }
     // kLoggerBase + 50 .. + 61: four scenarios, three QoS choices.
     int domain(int scenario) const { return domains::kLoggerBase + 50 + 3 * scenario + GetParam(); }
     void expectOutcome(const Figures &figures) const {
