@@ -99,6 +99,17 @@ TEST_F(CliOutput, FilterEdgesAndARegexSearchingOnlyTheView) {
     EXPECT_TRUE(either.matches(line(600, "", "dbase", "xy")));
     EXPECT_FALSE(either.matches(line(600, "", "ui", "x")));
     EXPECT_FALSE(either.matches(line(600, "", "net", "y")));
+    MessageFilter hiding;  // an exclusion wins over what holds
+    hiding.categoryPatterns = {"net", "db*"};
+    hiding.excludedCategoryPatterns = {"db*"};
+    hiding.excludedTextPatterns.emplace_back("secret");
+    EXPECT_TRUE(hiding.matches(line(600, "", "net", "x")));
+    EXPECT_FALSE(hiding.matches(line(600, "", "dbase", "xy")));
+    EXPECT_FALSE(hiding.matches(line(600, "", "net", "x secret")));
+    MessageFilter onlyHiding;
+    onlyHiding.excludedCategoryPatterns = {""};
+    EXPECT_FALSE(onlyHiding.matches(line(600, "", "", "x")));
+    EXPECT_TRUE(onlyHiding.matches(line(600, "", "ui", "x")));
     const std::string text = "abc";
     EXPECT_TRUE(Regex("b$").search(std::string_view(text).substr(0, 2))) << "the view ends before the c";
     EXPECT_FALSE(Regex("b$").search(text));

@@ -28,6 +28,10 @@ MessageFilter filterFrom(const ParsedArguments &arguments) {
     for (const std::string &app : arguments.values("app")) filter.apps.push_back(AppSelector::parse(app));
     filter.categoryPatterns = arguments.values("category");
     for (const std::string &pattern : arguments.values("grep")) filter.textPatterns.emplace_back(pattern);
+    filter.excludedCategoryPatterns = arguments.values("exclude-category");
+    for (const std::string &pattern : arguments.values("exclude-grep")) {
+        filter.excludedTextPatterns.emplace_back(pattern);
+    }
     return filter;
 }
 

@@ -19,6 +19,10 @@ inline constexpr OptionDescription kCategoryOption{
     "category", "TEXT", "only this category: exact text, or a glob such as 'net*'; repeat for either"};
 inline constexpr OptionDescription kGrepOption{
     "grep", "REGEX", "only messages whose text matches REGEX (POSIX extended); repeat for either"};
+inline constexpr OptionDescription kExcludeCategoryOption{
+    "exclude-category", "TEXT", "hide this category (exact text or a glob); repeat to hide more"};
+inline constexpr OptionDescription kExcludeGrepOption{"exclude-grep", "REGEX",
+                                                      "hide messages whose text matches REGEX; repeat to hide more"};
 inline constexpr OptionDescription kJsonOption{"json", "", "print one JSON object per line"};
 inline constexpr OptionDescription kNoColourOption{"no-color", "",
                                                    "never colour the levels (colour is used on a terminal)"};

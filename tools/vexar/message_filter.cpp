@@ -38,20 +38,29 @@ bool anyHolds(const Criteria &criteria, Holds holds) {
     return criteria.empty() || std::ranges::any_of(criteria, holds);
 }
 
+bool globMatches(const std::string &pattern, const std::string &text) {
+    return fnmatch(pattern.c_str(), text.c_str(), 0) == 0;
+}
+
 }  // namespace
+
+bool MessageFilter::looksAtTexts() const {
+    return !categoryPatterns.empty() || !textPatterns.empty() || !excludedCategoryPatterns.empty() ||
+           !excludedTextPatterns.empty();
+}
 
 bool MessageFilter::matches(const LogLine &line) const {
     if (mostVerboseLevel && line.level > *mostVerboseLevel) return false;
     if (!anyHolds(apps, [&](const AppSelector &app) { return app.matches(line.app, line.kind); })) return false;
-    if (!categoryPatterns.empty()) {
+    if (!categoryPatterns.empty() || !excludedCategoryPatterns.empty()) {
         // fnmatch wants a NUL-terminated text: copied only when asked for.
         const std::string category(line.category);
-        if (!anyHolds(categoryPatterns,
-                      [&](const std::string &pattern) { return fnmatch(pattern.c_str(), category.c_str(), 0) == 0; })) {
-            return false;
-        }
+        auto matchesCategory = [&](const std::string &pattern) { return globMatches(pattern, category); };
+        if (!anyHolds(categoryPatterns, matchesCategory)) return false;
+        if (std::ranges::any_of(excludedCategoryPatterns, matchesCategory)) return false;
     }
-    return anyHolds(textPatterns, [&](const Regex &pattern) { return pattern.search(line.message); });
+    auto matchesText = [&](const Regex &pattern) { return pattern.search(line.message); };
+    return anyHolds(textPatterns, matchesText) && std::ranges::none_of(excludedTextPatterns, matchesText);
 }
 
 }  // namespace vexar::cli

@@ -1,6 +1,8 @@
-// Which log messages `vexar tail` shows: --level, --app, --category and
-// --grep. Different kinds must all hold; of one kind given several times,
-// one must (an empty list holds for every message).
+// Which log messages `vexar tail` and `vexar query` show: --level, --app,
+// --category and --grep, less --exclude-category and --exclude-grep.
+// Different kinds must all hold; of one kind given several times, one must
+// (an empty list holds for every message); an exclusion that matches hides
+// the message whatever else holds.
 #pragma once
 
 #include <regex.h>
@@ -36,6 +38,11 @@ struct MessageFilter {
     std::vector<AppSelector> apps;
     std::vector<std::string> categoryPatterns;  // exact text or a shell glob
     std::vector<Regex> textPatterns;            // searched in the message text
+    std::vector<std::string> excludedCategoryPatterns;
+    std::vector<Regex> excludedTextPatterns;
+
+    // Whether matches() needs more than the level and the application.
+    bool looksAtTexts() const;
 
     bool matches(const LogLine &line) const;
 };

@@ -17,6 +17,8 @@ constexpr OptionDescription kQueryOptions[] = {
     kAppOption,
     kCategoryOption,
     kGrepOption,
+    kExcludeCategoryOption,
+    kExcludeGrepOption,
     {"text", "WORDS", "only messages whose text holds all WORDS (full-text search; 'net*' for a prefix)"},
     kSinceOption,
     {"until", "TIME", "messages before TIME (the forms of --since)"},

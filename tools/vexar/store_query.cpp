@@ -132,7 +132,7 @@ void selectMessages(Database &db, const StoreQuery &query, const std::function<v
     // The SQL decides level, application, time and text; only a category
     // glob or a regular expression is left for the filter (whose level and
     // application tests then hold already).
-    bool filteredAfter = !filter.categoryPatterns.empty() || !filter.textPatterns.empty();
+    bool filteredAfter = filter.looksAtTexts();
     bool newestFirst = query.last.has_value();
     QuerySql sql = sqlOf(query, newestFirst, newestFirst && !filteredAfter);
     Statement statement(db.get(), sql.text);

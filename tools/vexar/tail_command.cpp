@@ -25,6 +25,8 @@ constexpr OptionDescription kTailOptions[] = {
     kAppOption,
     kCategoryOption,
     kGrepOption,
+    kExcludeCategoryOption,
+    kExcludeGrepOption,
     {"count", "N", "exit after N messages"},
     {"timeout", "SECONDS", "exit after SECONDS (status 3 when --count was not reached)"},
     kJsonOption,
