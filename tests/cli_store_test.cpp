@@ -172,6 +172,54 @@ TEST_F(StoreTest, QueriesSelectByEveryKindOfFilter) {
               (Texts{"retry after timeout", "timeout on upstream"}));
 }
 
+// A database written by the first release: its layout and rows as that
+// release left them.
+TEST_F(StoreTest, AFirstVersionDatabaseIsBroughtForwardWithItsRows) {
+    {
+        Database old(path(), Database::Access::ReadWrite);
+        old.execute(R"sql(
+PRAGMA journal_mode = WAL;
+CREATE TABLE apps(id INTEGER PRIMARY KEY, host INTEGER NOT NULL, app INTEGER NOT NULL, kind TEXT, UNIQUE(host, app));
+CREATE INDEX apps_kind ON apps(kind);
+CREATE TABLE states(app INTEGER NOT NULL REFERENCES apps(id), received_time INTEGER NOT NULL, kind TEXT NOT NULL,
+  domain INTEGER NOT NULL, state INTEGER NOT NULL, filter_level INTEGER NOT NULL, print_format INTEGER NOT NULL,
+  gone INTEGER NOT NULL);
+CREATE TABLE messages(id INTEGER PRIMARY KEY, source_time INTEGER NOT NULL, received_time INTEGER NOT NULL,
+  app INTEGER NOT NULL REFERENCES apps(id), level INTEGER NOT NULL, category TEXT NOT NULL, text TEXT NOT NULL);
+CREATE INDEX messages_time ON messages(source_time);
+CREATE INDEX messages_app ON messages(app, source_time);
+CREATE INDEX messages_level ON messages(level, source_time);
+CREATE VIRTUAL TABLE messages_text USING fts5(text, content='messages', content_rowid='id');
+CREATE TRIGGER messages_text_delete AFTER DELETE ON messages BEGIN
+  INSERT INTO messages_text(messages_text, rowid, text) VALUES ('delete', old.id, old.text);
+END;
+INSERT INTO apps VALUES (1, 1, 10, 'web');
+INSERT INTO messages VALUES (1, 1000000000, 1000000000, 1, 300, 'net', 'old timeout'),
+                            (2, 2000000000, 2000000000, 1, 600, 'net', 'old request');
+INSERT INTO messages_text(rowid, text) SELECT id, text FROM messages;
+PRAGMA application_id = 1448627271;
+PRAGMA user_version = 1;
+)sql");
+    }
+    {
+        LogStore store(path());
+        EXPECT_EQ(store.database().integer("PRAGMA user_version"), kSchemaVersion);
+        std::vector<StoredMessage> batch = {message(alpha, 3 * kSecond, 300, "new timeout")};
+        store.write(batch, {});
+        EXPECT_EQ(deleteBeyondAge(store.database(), 2 * kSecond, 4 * kSecond), 1) << "the oldest, through the trigger";
+    }
+    StoreQuery words;
+    words.terms = "timeout";
+    EXPECT_EQ(texts(words), (std::vector<std::string>{"new timeout"}));
+    StoreQuery severe;
+    severe.filter.mostVerboseLevel = 400;
+    severe.filter.apps = {AppSelector::parse("web")};
+    EXPECT_EQ(texts(severe), (std::vector<std::string>{"new timeout"}));
+    StoreQuery all;
+    all.filter.mostVerboseLevel = 800;
+    EXPECT_EQ(texts(all), (std::vector<std::string>{"old request", "new timeout"}));
+}
+
 TEST_F(StoreTest, RetentionDeletesTheOldestByAgeAndBySize) {
     LogStore store(path());
     std::vector<StoredMessage> batch;

@@ -14,7 +14,7 @@ constexpr auto kAgeCheckPeriod = std::chrono::seconds(1);
 }  // namespace
 
 BatchWriter::BatchWriter(const std::string &path, RetentionLimits limits)
-    : store_(path), limits_(limits), thread_([this] { run(); }) {}
+    : store_(path), checkpointer_(path, store_.database()), limits_(limits), thread_([this] { run(); }) {}
 
 BatchWriter::~BatchWriter() { finish(); }
 
@@ -85,6 +85,7 @@ bool BatchWriter::writeWhole(const StoreBatch &batch) {
     for (;;) {
         try {
             stored_ += static_cast<std::int64_t>(store_.write(batch.messages, batch.states));
+            checkpointer_.nudge();
             break;
         } catch (const StoreError &error) {
             if (!error.diskFull()) throw;

@@ -2,7 +2,8 @@
 // from DDS never waits for the disk: a reader whose backlog fills while a
 // transaction is written refuses samples, and the writer resends those
 // slowly. The writer thread also applies the retention, and holds and
-// retries a batch that the disk refuses.
+// retries a batch that the disk refuses; a checkpointer thread copies the
+// write-ahead log into the database behind it.
 #pragma once
 
 #include <atomic>
@@ -17,6 +18,7 @@
 
 #include "log_store.hpp"
 #include "store_retention.hpp"
+#include "wal_checkpointer.hpp"
 
 namespace vexar::cli {
 
@@ -59,6 +61,7 @@ private:
     void say(const std::string &line);
 
     LogStore store_;
+    WalCheckpointer checkpointer_;
     RetentionLimits limits_;
     mutable std::mutex mutex_;
     std::condition_variable changed_;

@@ -58,7 +58,19 @@ std::string_view Statement::text(int column) const {
     return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
 }
 
+namespace {
+
+// SQLite's memory statistics take a global lock around every allocation;
+// nothing here reads them. Settable only before the first connection.
+void configureOnce() {
+    static const bool configured = [] { return sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) == SQLITE_OK; }();
+    (void)configured;
+}
+
+}  // namespace
+
 Database::Database(const std::string &path, Access access) {
+    configureOnce();
     int flags = access == Access::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     int code = sqlite3_open_v2(path.c_str(), &db_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code != SQLITE_OK) {

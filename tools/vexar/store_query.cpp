@@ -4,6 +4,7 @@
 #include <variant>
 #include <vector>
 
+#include "store_schema.hpp"
 #include "usage_error.hpp"
 
 namespace vexar::cli {
@@ -52,6 +53,11 @@ QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
     if (filter.mostVerboseLevel) {
         sql.add("m.level <= ?");
         sql.values.emplace_back(std::int64_t{*filter.mostVerboseLevel});
+        // SQLite uses a partial index only for a query that names its
+        // condition word for word.
+        if (*filter.mostVerboseLevel <= kIndexedLevelMost) {
+            sql.add("m.level <= " + std::to_string(kIndexedLevelMost));
+        }
     }
     if (!filter.apps.empty()) addApps(sql, filter.apps);
     if (query.since) {

@@ -12,7 +12,9 @@
 namespace vexar::cli {
 
 inline constexpr std::int32_t kLogDatabaseId = 0x56584c47;  // "VXLG"
-inline constexpr std::int32_t kSchemaVersion = 1;
+inline constexpr std::int32_t kSchemaVersion = 2;
+// The most verbose level that the level index holds.
+inline constexpr std::int32_t kIndexedLevelMost = 400;
 
 // A log database opened for reading or writing: a writer uses WAL (readers
 // go on while it commits) and syncs at checkpoints only, so a killed
