@@ -89,7 +89,8 @@ TEST(LoggerLifecycle, FailedCreationLeavesNoLoggerAndTheMiddlewareSilent) {
 }
 
 // The middleware is silent while the logger is created, yet Cyclone's reason
-// for refusing the participant is printed with the failure, and only there.
+// for refusing the participant is printed with the failure, in the one line
+// that reports the refusal, and only there.
 TEST(LoggerLifecycle, AFailedParticipantIsShownWithTheMiddlewaresReason) {
     const std::string configuration = std::getenv("CYCLONEDDS_URI") != nullptr ? std::getenv("CYCLONEDDS_URI") : "";
     setenv("CYCLONEDDS_URI", "file:///nonexistent/vexar-cyclonedds.xml", 1);
@@ -99,8 +100,10 @@ TEST(LoggerLifecycle, AFailedParticipantIsShownWithTheMiddlewaresReason) {
     setenv("CYCLONEDDS_URI", configuration.c_str(), 1);
 
     EXPECT_NE(printed.find("VX Error: QTV_VX_DDSEntities_create: Unable to create Domain Participant\n"
-                           "VX Error: QTV_VX_DDSEntities_create: caused by: config_open_file: can't open "
-                           "configuration file file:///nonexistent/vexar-cyclonedds.xml\n"),
+                           "VX Error: QTV_VX_DDSEntities_create: caused by: "
+                           "DDS_DomainParticipantFactory_create_participant: failure: dds_create_participant: Error "
+                           "(because config_open_file: can't open configuration file "
+                           "file:///nonexistent/vexar-cyclonedds.xml)\n"),
               std::string::npos)
         << printed;
     EXPECT_EQ(printed.find("ERROR PLATFORM"), std::string::npos) << "the middleware logger itself stays silent";

@@ -89,7 +89,9 @@ bool fail(const char *text) noexcept {
     return false;
 }
 
-// The published line, then each line the middleware raised about it.
+// The published line, then each line the middleware raised about it: the
+// middleware logger is silenced while the logger is created, and a
+// participant, topic or endpoint that DDS Security refuses is told only there.
 bool failBecause(const char *text, const vexar::log::FailureCauses &causes) noexcept {
     fail(text);
     try {
@@ -170,9 +172,10 @@ DDS_Topic *findOrCreateTopic(QTV_VX_DDSEntities &self, const TopicPlan &plan) no
         fail(plan.qosFailure);
         return nullptr;
     }
+    vexar::log::FailureCauses causes;
     DDS_Topic *topic = DDS_DomainParticipant_create_topic(
         self.domainParticipant, plan.topicName, plan.registeredTypeName, &qos.value, nullptr, DDS_STATUS_MASK_NONE);
-    if (topic == nullptr) fail(plan.createFailure);
+    if (topic == nullptr) failBecause(plan.createFailure, causes);
     self.locallyCreatedTopics[plan.slot] = topic;
     return topic;
 }
@@ -189,10 +192,11 @@ TypedWriter *createWriter(QTV_VX_DDSEntities &self, DDS_Topic *topic, const Writ
     // that hands over its own participant writes with Cyclone itself, and its
     // writers must not start holding samples back because it logs.
     if (plan.batched && self.participantCreatedLocally) qos.value.batch.enable = DDS_BOOLEAN_TRUE;
+    vexar::log::FailureCauses causes;
     DDS_DataWriter *writer =
         DDS_Publisher_create_datawriter(self.publisher, topic, &qos.value, nullptr, DDS_STATUS_MASK_NONE);
     TypedWriter *typed = writer != nullptr ? narrow(writer) : nullptr;
-    if (typed == nullptr) fail(plan.createFailure);
+    if (typed == nullptr) failBecause(plan.createFailure, causes);
     return typed;
 }
 
@@ -266,11 +270,12 @@ bool createCommandRequestReader(QTV_VX_DDSEntities &self) noexcept {
     if (QTV_VX_DDSEntities_getDataReaderQos(&self, &qos.value, QTV_VX_COMMAND_REQUEST_TOPIC_NAME) != DDS_RETCODE_OK) {
         return fail("Unable to get QoS for CommandRequest Reader");
     }
+    vexar::log::FailureCauses causes;
     DDS_DataReader *reader = DDS_Subscriber_create_datareader(
         self.subscriber, DDS_ContentFilteredTopic_as_topicdescription(self.commandRequestContentFilteredTopic),
         &qos.value, nullptr, DDS_STATUS_MASK_NONE);
     self.commandRequestReader = reader != nullptr ? QTV_VX_ADMIN_CommandRequestDataReader_narrow(reader) : nullptr;
-    return self.commandRequestReader != nullptr || fail("Unable to create CommandRequest DataReader");
+    return self.commandRequestReader != nullptr || failBecause("Unable to create CommandRequest DataReader", causes);
 }
 
 bool createCommandEntities(QTV_VX_DDSEntities &self) noexcept {

@@ -4,6 +4,7 @@
 
 #include "platform/dds/factory_profiles.hpp"
 #include "platform/dds/qos_cyclone.hpp"
+#include "platform/log/failure_causes.hpp"
 #include "platform/log/logger.h"
 
 struct DDS_DomainParticipantFactoryImpl {
@@ -43,15 +44,33 @@ DDS_ReturnCode_t copyDefaultParticipantQos(DDS_DomainParticipantQos &qos, const 
     return overlaid == DDS_RETCODE_OK ? copyQos(qos, defaults.qos, context) : overlaid;
 }
 
+// Cyclone answers a participant it refuses (a certificate or permissions
+// that do not verify, a configuration it cannot read) with a bare "Error"
+// and says why only in its log: those lines go into our report of it, as
+// " (because ...)". The report is raised after they were collected, so a
+// caller's FailureCauses keeps it.
+std::string joined(const log::FailureCauses &causes) {
+    std::string text;
+    for (const std::string &cause : causes.lines()) text.append(text.empty() ? " (because " : "; ").append(cause);
+    if (causes.omitted() > 0) text.append("; ").append(std::to_string(causes.omitted())).append(" more lines");
+    return text.empty() ? text : text.append(")");
+}
+
 DDS_DomainParticipant *createParticipant(DDS_DomainId_t domainId, const DDS_DomainParticipantQos *qos,
                                          const char *context) {
     OwnedQos<DDS_DomainParticipantQos> defaults;
     if (qos == nullptr && copyDefaultParticipantQos(defaults.qos, context) != DDS_RETCODE_OK) return nullptr;
     CycloneQos cycloneQos = toCyclone(qos != nullptr ? *qos : defaults.qos, context);
     if (cycloneQos == nullptr) return nullptr;
-    dds_entity_t handle = dds_create_participant(static_cast<dds_domainid_t>(domainId), cycloneQos.get(), nullptr);
+    std::string reasons;
+    dds_entity_t handle;
+    {
+        log::FailureCauses causes;
+        handle = dds_create_participant(static_cast<dds_domainid_t>(domainId), cycloneQos.get(), nullptr);
+        if (handle < 0) reasons = joined(causes);
+    }
     if (handle < 0) {
-        reportCycloneFailure(context, "dds_create_participant", handle);
+        reportCycloneFailure(context, "dds_create_participant", handle, reasons.c_str());
         return nullptr;
     }
     auto participant = std::make_unique<DDS_DomainParticipantImpl>(handle, domainId, false);

@@ -30,9 +30,10 @@ void reportBadEntity(const char *context, const char *argument) noexcept {
     OBLX_Report_badParameter(context, argument);
 }
 
-DDS_ReturnCode_t reportCycloneFailure(const char *context, const char *operation, dds_return_t result) noexcept {
-    char text[160];
-    std::snprintf(text, sizeof text, "%s: %s", operation, dds_strretcode(result));
+DDS_ReturnCode_t reportCycloneFailure(const char *context, const char *operation, dds_return_t result,
+                                      const char *detail) noexcept {
+    char text[1024];
+    std::snprintf(text, sizeof text, "%s: %s%s", operation, dds_strretcode(result), detail);
     OBLX_Report_failure(context, text);
     return fromCycloneResult(result);
 }

@@ -367,9 +367,10 @@ Result guarded(const char *context, Result failure, Body &&body) noexcept {
     return failure;
 }
 
-// Reports that Cyclone's `operation` failed with `result` under `context`
-// and returns the DDS code for it.
-DDS_ReturnCode_t reportCycloneFailure(const char *context, const char *operation, dds_return_t result) noexcept;
+// Reports that Cyclone's `operation` failed with `result` (and `detail`,
+// appended as given) under `context` and returns the DDS code for it.
+DDS_ReturnCode_t reportCycloneFailure(const char *context, const char *operation, dds_return_t result,
+                                      const char *detail = "") noexcept;
 
 // The QoS of the Cyclone entity `handle` into `qos`, an initialized record.
 template <typename Qos>
