@@ -33,12 +33,12 @@ TEST(FormattedText, CutBeforeTheCharacterThatDoesNotFitWithTheMarker) {
         std::string text;
         std::string expected;
     } cases[] = {
-        {"fifteen bytes..", "fifteen bytes.."},                    // fits exactly
-        {"sixteen bytes...", "sixteen by" + kMarker},              // one too many
-        {"abcdefgh\xc3\xa9xyzuvw", "abcdefgh\xc3\xa9" + kMarker},  // é ends at the cut
-        {"abcdefghi\xc3\xa9xyzuv", "abcdefghi" + kMarker},         // é across the cut
-        {"abcdefgh\xe2\x82\xacxyzuv", "abcdefgh" + kMarker},       // € across the cut
-        {"abcdefg\xf0\x9f\x98\x80xyzuv", "abcdefg" + kMarker},     // 4 bytes, the last at the cut
+        {"fifteen bytes..", "fifteen bytes.."},                        // fits exactly
+        {"sixteen bytes...", "sixteen by" + kMarker},                  // one too many
+        {"abcdefgh\xc3\xa9xyzuvw", "abcdefgh\xc3\xa9" + kMarker},      // é ends at the cut
+        {"abcdefghi\xc3\xa9xyzuv", "abcdefghi" + kMarker},             // é across the cut
+        {"abcdefgh\xe2\x82\xacxyzuv", "abcdefgh" + kMarker},           // € across the cut
+        {"abcdefg\xf0\x9f\x98\x80xyzuv", "abcdefg" + kMarker},         // 4 bytes, the last at the cut
         {"abcdef" + std::string(10, '\x80'), "abcdef\x80" + kMarker},  // not UTF-8: at most 3 bytes back
     };
     for (const auto &c : cases) EXPECT_EQ(ended(c.text, 16), c.expected) << c.text;

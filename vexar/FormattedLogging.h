@@ -59,12 +59,12 @@ VEXAR_API size_t QTV_VX_Vexar_endFormattedText(char *buffer, size_t size, size_t
 /* The singleton's calls at one level, in a category: arguments are
  * evaluated and formatted only when the level passes. The format is part of
  * the variable arguments, so a call without arguments is valid C11. */
-#define VX_LOG_AT(level, category, ...)                                                                                \
-    do {                                                                                                               \
-        const DDS_Long vxLevel_ = (level);                                                                             \
-        if (QTV_VX_Vexar_passesLevelGate(vxLevel_)) {                                                                  \
-            QTV_VX_Vexar_logf(QTV_VX_Vexar_getInstance(), vxLevel_, (category), __VA_ARGS__);                          \
-        }                                                                                                              \
+#define VX_LOG_AT(level, category, ...)                                                       \
+    do {                                                                                      \
+        const DDS_Long vxLevel_ = (level);                                                    \
+        if (QTV_VX_Vexar_passesLevelGate(vxLevel_)) {                                         \
+            QTV_VX_Vexar_logf(QTV_VX_Vexar_getInstance(), vxLevel_, (category), __VA_ARGS__); \
+        }                                                                                     \
     } while (0)
 #define VX_LOG_FATAL(category, ...) VX_LOG_AT(QTV_VX_LOG_LEVEL_FATAL, category, __VA_ARGS__)
 #define VX_LOG_SEVERE(category, ...) VX_LOG_AT(QTV_VX_LOG_LEVEL_SEVERE, category, __VA_ARGS__)

@@ -122,10 +122,10 @@ public:
         detail::logFormatted(self_, level, name_.c_str(), Location::off, nullptr, format, std::forward<Args>(args)...);
     }
 
-#define VEXAR_LEVEL_CALL_(name, level)                                                                                 \
-    template <typename... Args>                                                                                        \
-    void name(fmt::format_string<Args...> format, Args &&...args) const noexcept {                                     \
-        log(level, format, std::forward<Args>(args)...);                                                               \
+#define VEXAR_LEVEL_CALL_(name, level)                                             \
+    template <typename... Args>                                                    \
+    void name(fmt::format_string<Args...> format, Args &&...args) const noexcept { \
+        log(level, format, std::forward<Args>(args)...);                           \
     }
     VEXAR_LEVEL_CALL_(fatal, QTV_VX_LOG_LEVEL_FATAL)
     VEXAR_LEVEL_CALL_(severe, QTV_VX_LOG_LEVEL_SEVERE)
@@ -228,17 +228,17 @@ private:
 // ask for it.
 #define VEXAR_FIRST_(first, ...) first
 #if __cplusplus >= 202002L
-#define VEXAR_CHECKED_CALL_(target, level, ...)                                                                        \
+#define VEXAR_CHECKED_CALL_(target, level, ...) \
     (target).logAt((level), ::vexar::SourceLocation{__FILE__, __LINE__}, __VA_ARGS__)
 #else
-#define VEXAR_CHECKED_CALL_(target, level, ...)                                                                        \
-    (target).logChecked((level), ::vexar::SourceLocation{__FILE__, __LINE__},                                          \
+#define VEXAR_CHECKED_CALL_(target, level, ...)                               \
+    (target).logChecked((level), ::vexar::SourceLocation{__FILE__, __LINE__}, \
                         FMT_STRING(VEXAR_FIRST_(__VA_ARGS__, ~)), __VA_ARGS__)
 #endif
-#define VX_LOG(target, level, ...)                                                                                     \
-    do {                                                                                                               \
-        const DDS_Long vxLevel_ = (level);                                                                             \
-        if (::vexar::Category::enabled(vxLevel_)) VEXAR_CHECKED_CALL_(target, vxLevel_, __VA_ARGS__);                  \
+#define VX_LOG(target, level, ...)                                                                    \
+    do {                                                                                              \
+        const DDS_Long vxLevel_ = (level);                                                            \
+        if (::vexar::Category::enabled(vxLevel_)) VEXAR_CHECKED_CALL_(target, vxLevel_, __VA_ARGS__); \
     } while (0)
 #define VX_FATAL(target, ...) VX_LOG(target, QTV_VX_LOG_LEVEL_FATAL, __VA_ARGS__)
 #define VX_SEVERE(target, ...) VX_LOG(target, QTV_VX_LOG_LEVEL_SEVERE, __VA_ARGS__)
