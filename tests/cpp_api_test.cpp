@@ -137,4 +137,18 @@ TEST(CppApi, ALoggerIsFlushedThenFinalizedAndOnlyOneRunsAtATime) {
     EXPECT_EQ(after.discarded, before.discarded);
 }
 
+// A write thread that stopped keeps the queue full past the time-out.
+TEST(CppApi, AFlushThatTimesOutIsPrintedBeforeTheLossIsCounted) {
+    const QTV_VX_Statistics before = statistics();
+    std::string printed = capturedStdout([] {
+        vexar::Settings settings;
+        settings.flushTimeout = {0, 1000000};
+        vexar::Logger logger(optionsOn(domains::kApiBase + 6).get(), settings);
+        ASSERT_TRUE(holdWriteThread(QTV_VX_Vexar_getLogMessageWriteThread()));
+        logger.info("never written");
+    });
+    EXPECT_EQ(printed, "VX Warning: vexar::Logger: Flush timed out: messages still queued are discarded\n");
+    EXPECT_EQ(statistics().discarded - before.discarded, 1u);
+}
+
 }  // namespace

@@ -185,7 +185,11 @@ public:
     }
     ~Logger() {
         if (self_ != nullptr) {
-            QTV_VX_Vexar_flush(self_, &settings_.flushTimeout);
+            // Other failures of the flush print their own line.
+            if (QTV_VX_Vexar_flush(self_, &settings_.flushTimeout) == DDS_RETCODE_TIMEOUT) {
+                QTV_VX_Vexar_printMessage("Flush timed out: messages still queued are discarded", "vexar::Logger",
+                                          QTV_VX_LOG_LEVEL_WARNING);
+            }
             QTV_VX_Vexar_finalizeInstance();
         }
         if (options_ != nullptr) QTV_VX_Options_delete(options_);
