@@ -2,7 +2,6 @@
 // and where, and that a filtered macro call evaluates nothing.
 #include <gtest/gtest.h>
 
-#include <cstdarg>
 #include <string>
 #include <vector>
 
@@ -45,13 +44,6 @@ TEST(FormattedText, CutBeforeTheCharacterThatDoesNotFitWithTheMarker) {
     capturedStdout([] { EXPECT_EQ(QTV_VX_Vexar_endFormattedText(nullptr, 16, 3), 0u); });
 }
 
-void logThroughVaList(QTV_VX_Vexar *logger, const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    QTV_VX_Vexar_vlogf(logger, QTV_VX_LOG_LEVEL_NOTICE, "va", format, arguments);
-    va_end(arguments);
-}
-
 class HeldFormattedLogger : public ::testing::Test {
 protected:
     HeldFormattedLogger() : session_(loggerOptions(domains::kApiBase + 0)) {}
@@ -70,7 +62,7 @@ TEST_F(HeldFormattedLogger, MessagesArriveFormattedAndLongOnesCutAtTheBound) {
     const std::string longText(5000, 'x');
     const std::string euroAcrossTheCut = std::string(4089, 'a') + "\xe2\x82\xac\xe2\x82\xac\xe2\x82\xac";
     QTV_VX_Vexar_logf(logger(), QTV_VX_LOG_LEVEL_WARNING, "net", "retry %d of %d on %s", 2, 3, "eth0");
-    logThroughVaList(logger(), "%.2f bar", 3.25);
+    QTV_VX_Vexar_logf(logger(), QTV_VX_LOG_LEVEL_NOTICE, "pump", "%.2f bar", 3.25);
     VX_LOG_ERROR("pump", "no arguments");
     VX_LOG_INFO("", "%s", longText.c_str());
     VX_LOG_INFO("", "%s", euroAcrossTheCut.c_str());
@@ -79,7 +71,7 @@ TEST_F(HeldFormattedLogger, MessagesArriveFormattedAndLongOnesCutAtTheBound) {
     EXPECT_EQ(messages[0].level, QTV_VX_LOG_LEVEL_WARNING);
     EXPECT_EQ(messages[0].category, "net");
     EXPECT_EQ(messages[0].message, "retry 2 of 3 on eth0");
-    EXPECT_EQ(messages[1].category + " " + messages[1].message, "va 3.25 bar");
+    EXPECT_EQ(messages[1].category + " " + messages[1].message, "pump 3.25 bar");
     EXPECT_EQ(messages[2].level, QTV_VX_LOG_LEVEL_ERROR);
     EXPECT_EQ(messages[2].category + " " + messages[2].message, "pump no arguments");
     EXPECT_EQ(messages[3].message, std::string(4096 - kMarker.size(), 'x') + kMarker);
