@@ -4,7 +4,12 @@
 //             thread drains the queue into DDS, timed one call at a time
 //             (median and 99th percentile), next to spdlog's asynchronous
 //             logger writing the same text to a null sink in the same run;
-//   filtered: QTV_VX_Vexar_info below the filter level, the mean of a loop.
+//   formatted: a text made of two integers and a short string, timed like
+//             the accepted calls: QTV_VX_Vexar_logf, the C++ API's call, and
+//             spdlog's asynchronous logger (which formats with fmt too);
+//   filtered: QTV_VX_Vexar_info below the filter level, the VX_LOG_DEBUG and
+//             VX_DEBUG macros and spdlog's formatted call below it, the mean
+//             of a loop.
 //
 // Calls come in bursts smaller than the queue, and each burst waits until
 // the previous one was drained, so no call meets a full queue (a full queue
@@ -25,6 +30,8 @@
 
 #include "logger_bench_support.hpp"
 #include "support/domains.h"
+#include "vexar/FormattedLogging.h"
+#include "vexar/vexar.hpp"
 
 #ifdef VEXAR_HAVE_SPDLOG
 #include <spdlog/async.h>
@@ -142,10 +149,26 @@ int main() {
                      [&] { QTV_VX_Vexar_info(vexar, kMessage.c_str()); },
                      [&] { running.waitUntilDrained(); },
                      {}});
+    // Formatted: "retry 17 of 3 on eth0".
+    int attempt = 0;
+    const vexar::Category cpp(vexar, "");
+    calls.push_back(
+        {"formatted: QTV_VX_Vexar_logf",
+         [&] { QTV_VX_Vexar_logf(vexar, QTV_VX_LOG_LEVEL_INFO, "", "retry %d of %d on %s", ++attempt, 3, "eth0"); },
+         [&] { running.waitUntilDrained(); },
+         {}});
+    calls.push_back({"formatted: vexar::Category::info",
+                     [&] { cpp.info("retry {} of {} on {}", ++attempt, 3, "eth0"); },
+                     [&] { running.waitUntilDrained(); },
+                     {}});
 #ifdef VEXAR_HAVE_SPDLOG
     SpdlogRun spdlogRun;
     calls.push_back({"accepted: spdlog async, null sink, 100 chars",
                      [&] { spdlogRun.logger->info(kMessage); },
+                     &SpdlogRun::drained,
+                     {}});
+    calls.push_back({"formatted: spdlog async, null sink",
+                     [&] { spdlogRun.logger->info("retry {} of {} on {}", ++attempt, 3, "eth0"); },
                      &SpdlogRun::drained,
                      {}});
 #endif
@@ -160,10 +183,17 @@ int main() {
     QTV_VX_Vexar_setFilterLevel(vexar, QTV_VX_LOG_LEVEL_WARNING);
     printMean("filtered: QTV_VX_Vexar_info below the level",
               meanNanoseconds([&] { QTV_VX_Vexar_info(vexar, kMessage.c_str()); }, kFilteredCalls));
+    printMean("filtered: VX_LOG_DEBUG, formatted",
+              meanNanoseconds([&] { VX_LOG_DEBUG("", "retry %d of %d on %s", ++attempt, 3, "eth0"); }, kFilteredCalls));
+    printMean("filtered: VX_DEBUG, formatted",
+              meanNanoseconds([&] { VX_DEBUG(cpp, "retry {} of {} on {}", ++attempt, 3, "eth0"); }, kFilteredCalls));
 #ifdef VEXAR_HAVE_SPDLOG
     spdlogRun.logger->set_level(spdlog::level::warn);
     printMean("filtered: spdlog info below the level",
               meanNanoseconds([&] { spdlogRun.logger->info(kMessage); }, kFilteredCalls));
+    printMean("filtered: spdlog debug, formatted",
+              meanNanoseconds([&] { spdlogRun.logger->debug("retry {} of {} on {}", ++attempt, 3, "eth0"); },
+                              kFilteredCalls));
 #endif
     vexar::CallOutcomes outcomes = vexar::callOutcomesOfThisThread();
     std::printf("Vexar: %llu calls queued, %llu dropped, %llu refused\n",

@@ -1,7 +1,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS vexar vexar_static EXPORT VexarTargets
+install(TARGETS vexar vexar_static vexar_cpp EXPORT VexarTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -11,6 +11,8 @@ foreach(header ${VEXAR_PUBLIC_HEADERS})
   get_filename_component(dir ${header} DIRECTORY)
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/${dir})
 endforeach()
+# The one C++ header that applications include; the other .hpp are internal.
+install(FILES ${PROJECT_SOURCE_DIR}/vexar/vexar.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vexar/vexar)
 
 install(EXPORT VexarTargets NAMESPACE Vexar:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vexar)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/VexarConfig.cmake.in

@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config git
   cyclonedds-dev cyclonedds-tools libexpat1-dev libsqlite3-dev sqlite3
-  libgtest-dev libgmock-dev googletest libbenchmark-dev libspdlog-dev
+  libgtest-dev libgmock-dev googletest libbenchmark-dev libspdlog-dev libfmt-dev
   clang clang-format libclang-rt-14-dev valgrind tmux iproute2 procps
   libddsc0debian openssl wireshark-common
 )

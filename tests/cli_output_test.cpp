@@ -64,6 +64,37 @@ TEST_F(CliOutput, JsonLinesAreValidWhateverTheBytes) {
     EXPECT_EQ(out, "\"\\ufffd\\ufffd|\\ufffd\\ufffd\\ufffd|\\ufffd\\ufffd\\ufffd\\ufffd|\xf0\x9f\x98\x80\"");
 }
 
+// What counts as a location at the end of a text: the C++ API's form, and
+// nothing that only looks a little like it.
+TEST_F(CliOutput, ASourceLocationEndingTheTextIsAColumnAndTwoJsonFields) {
+    const struct {
+        std::string_view message, text, file;
+        std::uint32_t line;
+    } cases[] = {
+        {"retry 1 [@net.cpp:42]", "retry 1", "net.cpp", 42},
+        {"up [@C:/src/a b.cpp:7]", "up", "C:/src/a b.cpp", 7},  // the last colon ends the file
+        {"[@x.c:1] [@y.c:2]", "[@x.c:1]", "y.c", 2},
+        {"port [@host:8080] open", "port [@host:8080] open", "", 0},  // not at the end
+        {"odd [@net.cpp:4x]", "odd [@net.cpp:4x]", "", 0},
+        {"odd [@net.cpp:]", "odd [@net.cpp:]", "", 0},
+        {"odd [@:12]", "odd [@:12]", "", 0},
+        {"odd [net.cpp:12]", "odd [net.cpp:12]", "", 0},
+    };
+    for (const auto &c : cases) {
+        LocatedText located = splitLocation(c.message);
+        EXPECT_EQ(located.text, c.text) << c.message;
+        EXPECT_EQ(located.file, c.file) << c.message;
+        EXPECT_EQ(located.line, c.line) << c.message;
+    }
+    EXPECT_EQ(format(LineStyle::Plain, line(600, "", "net", "retry 1 [@net.cpp:42]")),
+              "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e               INFO     net         net.cpp:42        "
+              "retry 1\n");
+    EXPECT_EQ(format(LineStyle::Json, line(600, "", "", "retry 1 [@net.cpp:42]")),
+              "{\"time\":\"2026-11-21T18:30:05.123456789Z\",\"host\":17829690,\"app\":-1960030946,"
+              "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"level\":600,\"levelName\":\"INFO\",\"category\":\"\","
+              "\"message\":\"retry 1\",\"file\":\"net.cpp\",\"line\":42}\n");
+}
+
 TEST_F(CliOutput, AppsTableAlignsColumnsAndMarksLoggersThatWentAway) {
     const std::vector<AppRecord> records{
         {{0x01100f3a, 1}, "demo", 0, 1, 600, {1, 2, 3, 4, 5}, 1, false, MessageCounts{10, 2, 1234, 9, 1, 0}},

@@ -41,12 +41,12 @@ bool echoRequested() noexcept {
     DDS_Long *flag = const_cast<DDS_Long *>(gGate.registeredEcho.load(std::memory_order_relaxed));
     return std::atomic_ref<DDS_Long>(*flag).load(std::memory_order_relaxed) == 1;
 }
+bool aboveLevelGate(DDS_Long level) noexcept {
+    return level > gGate.ceiling.load(std::memory_order_relaxed) && !echoRequested();
+}
 // Invalid arguments pass the gate, so that their errors are still printed.
 bool refusedAtGate(DDS_Long level, const char *message, const char *category) noexcept {
-    if (level <= gGate.ceiling.load(std::memory_order_relaxed) || message == nullptr || category == nullptr ||
-        echoRequested()) {
-        return false;
-    }
+    if (message == nullptr || category == nullptr || !aboveLevelGate(level)) return false;
     vexar::countCall(CallOutcome::refused);
     return true;
 }
@@ -179,6 +179,14 @@ CallOutcome logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, cons
     }
     QTV_VX_Vexar_MessageParams params{level, message, category, ddsTimeFromClockTime(now)};
     return validParams(&params) ? runLoggingSteps(self, params) : CallOutcome::refused;
+}
+
+// Without a logger the gate is closed, yet a call through the singleton
+// would create one: such a level passes.
+bool passesLevelGate(DDS_Long level) noexcept {
+    if (!aboveLevelGate(level) || !isInitialized()) return true;
+    countCall(CallOutcome::refused);
+    return false;
 }
 
 void refreshLevelGate(const QTV_VX_Vexar &self) noexcept {

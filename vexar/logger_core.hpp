@@ -51,6 +51,9 @@ CallOutcome logNow(QTV_VX_Vexar &self, DDS_Long level, const char *message, cons
 // singleton goes.
 void refreshLevelGate(const QTV_VX_Vexar &self) noexcept;
 void closeLevelGate() noexcept;
+// Whether a call at `level` through the singleton can be more than refused;
+// when not, counts it refused.
+bool passesLevelGate(DDS_Long level) noexcept;
 // Refreshes the gate when `options` are the running logger's; takes the
 // global lock, so only application threads may call it.
 void refreshLevelGateFor(const QTV_VX_Options *options) noexcept;

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "names.hpp"
+#include "vexar/FormattedLogging.h"
 
 namespace vexar::cli {
 namespace {
@@ -11,6 +12,9 @@ namespace {
 constexpr std::size_t kKindWidth = 12;
 constexpr std::size_t kLevelWidth = 7;
 constexpr std::size_t kCategoryWidth = 10;
+constexpr std::size_t kLocationWidth = 16;
+constexpr std::string_view kLocationOpen = QTV_VX_VEXAR_LOCATION_OPEN;
+constexpr std::string_view kLocationClose = QTV_VX_VEXAR_LOCATION_CLOSE;
 
 struct CodePoint {
     char32_t value;
@@ -79,7 +83,30 @@ void appendDigits(std::string &out, std::uint32_t value, int digits) {
     out.append(text, static_cast<std::size_t>(digits));
 }
 
+std::optional<std::uint32_t> lineNumber(std::string_view digits) {
+    if (digits.empty() || digits.size() > 9) return std::nullopt;
+    std::uint32_t value = 0;
+    for (char digit : digits) {
+        if (digit < '0' || digit > '9') return std::nullopt;
+        value = value * 10 + static_cast<std::uint32_t>(digit - '0');
+    }
+    return value;
+}
+
 }  // namespace
+
+LocatedText splitLocation(std::string_view message) {
+    const LocatedText whole{message, {}, 0};
+    std::size_t open = message.rfind(kLocationOpen);
+    if (!message.ends_with(kLocationClose) || open == std::string_view::npos) return whole;
+    std::string_view inside = message.substr(open + kLocationOpen.size());
+    inside.remove_suffix(kLocationClose.size());
+    std::size_t colon = inside.rfind(':');
+    if (colon == 0 || colon == std::string_view::npos) return whole;
+    std::optional<std::uint32_t> line = lineNumber(inside.substr(colon + 1));
+    if (!line) return whole;
+    return {message.substr(0, open), inside.substr(0, colon), *line};
+}
 
 void appendUtcTime(std::string &out, std::int64_t seconds, std::uint32_t nanoseconds) {
     std::time_t time = static_cast<std::time_t>(seconds);
@@ -169,7 +196,16 @@ void LineFormatter::appendText(std::string &out, const LogLine &line) {
     std::size_t categoryLength = out.size() - categoryStart;
     if (categoryLength < kCategoryWidth) out.append(kCategoryWidth - categoryLength, ' ');
     out += "  ";
-    appendPrintable(out, line.message);
+    LocatedText located = splitLocation(line.message);
+    if (!located.file.empty()) {
+        std::size_t locationStart = out.size();
+        appendPrintable(out, located.file);
+        out += ':' + std::to_string(located.line);
+        std::size_t locationLength = out.size() - locationStart;
+        if (locationLength < kLocationWidth) out.append(kLocationWidth - locationLength, ' ');
+        out += "  ";
+    }
+    appendPrintable(out, located.text);
 }
 
 void LineFormatter::appendJson(std::string &out, const LogLine &line) {
@@ -186,8 +222,14 @@ void LineFormatter::appendJson(std::string &out, const LogLine &line) {
     else appendJsonString(out, levelName);
     out += ",\"category\":";
     appendJsonString(out, line.category);
+    LocatedText located = splitLocation(line.message);
     out += ",\"message\":";
-    appendJsonString(out, line.message);
+    appendJsonString(out, located.text);
+    if (!located.file.empty()) {
+        out += ",\"file\":";
+        appendJsonString(out, located.file);
+        out += ",\"line\":" + std::to_string(located.line);
+    }
     if (line.history) out += ",\"history\":true";
     out += '}';
 }

@@ -7,8 +7,11 @@
 // Columns: source time (local, milliseconds), HOST:APP, application kind
 // (blank until a State names it; cut at 12 characters with '~'), level
 // name (or its number), category (blank when empty; a longer one pushes the
-// text right), text. Control characters of remote texts are escaped so
-// that a message can neither break the line nor drive the terminal.
+// text right), text. A text that ends with its call's source location (the
+// C++ API's " [@file:line]") has it shown in a column of its own before the
+// text, and as "file" and "line" in JSON. Control characters of remote texts
+// are escaped so that a message can neither break the line nor drive the
+// terminal.
 #pragma once
 
 #include <cstdint>
@@ -31,6 +34,15 @@ struct LogLine {
 };
 
 enum class LineStyle { Plain, Colour, Json };
+
+// A message's text and the source location at its end; `file` is empty (and
+// `text` the whole message) when it has none.
+struct LocatedText {
+    std::string_view text;
+    std::string_view file;
+    std::uint32_t line = 0;
+};
+LocatedText splitLocation(std::string_view message);
 
 // The escape sequence that starts the colour of `level`, and the reset.
 std::string_view levelColour(std::int32_t level);
