@@ -30,6 +30,23 @@ struct LogLine {
     bool history = false;  // read from a log database, not live
 };
 
+// A line that owns its texts, for lines kept after their source is gone.
+struct OwnedLine {
+    explicit OwnedLine(const LogLine &line)
+        : line(line), kind(line.kind), category(line.category), message(line.message) {}
+    LogLine view() const {
+        LogLine copy = line;
+        copy.kind = kind;
+        copy.category = category;
+        copy.message = message;
+        return copy;
+    }
+    LogLine line;
+    std::string kind;
+    std::string category;
+    std::string message;
+};
+
 enum class LineStyle { Plain, Colour, Json };
 
 // The escape sequence that starts the colour of `level`, and the reset.
