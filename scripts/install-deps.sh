@@ -7,6 +7,7 @@ packages=(
   cyclonedds-dev cyclonedds-tools libexpat1-dev libsqlite3-dev sqlite3
   libgtest-dev libgmock-dev googletest libbenchmark-dev libspdlog-dev
   clang clang-format libclang-rt-14-dev valgrind tmux iproute2 procps
+  libcpp-httplib-dev nlohmann-json3-dev curl jq chromium chromium-driver
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -75,8 +75,7 @@ FillCommand setFormatCommand(std::int32_t format) {
 RemoteCommander::RemoteCommander(Session &session)
     : self_(session.id()), responses_(session, responseReaderQos(), signal_), requests_(session, requestWriterQos()) {}
 
-std::optional<CommandAnswer> RemoteCommander::send(AppId target, const FillCommand &fill,
-                                                   Clock::time_point deadline) {
+std::optional<CommandAnswer> RemoteCommander::send(AppId target, const FillCommand &fill, Clock::time_point deadline) {
     OwnedSample<QTV_VX_ADMIN_CommandRequest> owned;
     QTV_VX_ADMIN_CommandRequest &request = owned.value;
     request.targetHostAndAppId = {target.host, target.app};

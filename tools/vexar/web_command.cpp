@@ -67,7 +67,8 @@ bool earlier(const LogLine &a, const LogLine &b) {
 // The DDS side: a log reader like tail's and the published counts like apps'.
 struct WebWatch {
     explicit WebWatch(std::int32_t domainId)
-        : domain(domainId), logs(domain.session, logReaderQos(), domain.signal),
+        : domain(domainId),
+          logs(domain.session, logReaderQos(), domain.signal),
           counts(domain.session, stateReaderQos(), domain.signal) {}
 
     // One bounded batch of messages per turn, as tail; true when it was full.

@@ -11,7 +11,7 @@
 namespace vexar::cli {
 namespace {
 
-constexpr std::string_view kStreamParameters[] = {"level", "app",   "category", "grep", "exclude-category",
+constexpr std::string_view kStreamParameters[] = {"level",        "app",  "category", "grep", "exclude-category",
                                                   "exclude-grep", "since"};
 constexpr std::string_view kLogsParameters[] = {"until", "text", "limit"};
 

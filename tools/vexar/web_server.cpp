@@ -44,8 +44,8 @@ void sendError(httplib::Response &response, int status, const std::string &what)
 bool hostAllowed(const httplib::Request &request, const WebSettings &settings, int port) {
     std::string host = request.get_header_value("Host");
     std::string suffix = ":" + std::to_string(port);
-    for (const std::string &name : {settings.host, std::string("127.0.0.1"), std::string("localhost"),
-                                    std::string("[::1]")}) {
+    for (const std::string &name :
+         {settings.host, std::string("127.0.0.1"), std::string("localhost"), std::string("[::1]")}) {
         if (host == name + suffix) return true;
     }
     return false;
@@ -190,8 +190,7 @@ std::string answerJson(AppId target, const std::optional<CommandAnswer> &answer,
 }  // namespace
 
 WebServer::WebServer(const WebSettings &settings, LiveHub &hub, AppsBoard &apps, RemoteCommander &commander)
-    : settings_(settings), hub_(hub), apps_(apps), commander_(commander),
-      server_(std::make_unique<httplib::Server>()) {
+    : settings_(settings), hub_(hub), apps_(apps), commander_(commander), server_(std::make_unique<httplib::Server>()) {
     server_->new_task_queue = [] { return new httplib::ThreadPool(kHttpThreads); };
     port_ = settings.port == 0 ? server_->bind_to_any_port(settings.host)
                                : (server_->bind_to_port(settings.host, settings.port) ? settings.port : -1);
