@@ -26,7 +26,7 @@ const view = {
 };
 // What tests and people may read from the console (devtools).
 const stats = { received: 0, history: 0, lost: 0, batches: 0 };
-window.vexarConsole = { stats, rowsHeld: () => view.rows.length };
+window.vexarConsole = { stats, rowsHeld: () => view.rows.length, rows: () => view.rows };
 
 function element(tag, className, text) {
   const node = document.createElement(tag);
@@ -197,8 +197,7 @@ function connect(params) {
 // A closed range: recorded messages only.
 async function loadRange(params) {
   setStatus('reading history');
-  const params2 = new URLSearchParams(params);
-  const response = await fetch('/api/logs?' + params2.toString());
+  const response = await fetch('/api/logs?' + params.toString());
   const body = await response.json();
   if (!response.ok) return setStatus('history failed: ' + body.error);
   stats.history = body.messages.length;
@@ -311,10 +310,11 @@ function control(card, label, fields, what, bodyOf) {
 function makeCard(app) {
   const card = element('div', 'app-card');
   card.dataset.id = app.id;
-  const level = select('level', LEVELS, 'INFO');
+  // The controls start at what the logger has now.
+  const level = select('level', LEVELS, levelName(app.filterLevel));
   const category = select('category', CATEGORIES, 'ALL');
   const verbosity = select('verbosity', VERBOSITIES, 'WARNING');
-  const format = select('format', FORMATS, 'DEFAULT');
+  const format = select('format', FORMATS, app.printFormat);
   const controls = element('div', 'controls');
   controls.append(
     control(card, 'Set level', [level], 'level', () => ({ level: level.value })),
