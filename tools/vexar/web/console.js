@@ -164,10 +164,13 @@ function connect(params) {
   Object.assign(stats, { received: 0, history: 0, lost: 0, batches: 0 });
   scheduleDraw();
   if (params.has('until')) return loadRange(params);
+  openStream(params);
+}
+
+function openStream(params) {
   const source = new EventSource('/api/stream?' + params.toString());
   view.source = source;
   setStatus(params.has('since') ? 'reading history' : 'live');
-  source.addEventListener('open', () => { if (!params.has('since')) setStatus('live'); });
   source.addEventListener('logs', (event) => {
     const messages = JSON.parse(event.data);
     stats.received += messages.length;
@@ -189,8 +192,19 @@ function connect(params) {
   });
   source.addEventListener('rates', (event) => addRates(JSON.parse(event.data)));
   source.addEventListener('problem', (event) => setStatus('history failed: ' + JSON.parse(event.data).error));
+  // The browser would ask again with the same address, history and all:
+  // the page goes on live by itself and says that it missed the break.
   source.addEventListener('error', () => {
-    if (source.readyState === EventSource.CONNECTING) setStatus('reconnecting');
+    if (view.source !== source) return;
+    source.close();
+    setStatus('connection lost: reconnecting');
+    setTimeout(() => {
+      if (view.source !== source) return;
+      const live = new URLSearchParams(params);
+      live.delete('since');
+      openStream(live);
+      setStatus('live again; messages of the break are not shown');
+    }, 2000);
   });
 }
 
