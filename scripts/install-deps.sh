@@ -10,6 +10,7 @@ packages=(
   libgtest-dev libgmock-dev googletest libbenchmark-dev libspdlog-dev libfmt-dev
   clang clang-format libclang-rt-14-dev valgrind tmux iproute2 procps
   libddsc0debian openssl wireshark-common
+  libcpp-httplib-dev nlohmann-json3-dev curl jq chromium chromium-driver
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -21,7 +21,6 @@
 #include <thread>
 
 #include "support/remote_log_counter.hpp"
-#include "vexar/QosLibrary.h"
 #include "vexar/Statistics.h"
 
 namespace {
@@ -74,16 +73,7 @@ int main(int argc, char **argv) {
     std::signal(SIGTERM, requestStop);
     // The logger keeps the options by pointer until it is finalized.
     QTV_VX_Options *options = QTV_VX_Options_createDefault();
-    if (options == nullptr) return kSetup;
-    QTV_VX_Options_setDomainId(options, std::atoi(argv[1]));
-    QTV_VX_Options_setApplicationKind(options, argv[2]);
-    QTV_VX_Options_setQueueSize(options, queueSize);
-    if (lossless) {
-        QTV_VX_Options_setQosLibrary(options, QTV_VX_QOS_LIBRARY_NAME);
-        QTV_VX_Options_setQosProfile(options, QTV_VX_QOS_PROFILE_LOSSLESS);
-    }
-    if (QTV_VX_Vexar_setOptions(options) != 1) return kSetup;
-    QTV_VX_Vexar *logger = QTV_VX_Vexar_getInstance();
+    QTV_VX_Vexar *logger = vexar_test::startHelperLogger(options, std::atoi(argv[1]), argv[2], queueSize, lossless);
     if (logger == nullptr) return kSetup;
     if (!vexar_test::logWriterMatched(logger)) return kNoSubscriber;
 

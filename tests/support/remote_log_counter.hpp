@@ -15,6 +15,7 @@
 #include "platform/dds/data_writer.h"
 #include "support/child_process.hpp"
 #include "type/vexarSupport.h"
+#include "vexar/QosLibrary.h"
 #include "vexar/Vexar.h"
 
 namespace vexar_test {
@@ -70,6 +71,24 @@ private:
     std::filesystem::path result_;
     ChildProcess child_;
 };
+
+// The logger of a helper process that logs for a subscriber elsewhere: the
+// options (kept by the logger until finalized, deleted by the caller) on
+// `domain` with `kind` and `queueSize`, Lossless if asked. Null when the
+// options or the logger could not be made.
+inline QTV_VX_Vexar *startHelperLogger(QTV_VX_Options *options, int domain, const char *kind, int queueSize,
+                                       bool lossless) {
+    if (options == nullptr) return nullptr;
+    QTV_VX_Options_setDomainId(options, domain);
+    QTV_VX_Options_setApplicationKind(options, kind);
+    QTV_VX_Options_setQueueSize(options, queueSize);
+    if (lossless) {
+        QTV_VX_Options_setQosLibrary(options, QTV_VX_QOS_LIBRARY_NAME);
+        QTV_VX_Options_setQosProfile(options, QTV_VX_QOS_PROFILE_LOSSLESS);
+    }
+    if (QTV_VX_Vexar_setOptions(options) != 1) return nullptr;
+    return QTV_VX_Vexar_getInstance();
+}
 
 // Whether the logger's log writer has matched a reader, within 10 s. Ever:
 // a subscriber that got all it expected leaves at once.

@@ -27,6 +27,7 @@ extern const CommandDescription kDemoCommand;
 extern const CommandDescription kConfigCommand;
 extern const CommandDescription kRecordCommand;
 extern const CommandDescription kQueryCommand;
+extern const CommandDescription kWebCommand;
 
 int runTail(const ParsedArguments &arguments);
 int runApps(const ParsedArguments &arguments);
@@ -37,5 +38,6 @@ int runDemo(const ParsedArguments &arguments);
 int runConfig(const ParsedArguments &arguments);
 int runRecord(const ParsedArguments &arguments);
 int runQuery(const ParsedArguments &arguments);
+int runWeb(const ParsedArguments &arguments);
 
 }  // namespace vexar::cli

@@ -33,6 +33,23 @@ struct LogLine {
     bool history = false;  // read from a log database, not live
 };
 
+// A line that owns its texts, for lines kept after their source is gone.
+struct OwnedLine {
+    explicit OwnedLine(const LogLine &line)
+        : line(line), kind(line.kind), category(line.category), message(line.message) {}
+    LogLine view() const {
+        LogLine copy = line;
+        copy.kind = kind;
+        copy.category = category;
+        copy.message = message;
+        return copy;
+    }
+    LogLine line;
+    std::string kind;
+    std::string category;
+    std::string message;
+};
+
 enum class LineStyle { Plain, Colour, Json };
 
 // A message's text and the source location at its end; `file` is empty (and

@@ -18,7 +18,7 @@ const Command kCommands[] = {
     {kSetLevelCommand, runSetLevel},   {kSetVerbosityCommand, runSetVerbosity},
     {kSetFormatCommand, runSetFormat}, {kDemoCommand, runDemo},
     {kConfigCommand, runConfig},       {kRecordCommand, runRecord},
-    {kQueryCommand, runQuery},
+    {kQueryCommand, runQuery},         {kWebCommand, runWeb},
 };
 
 std::string overview() {

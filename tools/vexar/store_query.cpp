@@ -94,23 +94,6 @@ LogLine lineOf(const Statement &row) {
     return line;
 }
 
-// A line whose texts it owns, for the newest-first case that is reversed.
-struct OwnedLine {
-    explicit OwnedLine(const LogLine &line)
-        : line(line), kind(line.kind), category(line.category), message(line.message) {}
-    LogLine view() const {
-        LogLine copy = line;
-        copy.kind = kind;
-        copy.category = category;
-        copy.message = message;
-        return copy;
-    }
-    LogLine line;
-    std::string kind;
-    std::string category;
-    std::string message;
-};
-
 }  // namespace
 
 std::string fullTextQuery(std::string_view words) {

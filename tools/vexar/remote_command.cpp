@@ -1,0 +1,106 @@
+#include "remote_command.hpp"
+
+#include <array>
+#include <limits>
+#include <random>
+
+#include "names.hpp"
+#include "usage_error.hpp"
+
+namespace vexar::cli {
+namespace {
+
+constexpr auto kResendInterval = std::chrono::seconds(1);
+
+std::int32_t freshInvocation() {
+    std::random_device entropy;
+    return std::uniform_int_distribution<std::int32_t>(1, std::numeric_limits<std::int32_t>::max())(entropy);
+}
+
+bool answers(const QTV_VX_ADMIN_CommandResponse &response, const QTV_VX_ADMIN_CommandRequest &request) {
+    return response.invocation == request.invocation &&
+           appIdOf(response.originatorHostAndAppId) == appIdOf(request.originatorHostAndAppId);
+}
+
+}  // namespace
+
+CategoryVerbosities parseCategoryVerbosities(std::span<const std::string> pairs) {
+    std::array<std::optional<std::int32_t>, QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH> byCategory;
+    for (const std::string &pair : pairs) {
+        std::size_t equals = pair.find('=');
+        if (equals == std::string::npos) {
+            throw UsageError("bad CATEGORY=VERBOSITY '" + pair + "' (expected e.g. COMMUNICATION=WARNING)");
+        }
+        std::string_view category = std::string_view(pair).substr(0, equals);
+        std::int32_t verbosity = parseNameOrThrow(kVerbosityNames, std::string_view(pair).substr(equals + 1));
+        if (isName("ALL", category)) {
+            byCategory.fill(verbosity);
+        } else {
+            byCategory[static_cast<std::size_t>(parseNameOrThrow(kCategoryNames, category))] = verbosity;
+        }
+    }
+    CategoryVerbosities entries;
+    for (std::size_t category = 0; category < byCategory.size(); ++category) {
+        if (!byCategory[category]) continue;
+        entries.push_back({static_cast<QTV_VX_ADMIN_QTVLoggerCategory>(category),
+                           static_cast<QTV_VX_ADMIN_QTVLoggerVerbosity>(*byCategory[category])});
+    }
+    return entries;
+}
+
+FillCommand setLevelCommand(std::int32_t level) {
+    return [level](QTV_VX_ADMIN_Command &command) {
+        command._d = QTV_VX_SET_LOG_LEVEL;
+        command._u.filterLevel = level;
+    };
+}
+
+FillCommand setVerbosityCommand(CategoryVerbosities entries) {
+    return [entries = std::move(entries)](QTV_VX_ADMIN_Command &command) {
+        command._d = QTV_VX_SET_QTV_LOGGER_LEVEL;
+        if (!QTV_VX_ADMIN_QTVLoggerCategoryAndVerbositySeq_from_array(&command._u.categoryAndVerbosity, entries.data(),
+                                                                      static_cast<DDS_Long>(entries.size()))) {
+            throw DdsFailure("cannot fill the verbosity command");
+        }
+    };
+}
+
+FillCommand setFormatCommand(std::int32_t format) {
+    return [format](QTV_VX_ADMIN_Command &command) {
+        command._d = QTV_VX_SET_QTV_LOGGER_PRINT_FORMAT;
+        command._u.printFormat = static_cast<QTV_VX_ADMIN_QTVLoggerPrintFormat>(format);
+    };
+}
+
+RemoteCommander::RemoteCommander(Session &session)
+    : self_(session.id()), responses_(session, responseReaderQos(), signal_), requests_(session, requestWriterQos()) {}
+
+std::optional<CommandAnswer> RemoteCommander::send(AppId target, const FillCommand &fill, Clock::time_point deadline) {
+    OwnedSample<QTV_VX_ADMIN_CommandRequest> owned;
+    QTV_VX_ADMIN_CommandRequest &request = owned.value;
+    request.targetHostAndAppId = {target.host, target.app};
+    request.originatorHostAndAppId = {self_.host, self_.app};
+    request.invocation = freshInvocation();
+    fill(request.command);
+
+    std::optional<Clock::time_point> lastSent;
+    std::optional<CommandAnswer> answer;
+    while (!answer && !stopRequested() && Clock::now() < deadline) {
+        Clock::time_point now = Clock::now();
+        if (requests_.matchedReaders() > 0 && (!lastSent || now - *lastSent >= kResendInterval)) {
+            if (!requests_.write(request)) throw DdsFailure("cannot send the command request");
+            lastSent = now;
+        }
+        signal_.waitUntil(deadline);
+        responses_.takeAll([&](const std::vector<Received<QTV_VX_ADMIN_CommandResponse>> &received) {
+            for (const auto &[response, info] : received) {
+                if (answer || !info->valid_data || !answers(*response, request)) continue;
+                answer = CommandAnswer{appIdOf(response->hostAndAppId), response->commandResult,
+                                       response->message != nullptr ? response->message : ""};
+            }
+        });
+    }
+    return answer;
+}
+
+}  // namespace vexar::cli
