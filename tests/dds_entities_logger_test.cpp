@@ -3,6 +3,9 @@
 // a lent participant and its topics left alone.
 #include <gtest/gtest.h>
 
+#include <errno.h>
+#include <unistd.h>
+
 #include <string>
 
 #include "platform/dds/cyclone.hpp"
@@ -92,9 +95,28 @@ TEST(LoggerEntities, CreatesEveryEntityOnItsTopicWithItsRegisteredTypeName) {
 
     DDS_DomainParticipantQos participantQos = DDS_DomainParticipantQos_INITIALIZER;
     ASSERT_EQ(DDS_DomainParticipant_get_qos(participant, &participantQos), DDS_RETCODE_OK);
-    EXPECT_STREQ(participantQos.participant_name.name, "shipyard");
+    // Named after the process, not the kind: the State carries the kind,
+    // and discovery tells two applications of one kind apart by this name.
+    const std::string expectedName = std::string(program_invocation_short_name) + "@";
+    EXPECT_TRUE(std::string(participantQos.participant_name.name).starts_with(expectedName))
+        << participantQos.participant_name.name;
+    EXPECT_TRUE(std::string(participantQos.participant_name.name).ends_with("[" + std::to_string(getpid()) + "]"));
     EXPECT_EQ(entities->rtpsAppId, participantQos.wire_protocol.rtps_app_id);
     EXPECT_EQ(logger.state().hostAndAppId.rtps_app_id, entities->rtpsAppId) << "the State's key, known at once";
+
+    // Discovery announces that name under the same ids.
+    struct Seen {
+        DDS_Long host, app;
+        std::string name;
+    } seen{entities->rtpsHostId, entities->rtpsAppId, ""};
+    auto visit = [](void *context, const OBLX_DiscoveredParticipant *found) {
+        auto *wanted = static_cast<Seen *>(context);
+        if (found->rtps_host_id == wanted->host && found->rtps_app_id == wanted->app && found->name != nullptr) {
+            wanted->name = found->name;
+        }
+    };
+    ASSERT_EQ(OBLX_DomainParticipant_visit_discovered_participants(participant, visit, &seen), DDS_RETCODE_OK);
+    EXPECT_EQ(seen.name, participantQos.participant_name.name);
     DDS_DomainParticipantQos_finalize(&participantQos);
 
     // Requests are read through the filter (what it passes is tested end to end).

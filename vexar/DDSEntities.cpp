@@ -13,10 +13,12 @@
 #include "platform/dds/publisher.h"
 #include "platform/dds/subscriber.h"
 #include "platform/log/failure_causes.hpp"
+#include "platform/runtime/dds_string.h"
 #include "type/vexarSupport.h"
 #include "vexar/DDSEntities.h"
 #include "vexar/QosLibrary.h"
 #include "vexar/admin_state.hpp"
+#include "vexar/process_identity.hpp"
 #include "vexar/report_line.hpp"
 #include "vexar/scoped_qos.hpp"
 
@@ -118,13 +120,29 @@ void warnWhenProfileMissing(QTV_VX_DDSEntities &self) noexcept {
     }
 }
 
+// A participant the logger creates is named after its process, so that
+// tools can tell apart applications of one kind (the State carries the
+// kind); a participant the application lends keeps its own name.
+bool nameAfterProcess(DDS_DomainParticipantQos &qos) noexcept {
+    try {
+        char *name = DDS_String_dup(vexar::processIdentity().c_str());
+        if (name == nullptr) return false;
+        DDS_String_free(qos.participant_name.name);
+        qos.participant_name.name = name;
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
+}
+
 bool attachParticipant(QTV_VX_DDSEntities &self, const QTV_VX_Options &options) noexcept {
     if (options.domainParticipant != nullptr) {
         self.domainParticipant = options.domainParticipant;
         return true;
     }
     ScopedQos<DDS_DomainParticipantQos, DDS_DomainParticipantQos_finalize> qos{DDS_DomainParticipantQos_INITIALIZER};
-    if (QTV_VX_DDSEntities_getDomainParticipantQos(&self, &qos.value, &options) != DDS_RETCODE_OK) {
+    if (QTV_VX_DDSEntities_getDomainParticipantQos(&self, &qos.value, &options) != DDS_RETCODE_OK ||
+        !nameAfterProcess(qos.value)) {
         return fail("Unable to get Domain Participant QoS");
     }
     // The middleware logger is silenced while the logger is created, so what
