@@ -24,11 +24,12 @@ fail() {
   exit 1
 }
 
-# start_demo NAME [demo options...]: runs `vexar demo --domain $DOMAIN` in
+# start_demo NAME [demo options...]: runs `vexar demo --domain $DOMAIN
+# --every-level` (each level and category in turn, for the filters) in
 # the background and sets DEMO_ID to its HOST:APP once it has printed it.
 start_demo() {
   local name=$1; shift
-  "$VEXAR" demo --domain "$DOMAIN" "$@" >"$WORK/$name.out" 2>&1 &
+  "$VEXAR" demo --domain "$DOMAIN" --every-level "$@" >"$WORK/$name.out" 2>&1 &
   DEMO_PIDS+=($!)
   local tries
   for tries in $(seq 100); do

@@ -2,10 +2,12 @@
 // columns, the same with the level coloured for a terminal, or one JSON
 // object for machines.
 //
-//   2026-11-21 18:30:05.123  01100f3a:8b2c4d1e demo          INFO     net         text
+//   2026-11-21 18:30:05.123  01100f3a:8b2c4d1e demo          demo@box[4242]        INFO     net         text
 //
 // Columns: source time (local, milliseconds), HOST:APP, application kind
-// (blank until a State names it; cut at 12 characters with '~'), level
+// (blank until a State names it; cut at 12 characters with '~'), the
+// process's "exe@host[pid]" (blank while unknown; a longer one pushes the
+// rest right), level
 // name (or its number), category (blank when empty; a longer one pushes the
 // text right), text. Control characters of remote texts are escaped so
 // that a message can neither break the line nor drive the terminal.
@@ -23,7 +25,8 @@ struct LogLine {
     std::int64_t seconds = 0;  // source time since the epoch
     std::uint32_t nanoseconds = 0;
     AppId app;
-    std::string_view kind;  // empty while unknown
+    std::string_view kind;      // empty while unknown
+    std::string_view identity;  // "exe@host[pid]", empty while unknown
     std::int32_t level = 0;
     std::string_view category;
     std::string_view message;

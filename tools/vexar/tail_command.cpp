@@ -30,10 +30,12 @@ constexpr OptionDescription kTailOptions[] = {
     {"count", "N", "exit after N messages"},
     {"timeout", "SECONDS", "exit after SECONDS (status 3 when --count was not reached)"},
     kJsonOption,
+    kOutputOption,
     kNoColourOption,
     {"db", "PATH", "first the recorded history from this log database (the last 10, or -n, --since)"},
     {"n", "N", "with --db: the last N recorded messages that match"},
     {"since", "TIME", "with --db: the recorded messages from TIME on (the forms of 'vexar query')"},
+    {"follow", "", "keep printing new messages (what tail always does; for the habit of tail -f)", 'f'},
 };
 
 constexpr std::string_view kTailDetails =
@@ -104,6 +106,7 @@ public:
             if (!info->valid_data) continue;
             LogLine line = lineOf(*message, *info);
             line.kind = apps.kindOf(line.app);
+            line.identity = apps.identityOf(line.app);
             if (held_.empty() && !awaitsState(line, now)) {
                 print(line);
             } else {
@@ -123,6 +126,7 @@ public:
             for (const HeldMessage &held : held_) {
                 LogLine line = held.view();
                 line.kind = apps.kindOf(line.app);
+                line.identity = apps.identityOf(line.app);
                 print(line);
             }
             held_.clear();
