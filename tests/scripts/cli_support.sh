@@ -6,6 +6,8 @@ set -euo pipefail
 BUILD_DIR=${1:?usage: $0 BUILD_DIR}
 VEXAR="$BUILD_DIR/tools/vexar/vexar"
 WORK=$(mktemp -d)
+# The demos' exe@host[pid], as apps, tail and set-* show it.
+IDENTITY='vexar@[^ ]+\[[0-9]+\]'
 DEMO_PIDS=()
 
 [[ -x $VEXAR ]] || { echo "no vexar program at $VEXAR"; exit 1; }
