@@ -29,6 +29,7 @@ constexpr OptionDescription kDemoOptions[] = {
     {"queue", "N", "size of the logger's message queue (default 128)"},
     {"burst", "N", "first log N messages at once, then say how many a full queue dropped"},
     {"echo", "", "echo every message on standard output too"},
+    {"no-remote-administration", "", "take no remote commands (set-* then get no answer)"},
     {"every-level", "", "log every level and category in turn, every 50th message long (to try filters)"},
     {"config", "FILE",
      "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
@@ -55,6 +56,7 @@ struct DemoSettings {
     std::int32_t burst;
     bool echo;
     bool everyLevel;
+    bool remoteAdministration;
     std::int32_t domain;
     std::optional<std::string> configFile;
     std::optional<std::string> qosLibrary;
@@ -73,6 +75,7 @@ DemoSettings settingsFrom(const ParsedArguments &arguments) {
     settings.burst = arguments.integer("burst", 0, 0, 1000000);
     settings.echo = arguments.has("echo");
     settings.everyLevel = arguments.has("every-level");
+    settings.remoteAdministration = !arguments.has("no-remote-administration");
     settings.domain = arguments.domain();
     settings.configFile = arguments.value("config");
     settings.qosLibrary = arguments.value("qos-library");
@@ -109,6 +112,7 @@ public:
         QTV_VX_Options_setFilterLevel(options_, settings.filterLevel);
         QTV_VX_Options_setQueueSize(options_, settings.queueSize);
         QTV_VX_Options_setEchoToStdout(options_, settings.echo ? 1 : 0);
+        QTV_VX_Options_setRemoteAdministrationEnabled(options_, settings.remoteAdministration ? 1 : 0);
         try {
             nameQosProfile(options_, settings);
         } catch (...) {

@@ -17,13 +17,18 @@ struct Event {
 };
 
 constexpr Event kInfoEvents[] = {
-    {"net.http", "GET /api/v1/status 200 in %N ms"}, {"net.http", "POST /api/v1/jobs 201 in %N ms"},
-    {"sched", "job %N started"},                    {"sched", "job %N finished"},
-    {"auth", "session %N renewed"},                 {"db.pool", "checkpoint %N written"},
+    {"net.http", "GET /api/v1/status 200 in %N ms"},
+    {"net.http", "POST /api/v1/jobs 201 in %N ms"},
+    {"sched", "job %N started"},
+    {"sched", "job %N finished"},
+    {"auth", "session %N renewed"},
+    {"db.pool", "checkpoint %N written"},
 };
 constexpr Event kDebugEvents[] = {
-    {"db.pool", "connection %N returned to the pool"}, {"cache", "hit for key user:%N"},
-    {"net.http", "keep-alive socket %N reused"},       {"sched", "queue depth %N"},
+    {"db.pool", "connection %N returned to the pool"},
+    {"cache", "hit for key user:%N"},
+    {"net.http", "keep-alive socket %N reused"},
+    {"sched", "queue depth %N"},
 };
 constexpr Event kNoticeEvents[] = {{"cache", "cache of %N entries refreshed"}, {"auth", "operator %N logged in"}};
 constexpr Event kWarningEvents[] = {{"db.pool", "slow query: %N ms (limit 500 ms)"},
@@ -51,10 +56,11 @@ constexpr std::uint64_t kLongHealthyEvery = 600;
 
 std::string longConfigurationText(std::uint64_t index) {
     std::string text = "configuration reloaded (generation " + std::to_string(index / kLongHealthyEvery) + "):";
-    const char *settings[] = {"listen=0.0.0.0:8080",   "workers=8",         "queue.size=4096",
-                              "db.pool.min=4",         "db.pool.max=32",    "cache.ttl=300s",
-                              "upstream.timeout=2s",   "upstream.retries=5", "log.level=INFO",
-                              "tls.certificate=/etc/service/tls/server.pem"};
+    const char *settings[] = {"listen=0.0.0.0:8080", "workers=8",
+                              "queue.size=4096",     "db.pool.min=4",
+                              "db.pool.max=32",      "cache.ttl=300s",
+                              "upstream.timeout=2s", "upstream.retries=5",
+                              "log.level=INFO",      "tls.certificate=/etc/service/tls/server.pem"};
     for (const char *setting : settings) text += std::string(" ") + setting;
     return text;
 }

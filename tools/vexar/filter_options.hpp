@@ -14,8 +14,8 @@ namespace vexar::cli {
 inline constexpr OptionDescription kLevelOption{"level", "LEVEL",
                                                 "show LEVEL and more severe ones (FATAL .. TRACE, or a number)", 'l'};
 inline constexpr OptionDescription kAppOption{
-    "app", "APP",
-    "only this application: HOST:APP, a kind, an executable, exe@host[pid], host:*, or a glob; repeat for either", 'a'};
+    "app", "APP", "only this application (HOST:APP, kind, executable, exe@host[pid], host:*, glob); repeat for either",
+    'a'};
 inline constexpr OptionDescription kCategoryOption{
     "category", "TEXT", "only this category: exact text, or a glob such as 'net*'; repeat for either", 'c'};
 inline constexpr OptionDescription kGrepOption{
