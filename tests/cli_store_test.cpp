@@ -172,6 +172,51 @@ TEST_F(StoreTest, QueriesSelectByEveryKindOfFilter) {
               (Texts{"retry after timeout", "timeout on upstream"}));
 }
 
+// A database of the first schema, before identities were stored: read as
+// it stands, and brought forward by the next recorder without losing rows.
+TEST_F(StoreTest, AnOlderDatabaseIsReadAsItIsAndMigratedByTheRecorder) {
+    {
+        LogStore store(path());
+        StoredState named;
+        named.record.id = alpha;
+        named.record.kind = "lidar";
+        store.write(std::vector<StoredMessage>{message(alpha, 1 * kSecond, 600, "before")},
+                    std::vector<StoredState>{named});
+        Database &db = store.database();
+        db.execute("ALTER TABLE apps DROP COLUMN identity; ALTER TABLE states DROP COLUMN identity; "
+                   "PRAGMA user_version = 1");
+    }
+    auto lines = [&](const StoreQuery &query) {
+        LogDatabase db(path(), Database::Access::ReadOnly);
+        std::vector<std::string> found;
+        selectMessages(db, query, [&](const LogLine &line) {
+            found.push_back(std::string(line.kind) + " " + std::string(line.identity) + " " +
+                            std::string(line.message));
+        });
+        return found;
+    };
+    StoreQuery byKind;
+    byKind.filter.apps = {AppSelector::parse("lid*")};
+    EXPECT_EQ(lines(byKind), (std::vector<std::string>{"lidar  before"})) << "version 1, read only";
+    {
+        LogStore store(path());
+        EXPECT_EQ(store.database().integer("PRAGMA user_version"), kSchemaVersion);
+        StoredState identified;
+        identified.record.id = alpha;
+        identified.record.kind = "lidar";
+        identified.record.identity = "lidard@rover[42]";
+        store.write(std::vector<StoredMessage>{message(alpha, 2 * kSecond, 600, "after")},
+                    std::vector<StoredState>{identified});
+        StoredState laterWithout = identified;  // a State read before discovery named it
+        laterWithout.record.identity.clear();
+        store.write({}, std::vector<StoredState>{laterWithout});
+    }
+    StoreQuery byIdentity;
+    byIdentity.filter.apps = {AppSelector::parse("lidard")};
+    EXPECT_EQ(lines(byIdentity),
+              (std::vector<std::string>{"lidar lidard@rover[42] before", "lidar lidard@rover[42] after"}));
+}
+
 TEST_F(StoreTest, RetentionDeletesTheOldestByAgeAndBySize) {
     LogStore store(path());
     std::vector<StoredMessage> batch;

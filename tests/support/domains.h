@@ -8,5 +8,6 @@ constexpr int kBridgeBase = 10;      // 10..49 DDS bridge
 constexpr int kTypedEndpoints = 11;  // 11..19 of those: typed endpoints (18, 19: bench/dds_throughput_bench)
 constexpr int kLoggerBase = 50;      // 50..119 logger end to end
 constexpr int kToolsBase = 120;      // 120..199 command-line tool (170..179: tests/scripts/record_*_test.sh)
+constexpr int kToolsIdentity = 180;  // 180..189 of those: tests/scripts/cli_identity*_test.sh
 constexpr int kBenchBase = 200;      // 200..209 benchmarks (bench/logger_*_bench, 203: instance_iteration_bench)
 }  // namespace vexar_test::domains
