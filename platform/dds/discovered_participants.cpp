@@ -3,6 +3,8 @@
 // entity names they gave their participants.
 #include "platform/dds/entity.hpp"
 
+#include <vector>
+
 #include "platform/dds/qos_cyclone.hpp"
 
 namespace vexar::dds {
@@ -24,8 +26,7 @@ dds_entity_t discoveryReaderOf(DDS_DomainParticipantImpl &participant, const cha
     return reader;
 }
 
-void visitSample(const dds_builtintopic_participant_t &sample, OBLX_DiscoveredParticipantVisitor visit,
-                 void *context) {
+void visitSample(const dds_builtintopic_participant_t &sample, OBLX_DiscoveredParticipantVisitor visit, void *context) {
     char *name = nullptr;
     if (sample.qos == nullptr || !dds_qget_entity_name(sample.qos, &name)) name = nullptr;
     DDS_WireProtocolQosPolicy ids = wireProtocolFromGuid(sample.key);
@@ -45,19 +46,22 @@ DDS_ReturnCode_t OBLX_DomainParticipant_visit_discovered_participants(DDS_Domain
                                                                       OBLX_DiscoveredParticipantVisitor visit,
                                                                       void *context) {
     const char *where = "OBLX_DomainParticipant_visit_discovered_participants";
-    if (checked(self, where) == nullptr || !isGiven(reinterpret_cast<const void *>(visit), where, "visit")) return DDS_RETCODE_BAD_PARAMETER;
+    if (checked(self, where) == nullptr || !isGiven(reinterpret_cast<const void *>(visit), where, "visit"))
+        return DDS_RETCODE_BAD_PARAMETER;
     return guarded(where, DDS_RETCODE_ERROR, [&] {
         dds_entity_t reader = discoveryReaderOf(*self, where);
         if (reader < 0) return DDS_RETCODE_ERROR;
-        void *samples[kMostParticipants] = {nullptr};
-        dds_sample_info_t infos[kMostParticipants];
-        int32_t count = dds_read_mask(reader, samples, infos, kMostParticipants, kMostParticipants,
+        // On the heap: the caller's thread may have a small stack.
+        std::vector<void *> samples(kMostParticipants, nullptr);
+        std::vector<dds_sample_info_t> infos(kMostParticipants);
+        int32_t count = dds_read_mask(reader, samples.data(), infos.data(), kMostParticipants, kMostParticipants,
                                       DDS_ANY_SAMPLE_STATE | DDS_ANY_VIEW_STATE | DDS_IST_ALIVE);
         if (count < 0) return reportCycloneFailure(where, "dds_read_mask", count);
         for (int32_t i = 0; i < count; ++i) {
-            if (infos[i].valid_data) visitSample(*static_cast<dds_builtintopic_participant_t *>(samples[i]), visit, context);
+            if (infos[i].valid_data)
+                visitSample(*static_cast<dds_builtintopic_participant_t *>(samples[i]), visit, context);
         }
-        (void)dds_return_loan(reader, samples, count);
+        (void)dds_return_loan(reader, samples.data(), count);
         return DDS_RETCODE_OK;
     });
 }
