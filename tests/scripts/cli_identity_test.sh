@@ -18,7 +18,8 @@ start_demo cam --kind camera --rate 20 --level TRACE --duration 120 --no-remote-
 CAM=$DEMO_ID CAM_NAME="vexar@$HOST[${DEMO_PIDS[-1]}]"
 sleep 2 # some history for tail to start with
 
-# The domain: VEXAR_DOMAIN, else ROS_DOMAIN_ID; --domain wins over both.
+# The domain: VEXAR_DOMAIN, else ROS_DOMAIN_ID; --domain wins (the order of
+# the three is the parsing test's).
 env_apps() { # VEXAR_DOMAIN ROS_DOMAIN_ID [options...]
   local vexar=$1 ros=$2; shift 2
   set +e
@@ -35,8 +36,6 @@ for row in "$ONE lidar $ONE_NAME" "$TWO lidar $TWO_NAME" "$CAM camera $CAM_NAME"
 done
 env_apps "" "$DOMAIN"
 expect_grep "^$ONE " "$OUT" "apps from ROS_DOMAIN_ID"
-env_apps "$((DOMAIN + 1))" "$DOMAIN" --timeout 1
-expect_grep "no loggers seen in domain $((DOMAIN + 1))" "$OUT.err" "VEXAR_DOMAIN before ROS_DOMAIN_ID"
 env_apps "$((DOMAIN + 1))" "" --domain "$DOMAIN" -o json
 expect_grep "^\{\"id\":\"$ONE\",.*\"kind\":\"lidar\",\"identity\":\"$(literal "$ONE_NAME")\"," "$OUT" \
   "--domain before VEXAR_DOMAIN, -o json"
