@@ -66,6 +66,11 @@ either of two|-a $ONE -a $CAM|$ONE $CAM
 CASES
 expect_every_line "\"identity\":\"vexar@$(literal "$HOST")\[[0-9]+\]\"" "$OUT" "identity in JSON"
 
+run_vexar "$OUT" tail --domain "$DOMAIN" -a nosuch -a lidar --timeout 3
+expect_grep "^vexar tail: no logger of kind 'nosuch' in domain $DOMAIN yet \(seen: camera, lidar\)$" "$OUT.err" \
+  "tail: a target that fits none"
+expect_no_grep "kind 'lidar'" "$OUT.err" "tail: a target that fits"
+
 # Short options, a kind repeated (either) and kinds together (all).
 run_vexar "$OUT" tail --domain "$DOMAIN" -a camera -l warning -c net -c db -g 'request|cache' --count 10 --timeout 20 -f
 expect_rc 0 "short filters"

@@ -1,7 +1,9 @@
 #include "dds_session.hpp"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <set>
 
 #include "platform/log/logger.h"
 
@@ -232,6 +234,21 @@ std::string_view AppDirectory::identityOf(AppId id) const {
     auto found = labels_.find(id);
     if (found != labels_.end()) return found->second;
     return {};
+}
+
+bool AppDirectory::anyFits(const AppSelector &target) const {
+    return std::ranges::any_of(records_, [&](const auto &entry) {
+        const AppRecord &record = entry.second;
+        return !record.gone && target.matches(record.id, record.kind, record.identity);
+    });
+}
+
+std::string AppDirectory::seenKinds() const {
+    std::set<std::string> kinds;
+    for (const auto &[id, record] : records_) {
+        if (!record.gone) kinds.insert(record.kind.empty() ? formatAppId(id) : record.kind);
+    }
+    return seenNames(kinds);
 }
 
 std::string_view AppDirectory::kindOf(AppId id) const {

@@ -249,6 +249,11 @@ public:
     bool learnIdentities(Session &session);
     // "exe@host[pid]" of the application's participant, empty while unknown.
     std::string_view identityOf(AppId id) const;
+    // Whether a live logger fits the target.
+    bool anyFits(const AppSelector &target) const;
+    // The kinds of the live loggers (HOST:APP for one without), for a
+    // target that fits none: "camera, lidar".
+    std::string seenKinds() const;
     const AppIdentities &identities() const { return identities_; }
 
 private:

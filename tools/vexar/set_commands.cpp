@@ -7,7 +7,6 @@
 #include <limits>
 #include <optional>
 #include <random>
-#include <set>
 
 #include "commands.hpp"
 #include "dds_session.hpp"
@@ -93,14 +92,6 @@ std::vector<AppId> findTargets(const AppSelector &selector, DomainWatch &watch, 
         watch.signal.waitUntil(deadline);
     }
     return matches;
-}
-
-std::string seenKinds(const AppDirectory &apps) {
-    std::set<std::string> kinds;
-    for (const auto &[id, record] : apps.records()) {
-        if (!record.gone) kinds.insert(record.kind.empty() ? formatAppId(id) : record.kind);
-    }
-    return seenNames(kinds);
 }
 
 struct Answer {
@@ -204,7 +195,7 @@ int sendCommand(const ParsedArguments &arguments, const FillCommand &fill) {
         targets = findTargets(selector, watch, deadline);
         if (targets.empty()) {
             std::fprintf(stderr, "no logger of %s in domain %d (seen: %s)\n", selector.describe().c_str(), domain,
-                         seenKinds(watch.apps).c_str());
+                         watch.apps.seenKinds().c_str());
             return kExitNoAnswer;
         }
         if (targets.size() > 1 && !many) {
