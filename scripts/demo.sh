@@ -13,7 +13,7 @@ vexar="$VEXAR_ROOT/build/release/tools/vexar/vexar"
 domain=${VEXAR_DEMO_DOMAIN:-0}
 step() { printf '\n== %s\n' "$*"; }
 
-step "vexar demo --kind demo --rate 4: an application that logs at every level, filter level INFO"
+step "vexar demo --kind demo --rate 4: an application that logs like a healthy service, filter level INFO"
 "$vexar" demo --domain "$domain" --kind demo --rate 4 &
 demo=$!
 trap 'kill "$demo" 2>/dev/null || true' EXIT

@@ -5,8 +5,10 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <map>
 
 #include "apps_table.hpp"
+#include "demo_messages.hpp"
 #include "line_format.hpp"
 #include "loss_report.hpp"
 #include "message_filter.hpp"
@@ -26,9 +28,9 @@ protected:
         tzset();
     }
 
-    static LogLine line(std::int32_t level, std::string_view kind, std::string_view category,
-                        std::string_view message) {
-        return {kSeconds, kNanoseconds, {0x01100f3a, static_cast<std::int32_t>(0x8b2c4d1eu)}, kind, level,
+    static LogLine line(std::int32_t level, std::string_view kind, std::string_view category, std::string_view message,
+                        std::string_view identity = "") {
+        return {kSeconds, kNanoseconds, {0x01100f3a, static_cast<std::int32_t>(0x8b2c4d1eu)}, kind, identity, level,
                 category, message};
     }
 
@@ -41,10 +43,13 @@ protected:
 
 // The columns of ordinary lines are checked end to end by the tail script.
 TEST_F(CliOutput, PlainLinesKeepTheirColumnsAndEscapeRemoteText) {
-    EXPECT_EQ(format(LineStyle::Plain, line(650, "", "", "x")),
-              "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e               650                  x\n");
-    EXPECT_EQ(format(LineStyle::Plain, line(400, "a-very-long-application-kind", "category-longer", "x")),
-              "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e a-very-long~  WARNING  category-longer  x\n");
+    EXPECT_EQ(
+        format(LineStyle::Plain, line(650, "", "", "x")),
+        "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e                                     650                  x\n");
+    EXPECT_EQ(format(LineStyle::Plain, line(400, "a-very-long-application-kind", "category-longer", "x",
+                                            "a-long-program@a-long-host[4194304]")),
+              "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e a-very-long~  a-long-program@a-long-host[4194304]  WARNING  "
+              "category-longer  x\n");
     // Remote text can neither break the line nor drive the terminal.
     std::string printable;
     appendPrintable(printable, "one\ntwo\tthree\x1b[2J\r caf\xc3\xa9 \xff \xc2\x9b end\n\n");
@@ -56,7 +61,8 @@ TEST_F(CliOutput, PlainLinesKeepTheirColumnsAndEscapeRemoteText) {
 TEST_F(CliOutput, JsonLinesAreValidWhateverTheBytes) {
     std::string json = format(LineStyle::Json, line(650, "", "net", "say \"hi\"\\\n\x01 \xe2\x82\xac \xc3\x28"));
     EXPECT_EQ(json, "{\"time\":\"2026-11-21T18:30:05.123456789Z\",\"host\":17829690,\"app\":-1960030946,"
-                    "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"level\":650,\"levelName\":null,\"category\":\"net\","
+                    "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"identity\":null,\"level\":650,\"levelName\":null,"
+                    "\"category\":\"net\","
                     "\"message\":\"say \\\"hi\\\"\\\\\\n\\u0001 \xe2\x82\xac \\ufffd(\"}\n");
     // Overlong and surrogate encodings are refused, a 4-byte character kept.
     std::string out;
@@ -96,16 +102,31 @@ TEST_F(CliOutput, ASourceLocationEndingTheTextIsAColumnAndTwoJsonFields) {
 }
 
 TEST_F(CliOutput, AppsTableAlignsColumnsAndMarksLoggersThatWentAway) {
-    const std::vector<AppRecord> records{
-        {{0x01100f3a, 1}, "demo", 0, 1, 600, {1, 2, 3, 4, 5}, 1, false, MessageCounts{10, 2, 1234, 9, 1, 0}},
-        {{0x01100f3a, 2}, "", 0, 2, 650, {1, 2, 3, 4, 9}, 1, true, std::nullopt}};
-    EXPECT_EQ(renderAppsTable(records),
-              "HOST:APP           KIND  STATE                  LEVEL  DROPPED  PLATFORM  COMMUNICATION  DATABASE      "
-              "ENTITIES       API         FORMAT\n"
-              "01100f3a:00000001  demo  OPERATIONAL            INFO   1234     ERROR     WARNING        STATUS_LOCAL  "
-              "STATUS_REMOTE  STATUS_ALL  TIMESTAMPED\n"
-              "01100f3a:00000002  -     NONOPERATIONAL (gone)  650    -        ERROR     WARNING        STATUS_LOCAL  "
-              "STATUS_REMOTE  9           TIMESTAMPED\n");
+    const std::vector<AppRecord> records{{{0x01100f3a, 1},
+                                          "demo",
+                                          "demo@box[42]",
+                                          0,
+                                          1,
+                                          600,
+                                          {1, 2, 3, 4, 5},
+                                          1,
+                                          false,
+                                          MessageCounts{10, 2, 1234, 9, 1, 0}},
+                                         {{0x01100f3a, 2}, "", "", 0, 2, 650, {1, 2, 3, 4, 9}, 1, true, std::nullopt}};
+    EXPECT_EQ(renderAppsTable(records), "HOST:APP           KIND  IDENTITY      STATE                  LEVEL  DROPPED\n"
+                                        "01100f3a:00000001  demo  demo@box[42]  OPERATIONAL            INFO   1234\n"
+                                        "01100f3a:00000002  -     -             NONOPERATIONAL (gone)  650    -\n");
+    // The middleware logger's five verbosities read as one group, not as five outcomes.
+    EXPECT_EQ(
+        renderAppsTable(records, true),
+        std::string(78, ' ') +
+            "MIDDLEWARE LOGGER: VERBOSITY PER CATEGORY, PRINT FORMAT\n"
+            "HOST:APP           KIND  IDENTITY      STATE                  LEVEL  DROPPED  PLATFORM  COMMUNICATION  "
+            "DATABASE      ENTITIES       API         FORMAT\n"
+            "01100f3a:00000001  demo  demo@box[42]  OPERATIONAL            INFO   1234     ERROR     WARNING        "
+            "STATUS_LOCAL  STATUS_REMOTE  STATUS_ALL  TIMESTAMPED\n"
+            "01100f3a:00000002  -     -             NONOPERATIONAL (gone)  650    -        ERROR     WARNING        "
+            "STATUS_LOCAL  STATUS_REMOTE  9           TIMESTAMPED\n");
     EXPECT_TRUE(renderAppJson(records[0])
                     .ends_with(",\"counts\":{\"accepted\":10,\"refused\":2,\"dropped\":1234,\"published\":9,\"failed\":"
                                "1,\"discarded\":0}}\n"));
@@ -169,6 +190,31 @@ TEST_F(CliOutput, LossIsSummedIntoOneNoticeASecondAndFlushedAtTheEnd) {
     ASSERT_TRUE(last);
     EXPECT_EQ(lossLine(*last), "vexar tail: lost 1 message since 18:30:06\n");
     EXPECT_FALSE(losses.flush(start + milliseconds(1500)));
+}
+
+// The demo is what a new user sees first: it must look like a healthy
+// service, not like one failing.
+TEST(CliDemo, LooksHealthyMostlyInfoAndDebugRarelyAnErrorAndShortTexts) {
+    std::map<std::int32_t, int> perLevel;
+    int longOnes = 0;
+    constexpr int kMessages = 10000;
+    for (std::uint64_t index = 0; index < kMessages; ++index) {
+        DemoMessage message = healthyDemoMessage(index);
+        ++perLevel[message.level];
+        if (message.text.size() > 200) ++longOnes;
+        EXPECT_GE(message.level, 300) << "never FATAL or SEVERE: " << index;
+        EXPECT_FALSE(std::string(message.category).empty());
+    }
+    DemoMessage first = healthyDemoMessage(0);
+    EXPECT_GE(first.level, 500) << first.text;
+    EXPECT_LT(first.text.size(), 80u);
+    EXPECT_GT(perLevel[600] + perLevel[700], kMessages * 9 / 10);
+    EXPECT_GT(perLevel[400], 0);
+    EXPECT_LT(perLevel[400], kMessages / 20);
+    EXPECT_GT(perLevel[300], 0);
+    EXPECT_LT(perLevel[300], kMessages / 200);
+    EXPECT_GT(longOnes, 0);
+    EXPECT_LT(longOnes, kMessages / 100);
 }
 
 }  // namespace

@@ -2,10 +2,13 @@
 // enumerations, HOST:APP ids, and the options of a subcommand.
 #include <gtest/gtest.h>
 
-#include <utility>
+#include <cstdlib>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "app_id.hpp"
+#include "app_identity.hpp"
 #include "arguments.hpp"
 #include "names.hpp"
 #include "usage_error.hpp"
@@ -54,13 +57,75 @@ TEST(CliAppId, ReadsWhatItPrintsDecimalAndPrefixedHexAndSelectsByIdOrKind) {
     for (std::string_view bad : {"1:", ":2", "1:2:3", "0x123456789:1", "99999999999:1", "0x:1", "a:b", "12"}) {
         EXPECT_EQ(parseAppId(bad), std::nullopt) << bad;
     }
-    // Selecting by id and by kind is run end to end by the tail script.
-    EXPECT_FALSE(AppSelector::parse("demo").matches({9, 9}, "")) << "a message of unknown kind is not of that kind";
-    EXPECT_TRUE(AppSelector::parse("0x1:0x2").matches({1, 2}, "anything"));
     EXPECT_NE(usageErrorOf([] { AppSelector::parse(""); }), "(no error)");
 }
 
-constexpr OptionDescription kOptions[] = {{"count", "N", "how many"}, {"json", "", "machine output"}};
+TEST(CliAppId, IdentityIsReadOnlyInItsOwnForm) {
+    std::optional<AppIdentity> identity = AppIdentity::parse("my@tool@box-1.lan[4242]");
+    ASSERT_TRUE(identity);
+    EXPECT_EQ(identity->exe, "my@tool") << "a host name has no '@', an executable may";
+    EXPECT_EQ(identity->host, "box-1.lan");
+    EXPECT_EQ(identity->pid, 4242);
+    EXPECT_EQ(identity->label(), "my@tool@box-1.lan[4242]");
+    // A participant the application named itself is not taken for one.
+    for (std::string_view other : {"", "demo", "demo@box", "demo@box[]", "demo@box[x1]", "@box[1]", "demo@[1]",
+                                   "demo@box[0]", "demo@box[12] ", "demo@box[-3]"}) {
+        EXPECT_EQ(AppIdentity::parse(other), std::nullopt) << other;
+    }
+    AppIdentities identities;
+    EXPECT_TRUE(identities.learn({1, 2}, "demo@box[7]"));
+    EXPECT_FALSE(identities.learn({1, 2}, "demo@box[7]")) << "nothing new";
+    EXPECT_FALSE(identities.learn({1, 3}, "lent participant"));
+    EXPECT_EQ(identities.labelOf({1, 2}), "demo@box[7]");
+    EXPECT_EQ(identities.labelOf({1, 3}), "");
+}
+
+// Every form a target takes, against two loggers of one kind on one host
+// and one of another kind elsewhere.
+TEST(CliAppId, TargetsSelectByIdKindExecutableIdentityHostAndGlob) {
+    struct Logger {
+        AppId id;
+        std::string_view kind, identity;
+    };
+    const Logger one{{0x0a, 1}, "lidar", "lidard@rover[100]"};
+    const Logger two{{0x0a, 2}, "lidar", "lidard@rover[200]"};
+    const Logger cam{{0x0b, 1}, "camera", "camd@mast[300]"};
+    const Logger unnamed{{0x0c, 1}, "", ""};
+    const struct {
+        std::string_view target;
+        std::vector<bool> selects;  // one, two, cam, unnamed
+    } cases[] = {
+        {"0000000a:00000002", {false, true, false, false}},
+        {"lidar", {true, true, false, false}},
+        {"camd", {false, false, true, false}},
+        {"lidard@rover[200]", {false, true, false, false}},
+        {"rover:*", {true, true, false, false}},
+        {"0000000a:*", {true, true, false, false}},
+        {"lid*", {true, true, false, false}},
+        {"*@mast*", {false, false, true, false}},
+        {"cam?ra", {false, false, true, false}},
+        {"*", {true, true, true, true}},
+        {"rover", {false, false, false, false}},  // a host alone is no name of an application
+        {"lidard@rover", {false, false, false, false}},
+    };
+    for (const auto &[target, selects] : cases) {
+        AppSelector selector = AppSelector::parse(target);
+        std::vector<bool> got;
+        for (const Logger &logger : {one, two, cam, unnamed}) {
+            got.push_back(selector.matches(logger.id, logger.kind, logger.identity));
+        }
+        EXPECT_EQ(got, selects) << target;
+    }
+    EXPECT_FALSE(AppSelector::parse("lidar").isGlob());
+    EXPECT_TRUE(AppSelector::parse("rover:*").isGlob());
+    EXPECT_EQ(usageErrorOf([] { AppSelector::parse("rover:lidard"); }).substr(0, 12), "bad HOST:APP");
+    EXPECT_EQ(AppSelector::parse("nosuch").describe(), "kind 'nosuch'");
+    EXPECT_EQ(seenNames({"lidar", "camera"}), "camera, lidar");
+    EXPECT_EQ(seenNames({}), "none");
+}
+
+constexpr OptionDescription kOptions[] = {
+    {"count", "N", "how many", 'c'}, {"json", "", "machine output", 'j'}, {"n", "N", "the last N"}};
 constexpr CommandDescription kCommand{"try", "TARGET [VALUE]", "A command for tests.", "", kOptions, 1, 2};
 
 ParsedArguments parse(std::initializer_list<std::string_view> words) {
@@ -92,6 +157,45 @@ TEST(CliArguments, OptionsTakeValuesEitherWayOperandsMayBeNegativeAndMistakesAre
     }
     EXPECT_DOUBLE_EQ(parse({"t", "--count", "0.5"}).seconds("count", 1), 0.5);
     EXPECT_DOUBLE_EQ(parse({"t", "--count", "1e9"}).seconds("count", 1), 1e9);
+}
+
+TEST(CliArguments, ShortOptionsAreTheLongOnesUnderOneLetter) {
+    ParsedArguments parsed = parse({"-c", "1", "t", "-c2", "-j", "-n", "5", "-n=6"});
+    EXPECT_EQ(parsed.values("count"), (std::vector<std::string>{"1", "2"})) << "stored under the long name";
+    EXPECT_TRUE(parsed.has("json"));
+    EXPECT_EQ(parsed.values("n"), (std::vector<std::string>{"5", "6"}));
+    EXPECT_TRUE(helpText(kCommand).find("-c, --count N") != std::string::npos);
+    EXPECT_EQ(usageErrorOf([] { parse({"t", "-jx"}); }), "unknown option '-jx'") << "a flag takes no value";
+    EXPECT_EQ(usageErrorOf([] { parse({"t", "--c", "1"}); }), "unknown option '--c'");
+    EXPECT_EQ(usageErrorOf([] { parse({"t", "-c"}); }), "option --count needs a value (N)");
+}
+
+// The domain: --domain, else VEXAR_DOMAIN, else ROS_DOMAIN_ID, else 0.
+TEST(CliArguments, DomainComesFromTheOptionThenTheEnvironment) {
+    const struct {
+        const char *vexar, *ros;
+        std::initializer_list<std::string_view> words;
+        std::int32_t domain;
+    } cases[] = {
+        {nullptr, nullptr, {"t"}, 0},
+        {"12", "34", {"t"}, 12},
+        {"", "34", {"t"}, 34},
+        {nullptr, "34", {"t"}, 34},
+        {"12", "34", {"t", "--domain", "7"}, 7},
+        {"bad", "34", {"t", "--domain", "7"}, 7},
+    };
+    for (const auto &[vexar, ros, words, domain] : cases) {
+        vexar != nullptr ? setenv("VEXAR_DOMAIN", vexar, 1) : unsetenv("VEXAR_DOMAIN");
+        ros != nullptr ? setenv("ROS_DOMAIN_ID", ros, 1) : unsetenv("ROS_DOMAIN_ID");
+        EXPECT_EQ(parse(words).domain(), domain) << (vexar ? vexar : "-") << " " << (ros ? ros : "-");
+    }
+    setenv("VEXAR_DOMAIN", "231", 1);
+    EXPECT_EQ(usageErrorOf([] { parse({"t"}).domain(); }),
+              "bad VEXAR_DOMAIN '231' (expected a domain id from 0 to 230)");
+    unsetenv("VEXAR_DOMAIN");
+    setenv("ROS_DOMAIN_ID", "x", 1);
+    EXPECT_NE(usageErrorOf([] { parse({"t"}).domain(); }), "(no error)");
+    unsetenv("ROS_DOMAIN_ID");
 }
 
 }  // namespace

@@ -3,6 +3,9 @@
 // a lent participant and its topics left alone.
 #include <gtest/gtest.h>
 
+#include <errno.h>
+#include <unistd.h>
+
 #include <string>
 
 #include "platform/dds/cyclone.hpp"
@@ -93,8 +96,33 @@ TEST(LoggerEntities, CreatesEveryEntityOnItsTopicWithItsRegisteredTypeName) {
     DDS_DomainParticipantQos participantQos = DDS_DomainParticipantQos_INITIALIZER;
     ASSERT_EQ(DDS_DomainParticipant_get_qos(participant, &participantQos), DDS_RETCODE_OK);
     EXPECT_STREQ(participantQos.participant_name.name, "shipyard");
+    // The process is announced in the user data, so that two applications
+    // of one kind can be told apart.
+    const std::string announced(
+        reinterpret_cast<const char *>(DDS_OctetSeq_get_contiguous_buffer(&participantQos.user_data.value)),
+        static_cast<std::size_t>(DDS_OctetSeq_get_length(&participantQos.user_data.value)));
+    EXPECT_TRUE(
+        announced.starts_with(std::string(QTV_VX_IDENTITY_USER_DATA_PREFIX) + program_invocation_short_name + "@"))
+        << announced;
+    EXPECT_TRUE(announced.ends_with("[" + std::to_string(getpid()) + "]")) << announced;
     EXPECT_EQ(entities->rtpsAppId, participantQos.wire_protocol.rtps_app_id);
     EXPECT_EQ(logger.state().hostAndAppId.rtps_app_id, entities->rtpsAppId) << "the State's key, known at once";
+
+    // Discovery announces the kind and that identity under the same ids.
+    struct Seen {
+        DDS_Long host, app;
+        std::string name, userData;
+    } seen{entities->rtpsHostId, entities->rtpsAppId, "", ""};
+    auto visit = [](void *context, const OBLX_DiscoveredParticipant *found) {
+        auto *wanted = static_cast<Seen *>(context);
+        if (found->rtps_host_id != wanted->host || found->rtps_app_id != wanted->app) return;
+        if (found->name != nullptr) wanted->name = found->name;
+        wanted->userData.assign(reinterpret_cast<const char *>(found->user_data),
+                                static_cast<std::size_t>(found->user_data_length));
+    };
+    ASSERT_EQ(OBLX_DomainParticipant_visit_discovered_participants(participant, visit, &seen), DDS_RETCODE_OK);
+    EXPECT_EQ(seen.name, "shipyard");
+    EXPECT_EQ(seen.userData, announced);
     DDS_DomainParticipantQos_finalize(&participantQos);
 
     // Requests are read through the filter (what it passes is tested end to end).

@@ -17,6 +17,7 @@
 #include "vexar/DDSEntities.h"
 #include "vexar/QosLibrary.h"
 #include "vexar/admin_state.hpp"
+#include "vexar/process_identity.hpp"
 #include "vexar/report_line.hpp"
 #include "vexar/scoped_qos.hpp"
 
@@ -120,13 +121,29 @@ void warnWhenProfileMissing(QTV_VX_DDSEntities &self) noexcept {
     }
 }
 
+// A participant the logger creates announces its process in its user data
+// (when the options' QoS left that empty), so that tools can tell apart
+// applications of one kind; its name stays the kind. A participant the
+// application lends is left as it is.
+bool announceProcess(DDS_DomainParticipantQos &qos) noexcept {
+    if (DDS_OctetSeq_get_length(&qos.user_data.value) > 0) return true;
+    try {
+        std::string announced = std::string(QTV_VX_IDENTITY_USER_DATA_PREFIX) + vexar::processIdentity();
+        return DDS_OctetSeq_from_array(&qos.user_data.value, reinterpret_cast<const DDS_Octet *>(announced.data()),
+                                       static_cast<DDS_Long>(announced.size()));
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
+}
+
 bool attachParticipant(QTV_VX_DDSEntities &self, const QTV_VX_Options &options) noexcept {
     if (options.domainParticipant != nullptr) {
         self.domainParticipant = options.domainParticipant;
         return true;
     }
     ScopedQos<DDS_DomainParticipantQos, DDS_DomainParticipantQos_finalize> qos{DDS_DomainParticipantQos_INITIALIZER};
-    if (QTV_VX_DDSEntities_getDomainParticipantQos(&self, &qos.value, &options) != DDS_RETCODE_OK) {
+    if (QTV_VX_DDSEntities_getDomainParticipantQos(&self, &qos.value, &options) != DDS_RETCODE_OK ||
+        !announceProcess(qos.value)) {
         return fail("Unable to get Domain Participant QoS");
     }
     // The middleware logger is silenced while the logger is created, so what

@@ -41,6 +41,11 @@ VEXAR_BEGIN_DECLS
 #define QTV_VX_COMMAND_REQUEST_REGISTERED_TYPE_NAME "com::qtv::vx::admin::CommandRequest"
 #define QTV_VX_COMMAND_RESPONSE_REGISTERED_TYPE_NAME "com::qtv::vx::admin::CommandResponse"
 
+/* A participant that the logger creates announces its process in its user
+ * data, when the QoS left that empty: this prefix, then "exe@host[pid]"
+ * (executable name, host name, process id). Its name stays the kind. */
+#define QTV_VX_IDENTITY_USER_DATA_PREFIX "vexar.identity="
+
 /* The filtered view of the request topic; %0 and %1 are this participant's
  * RTPS host and application ids. */
 #define QTV_VX_COMMAND_REQUEST_FILTERED_TOPIC_NAME "CommandRequestContentFilteredTopic"

@@ -48,6 +48,31 @@ VEXAR_API DDS_ReturnCode_t DDS_DomainParticipant_get_qos(DDS_DomainParticipant *
 /* The factory, for a participant made by it or adopted. */
 VEXAR_API DDS_DomainParticipantFactory *DDS_DomainParticipant_get_participant_factoryI(DDS_DomainParticipant *self);
 
+/* ---- Discovery ------------------------------------------------------------ */
+
+/* A live participant of the domain as discovery announced it: the ids of
+ * its GUID prefix (as wire_protocol in DDS_DomainParticipant_get_qos), its
+ * entity name (participant_name.name), null when it announced none, and its
+ * user data (user_data.value), null and 0 when it has none. */
+typedef struct OBLX_DiscoveredParticipant {
+    DDS_Long rtps_host_id;
+    DDS_Long rtps_app_id;
+    DDS_Long rtps_instance_id;
+    const char *name;
+    const DDS_Octet *user_data;
+    DDS_Long user_data_length;
+} OBLX_DiscoveredParticipant;
+
+typedef void (*OBLX_DiscoveredParticipantVisitor)(void *context, const OBLX_DiscoveredParticipant *participant);
+
+/* Calls `visit` for each live participant that discovery knows in the
+ * participant's domain, this one included; the record is borrowed for the
+ * call. The first call starts following discovery, so participants that
+ * are announced later are seen by later calls. */
+VEXAR_API DDS_ReturnCode_t OBLX_DomainParticipant_visit_discovered_participants(DDS_DomainParticipant *self,
+                                                                                OBLX_DiscoveredParticipantVisitor visit,
+                                                                                void *context);
+
 /* ---- Types ---------------------------------------------------------------- */
 
 /* Registers `plugin`'s type under `type_name`. The participant keeps its own

@@ -125,6 +125,7 @@ DDS_ReturnCode_t DDS_DomainParticipantFactory_delete_participant(DDS_DomainParti
         }
         for (auto &[name, type] : types) detachParticipant(type);
         DDS_ReturnCode_t result = DDS_RETCODE_OK;
+        if (participant->discoveryReader > 0) (void)dds_delete(participant->discoveryReader);
         if (!participant->adopted) {
             dds_return_t deleted = dds_delete(participant->handle);
             if (deleted < 0) result = reportCycloneFailure(context, "dds_delete", deleted);

@@ -265,6 +265,9 @@ struct DDS_DomainParticipantImpl : DDS_EntityImpl {
     std::vector<std::unique_ptr<DDS_ContentFilteredTopicImpl>> filteredTopics;
     std::vector<std::unique_ptr<DDS_PublisherImpl>> publishers;
     std::vector<std::unique_ptr<DDS_SubscriberImpl>> subscribers;
+    // Cyclone's reader of discovered participants, made on first use; not
+    // one of the application's entities, so deleted with the record.
+    dds_entity_t discoveryReader = 0;
 };
 
 namespace vexar::dds {

@@ -49,6 +49,8 @@ DDS_ReturnCode_t fromCyclone(const dds_qos_t &cyclone, DDS_DataReaderQos &qos, c
 // is not one.
 DDS_ReturnCode_t wireProtocolFromParticipant(dds_entity_t participant, DDS_WireProtocolQosPolicy &out,
                                              const char *context) noexcept;
+// The same ids of any participant's GUID, one that discovery announced too.
+DDS_WireProtocolQosPolicy wireProtocolFromGuid(const dds_guid_t &guid) noexcept;
 
 // Nanoseconds for Cyclone; DDS_DURATION_INFINITE_SEC/_NSEC become
 // DDS_INFINITY. Empty for a negative or unnormalized duration.

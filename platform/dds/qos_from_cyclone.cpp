@@ -248,13 +248,6 @@ DDS_ReturnCode_t mapFromCyclone(const dds_qos_t &cyclone, Qos &qos, const char *
     return DDS_RETCODE_OUT_OF_RESOURCES;
 }
 
-// Word `index` of the GUID prefix, sent in network byte order.
-DDS_Long prefixWord(const dds_guid_t &guid, int index) noexcept {
-    uint32_t word = 0;
-    for (int byte = 0; byte < 4; ++byte) word = (word << 8) | guid.v[4 * index + byte];
-    return static_cast<DDS_Long>(word);
-}
-
 }  // namespace
 
 DDS_Duration_t fromCycloneDuration(dds_duration_t nanoseconds) noexcept {
@@ -295,8 +288,18 @@ DDS_ReturnCode_t wireProtocolFromParticipant(dds_entity_t participant, DDS_WireP
         OBLX_Report_getFailure(context, "participant GUID");
         return DDS_RETCODE_ERROR;
     }
-    out = {prefixWord(guid, 0), prefixWord(guid, 1), prefixWord(guid, 2)};
+    out = wireProtocolFromGuid(guid);
     return DDS_RETCODE_OK;
+}
+
+DDS_WireProtocolQosPolicy wireProtocolFromGuid(const dds_guid_t &guid) noexcept {
+    // Word `index` of the GUID prefix, sent in network byte order.
+    auto prefixWord = [&guid](int index) {
+        uint32_t word = 0;
+        for (int byte = 0; byte < 4; ++byte) word = (word << 8) | guid.v[4 * index + byte];
+        return static_cast<DDS_Long>(word);
+    };
+    return {prefixWord(0), prefixWord(1), prefixWord(2)};
 }
 
 }  // namespace vexar::dds

@@ -16,10 +16,16 @@ command() { run_vexar "$OUT" "$@" --domain "$DOMAIN" --timeout 20; }
 
 apps
 expect_rc 0 "apps"
-expect_grep '^HOST:APP +KIND +STATE +LEVEL +DROPPED +PLATFORM +COMMUNICATION +DATABASE +ENTITIES +API +FORMAT$' "$OUT" \
-  "apps header"
-expect_grep "^$ALPHA +alpha +OPERATIONAL +INFO +0 +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" "alpha's State"
-expect_grep "^$BETA +beta +OPERATIONAL +INFO +0 +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" "beta's State"
+expect_grep '^HOST:APP +KIND +IDENTITY +STATE +LEVEL +DROPPED$' "$OUT" "apps header"
+expect_grep "^$ALPHA +alpha +$IDENTITY +OPERATIONAL +INFO +0$" "$OUT" "alpha's State"
+apps --middleware
+expect_grep '^ +MIDDLEWARE LOGGER: VERBOSITY PER CATEGORY, PRINT FORMAT$' "$OUT" "the middleware columns' group"
+expect_grep '^HOST:APP +KIND +IDENTITY +STATE +LEVEL +DROPPED +PLATFORM +COMMUNICATION +DATABASE +ENTITIES +API +FORMAT$' \
+  "$OUT" "apps --middleware header"
+expect_grep "^$ALPHA +alpha +$IDENTITY +OPERATIONAL +INFO +0 +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" \
+  "alpha's State"
+expect_grep "^$BETA +beta +$IDENTITY +OPERATIONAL +INFO +0 +ERROR +ERROR +ERROR +ERROR +ERROR +DEFAULT$" "$OUT" \
+  "beta's State"
 
 # A burst into a queue of one: apps shows what the demo's own statistics
 # counted dropped, once its logger has published them (within a second).
@@ -39,12 +45,12 @@ done
 expect_grep "\"counts\":\{\"accepted\":[0-9]+,\"refused\":[0-9]+,\"dropped\":$DROPPED,\"published\":[0-9]+,\"failed\":0,\"discarded\":0\}\}$" \
   "$OUT.one" "delta's counts"
 apps
-expect_grep "^$DELTA +delta +OPERATIONAL +INFO +$DROPPED +ERROR " "$OUT" "delta's DROPPED"
+expect_grep "^$DELTA +delta +$IDENTITY +OPERATIONAL +INFO +$DROPPED$" "$OUT" "delta's DROPPED"
 
 # set-level by kind and by HOST:APP, names in any case or as numbers.
 command set-level alpha debug
 expect_rc 0 "set-level alpha debug"
-expect_grep "^$ALPHA alpha: OK$" "$OUT" "set-level answer"
+expect_grep "^$ALPHA alpha $IDENTITY: OK$" "$OUT" "set-level answer"
 state_of "$ALPHA"
 expect_grep '"filterLevel":700,' "$OUT.one" "alpha's level after set-level"
 command set-level "$BETA" 500
@@ -55,7 +61,7 @@ expect_grep '"filterLevel":500,' "$OUT.one" "beta's level after set-level"
 # A level the logger refuses: exit 2 with its message.
 command set-level beta -5
 expect_rc 2 "set-level beta -5"
-expect_grep "^$BETA beta: ERROR: .*Filter Level" "$OUT" "refused level"
+expect_grep "^$BETA beta $IDENTITY: ERROR: .*Filter Level" "$OUT" "refused level"
 
 command set-verbosity beta communication=status_local API=4 database=silent
 expect_rc 0 "set-verbosity"
@@ -71,8 +77,8 @@ command set-format alpha Maximal
 expect_rc 0 "set-format"
 state_of "$ALPHA"
 expect_grep '"printFormat":"MAXIMAL"' "$OUT.one" "alpha's print format"
-apps
-expect_grep "^$ALPHA +alpha +OPERATIONAL +DEBUG +0 +WARNING +WARNING +WARNING +WARNING +WARNING +MAXIMAL$" "$OUT" \
+apps --middleware
+expect_grep "^$ALPHA +alpha +$IDENTITY +OPERATIONAL +DEBUG +0 +WARNING +WARNING +WARNING +WARNING +WARNING +MAXIMAL$" "$OUT" \
   "alpha's row after the commands"
 
 # Nobody answers: exit 3.

@@ -6,6 +6,8 @@ set -euo pipefail
 BUILD_DIR=${1:?usage: $0 BUILD_DIR}
 VEXAR="$BUILD_DIR/tools/vexar/vexar"
 WORK=$(mktemp -d)
+# The demos' exe@host[pid], as apps, tail and set-* show it.
+IDENTITY='vexar@[^ ]+\[[0-9]+\]'
 DEMO_PIDS=()
 
 [[ -x $VEXAR ]] || { echo "no vexar program at $VEXAR"; exit 1; }
@@ -24,11 +26,12 @@ fail() {
   exit 1
 }
 
-# start_demo NAME [demo options...]: runs `vexar demo --domain $DOMAIN` in
+# start_demo NAME [demo options...]: runs `vexar demo --domain $DOMAIN
+# --every-level` (each level and category in turn, for the filters) in
 # the background and sets DEMO_ID to its HOST:APP once it has printed it.
 start_demo() {
   local name=$1; shift
-  "$VEXAR" demo --domain "$DOMAIN" "$@" >"$WORK/$name.out" 2>&1 &
+  "$VEXAR" demo --domain "$DOMAIN" --every-level "$@" >"$WORK/$name.out" 2>&1 &
   DEMO_PIDS+=($!)
   local tries
   for tries in $(seq 100); do

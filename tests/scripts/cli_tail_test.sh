@@ -14,7 +14,7 @@ tail() { run_vexar "$OUT" tail --domain "$DOMAIN" --no-color --timeout 30 "$@"; 
 tail --count 60
 expect_rc 0 "tail --count 60"
 [[ $(wc -l <"$OUT") -eq 60 ]] || fail "tail --count 60 printed $(wc -l <"$OUT") lines"
-line='^[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\.[0-9]{3}  [0-9a-f]{8}:[0-9a-f]{8} (alpha|beta)? +'
+line='^[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}\.[0-9]{3}  [0-9a-f]{8}:[0-9a-f]{8} (alpha|beta)? +'"$IDENTITY"' +'
 line+='(FATAL  |SEVERE |ERROR  |WARNING|NOTICE |INFO   |DEBUG  |TRACE  )  (          |net       |db        |ui        |sched     )  message [0-9]+: '
 expect_every_line "$line" "$OUT" "plain tail lines"
 for id in "$ALPHA alpha" "$BETA beta"; do
@@ -29,8 +29,9 @@ awk -v levels="FATAL SEVERE ERROR WARNING NOTICE INFO DEBUG TRACE" -v categories
   BEGIN { split(levels, level, " "); split(categories, category, ",") }
   {
     match($0, /message [0-9]+:/); i = substr($0, RSTART + 8, RLENGTH - 9) + 0
-    got_level = substr($0, 58, 7); sub(/ +$/, "", got_level)
-    got_category = substr($0, 67, 10); sub(/ +$/, "", got_category)
+    match($0, /\[[0-9]+\] +/); at = RSTART + RLENGTH  # the level follows the identity
+    got_level = substr($0, at, 7); sub(/ +$/, "", got_level)
+    got_category = substr($0, at + 9, 10); sub(/ +$/, "", got_category)
     if (got_level != level[i % 8 + 1] || got_category != category[i % 5 + 1]) { print "wrong columns: " $0; bad = 1 }
   }
   END { exit bad }' "$OUT" || fail "columns do not match the messages"
@@ -38,7 +39,7 @@ awk -v levels="FATAL SEVERE ERROR WARNING NOTICE INFO DEBUG TRACE" -v categories
 # JSON: one object per line with every field.
 tail --json --count 20 --app "$ALPHA"
 expect_rc 0 "tail --json"
-json='^\{"time":"[0-9-]{10}T[0-9:]{8}\.[0-9]{9}Z","host":-?[0-9]+,"app":-?[0-9]+,"id":"'"$ALPHA"'","kind":("alpha"|null),'
+json='^\{"time":"[0-9-]{10}T[0-9:]{8}\.[0-9]{9}Z","host":-?[0-9]+,"app":-?[0-9]+,"id":"'"$ALPHA"'","kind":("alpha"|null),"identity":"'"$IDENTITY"'",'
 json+='"level":[1-8]00,"levelName":"[A-Z]+","category":"(|net|db|ui|sched)","message":"message [0-9]+: [^"]+"\}$'
 expect_every_line "$json" "$OUT" "JSON lines"
 expect_grep '"kind":"alpha"' "$OUT" "kind in JSON"
@@ -62,7 +63,7 @@ tail --category net --category ui --count 20
 expect_every_line '  (net|ui) +message' "$OUT" "--category twice: either"
 grep -q '  net ' "$OUT" && grep -q '  ui ' "$OUT" || fail "--category twice: not both categories"
 tail --app beta --level ERROR --category 'sched' --count 3
-expect_every_line "  $BETA beta +(FATAL|SEVERE|ERROR) +sched " "$OUT" "combined filters"
+expect_every_line "  $BETA beta +$IDENTITY +(FATAL|SEVERE|ERROR) +sched " "$OUT" "combined filters"
 
 # Every 50th message is long and arrives whole.
 tail --grep 'a long one' --count 1

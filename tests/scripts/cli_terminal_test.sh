@@ -39,8 +39,9 @@ CASES
 
 # Without the escapes, every line has its level and its text at the same columns.
 sed "s/$esc\[[0-9;]*m//g" "$WORK/lines" >"$WORK/stripped"
-awk '{ text = index($0, "message ")
-       if (!seen++) { first_text = text }
-       if (substr($0, 57, 1) != " " || substr($0, 58, 1) == " " || text != first_text) { print "misaligned: " $0; bad = 1 } }
+awk '{ text = index($0, "message "); match($0, /\[[0-9]+\] +/); level = RSTART + RLENGTH
+       if (!seen++) { first_text = text; first_level = level }
+       if (substr($0, 57, 1) != " " || substr($0, 58, 1) == " " || level != first_level || text != first_text) {
+         print "misaligned: " $0; bad = 1 } }
      END { exit bad }' "$WORK/stripped" || fail "columns are not aligned"
 echo "cli terminal: ok"

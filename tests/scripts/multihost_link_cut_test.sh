@@ -202,7 +202,7 @@ expect_grep '"kind":"netns",.*"state":"OPERATIONAL",.*"filterLevel":600,' "$OUT"
 OUT=$WORK/set-level
 run_on_b "$OUT" set-level netns DEBUG --domain "$DOMAIN" --timeout 10
 expect_rc 0 "set-level from host B"
-expect_grep '^[0-9a-f]{8}:[0-9a-f]{8} netns: OK$' "$OUT" "set-level answered across the link"
+expect_grep '^[0-9a-f]{8}:[0-9a-f]{8} netns [^ ]+@[^ ]+\[[0-9]+\]: OK$' "$OUT" "set-level answered across the link"
 await '"message":"probe ' "$WORK/lossless.tail" 5 "DEBUG let through by the remote set-level"
 cut_link lossless
 finish_run lossless

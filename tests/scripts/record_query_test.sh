@@ -41,7 +41,7 @@ cases=(
   "text|--text retrying timeout|: retrying after timeout|$(($(numbers "$NA" 'i % 7 == 3') + $(numbers "$NB" 'i % 7 == 3')))"
   "text prefix|--text checkp*|: checkpoint written|$(($(numbers "$NA" 'i % 7 == 6') + $(numbers "$NB" 'i % 7 == 6')))"
   "text punctuation|--text brown-fox \"quick|the quick brown fox|$(($(numbers "$NA" 'i % 50 == 0') + $(numbers "$NB" 'i % 50 == 0')))"
-  "together|--level warning --app alpha --text request --since 1h| alpha +(FATAL|SEVERE|ERROR|WARNING) .*request served|$(numbers "$NA" 'i % 8 < 4 && i % 7 == 2')"
+  "together|--level warning --app alpha --text request --since 1h| alpha +$IDENTITY +(FATAL|SEVERE|ERROR|WARNING) .*request served|$(numbers "$NA" 'i % 8 < 4 && i % 7 == 2')"
   "last|-n 7 --app alpha|  $ALPHA alpha |7"
   "last filtered after|-n 3 --grep 9: |9: |3"
   "since relative|--since 10m|message|$((NA + NB))"
@@ -81,7 +81,7 @@ run_vexar "$OUT" query --db "$DB" --no-color -n 5
 run_vexar "$WORK/all" query --db "$DB" --no-color
 diff <(tail -n 5 "$WORK/all") "$OUT" || fail "-n 5 is not the last five"
 # The lines are tail's: JSON has every field, and no history mark.
-json='^\{"time":"[0-9-]{10}T[0-9:]{8}\.[0-9]{9}Z","host":-?[0-9]+,"app":-?[0-9]+,"id":"[0-9a-f:]{17}","kind":"(alpha|beta)",'
+json='^\{"time":"[0-9-]{10}T[0-9:]{8}\.[0-9]{9}Z","host":-?[0-9]+,"app":-?[0-9]+,"id":"[0-9a-f:]{17}","kind":"(alpha|beta)","identity":"'"$IDENTITY"'",'
 json+='"level":[1-8]00,"levelName":"[A-Z]+","category":"(|net|db|ui|sched)","message":"message [0-9]+: [^"]+"\}$'
 expect_every_line "$json" "$WORK/all.json" "query --json"
 

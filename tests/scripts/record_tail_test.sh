@@ -38,7 +38,7 @@ expect_consecutive "$OUT" "--since: history then live"
 # Filters apply to both parts; plain lines carry no mark.
 run_vexar "$OUT" tail --domain "$DOMAIN" --db "$DB" -n 5 --level error --count 20 --no-color --timeout 20
 expect_rc 0 "tail --db --level error"
-expect_every_line ' alpha +(FATAL|SEVERE|ERROR) ' "$OUT" "tail --db --level error"
+expect_every_line " alpha +$IDENTITY +(FATAL|SEVERE|ERROR) " "$OUT" "tail --db --level error"
 [[ $(numbers_of <(sed 's/.*\(message [0-9]*\).*/"message":"\1/' "$OUT") | sort -n | uniq -d | wc -l) -eq 0 ]] ||
   fail "tail --db --level error repeats a message"
 

@@ -1,9 +1,12 @@
 #include "app_id.hpp"
 
+#include <fnmatch.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
 
+#include "app_identity.hpp"
 #include "names.hpp"
 #include "usage_error.hpp"
 
@@ -47,22 +50,51 @@ std::optional<AppId> parseAppId(std::string_view text) {
     return AppId{*host, *app};
 }
 
+namespace {
+
+// '[' alone does not make a glob: "exe@host[pid]" is a name.
+bool hasGlobCharacter(std::string_view text) { return text.find_first_of("*?") != std::string_view::npos; }
+
+bool globMatches(const std::string &pattern, const std::string &text) {
+    return fnmatch(pattern.c_str(), text.c_str(), 0) == 0;
+}
+
+}  // namespace
+
 AppSelector AppSelector::parse(std::string_view text) {
-    if (text.empty()) throw UsageError("empty HOST:APP or application kind");
-    if (text.find(':') == std::string_view::npos) return AppSelector{std::string(text)};
+    if (text.empty()) throw UsageError("empty HOST:APP or application name");
+    if (text.find(':') == std::string_view::npos || hasGlobCharacter(text)) return AppSelector{std::string(text)};
     if (std::optional<AppId> id = parseAppId(text)) return AppSelector{*id};
     throw UsageError("bad HOST:APP '" + std::string(text) +
                      "' (expected two ids such as 01100f3a:8b2c4d1e, 0x1a:0x2b or -5:17)");
 }
 
-bool AppSelector::matches(AppId id, std::string_view kind) const {
+bool AppSelector::isGlob() const {
+    const auto *text = std::get_if<std::string>(&target);
+    return text != nullptr && hasGlobCharacter(*text);
+}
+
+bool AppSelector::matches(AppId id, std::string_view kind, std::string_view identity) const {
     if (const auto *wanted = std::get_if<AppId>(&target)) return *wanted == id;
-    return std::get<std::string>(target) == kind;
+    const std::string &text = std::get<std::string>(target);
+    std::optional<AppIdentity> parts = AppIdentity::parse(identity);
+    std::string exe = parts ? parts->exe : std::string();
+    if (!isGlob()) return (!kind.empty() && text == kind) || (!exe.empty() && (text == exe || text == identity));
+    std::string names[] = {std::string(kind), exe, std::string(identity), formatAppId(id),
+                           parts ? parts->host + ":" + exe : std::string()};
+    return std::ranges::any_of(names,
+                               [&](const std::string &name) { return !name.empty() && globMatches(text, name); });
 }
 
 std::string AppSelector::describe() const {
     if (const auto *id = std::get_if<AppId>(&target)) return formatAppId(*id);
-    return "kind '" + std::get<std::string>(target) + "'";
+    return (isGlob() ? "name matching '" : "kind '") + std::get<std::string>(target) + "'";
+}
+
+std::string seenNames(const std::set<std::string> &names) {
+    std::string text;
+    for (const std::string &name : names) text += (text.empty() ? "" : ", ") + name;
+    return text.empty() ? "none" : text;
 }
 
 }  // namespace vexar::cli

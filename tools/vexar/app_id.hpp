@@ -8,6 +8,7 @@
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -27,19 +28,27 @@ inline AppId appIdOf(const QTV_VX_HostAndAppId &id) { return {id.rtps_host_id, i
 std::string formatAppId(AppId id);
 std::optional<AppId> parseAppId(std::string_view text);
 
-// What --app and the set-* commands accept: HOST:APP, or an application
-// kind (any text without ':').
+// What --app and the set-* commands accept: HOST:APP, or a name that is
+// an application kind, an executable's name or a whole "exe@host[pid]";
+// or a glob (with * or ?; [..] too beside them) over those, over HOST:APP ("01100f3a:*") and
+// over "hostname:exe" ("myhost:*").
 struct AppSelector {
     std::variant<AppId, std::string> target;
 
-    // Throws UsageError for text with ':' that is not a valid HOST:APP, and
-    // for empty text.
+    // Throws UsageError for empty text, and for text with ':' and no glob
+    // character that is not a valid HOST:APP.
     static AppSelector parse(std::string_view text);
 
-    bool isKind() const { return std::holds_alternative<std::string>(target); }
-    // Whether an application with this id and kind (empty when unknown) is meant.
-    bool matches(AppId id, std::string_view kind) const;
+    bool isId() const { return std::holds_alternative<AppId>(target); }
+    bool isGlob() const;
+    // Whether an application with this id, kind and identity label (each
+    // empty when unknown) is meant.
+    bool matches(AppId id, std::string_view kind, std::string_view identity) const;
     std::string describe() const;
 };
+
+// What a target that names nothing says about what is there: the names
+// joined with ", ", or "none".
+std::string seenNames(const std::set<std::string> &names);
 
 }  // namespace vexar::cli

@@ -7,6 +7,7 @@
 
 #include "commands.hpp"
 #include "dds_session.hpp"
+#include "filter_options.hpp"
 
 namespace vexar::cli {
 namespace {
@@ -14,13 +15,16 @@ namespace {
 constexpr OptionDescription kAppsOptions[] = {
     {"watch", "", "keep running and redraw whenever a State changes"},
     {"json", "", "print one JSON object per logger (with --watch: per change)"},
+    kOutputOption,
+    {"middleware", "", "also the middleware logger's verbosity per category and its print format"},
     {"timeout", "SECONDS", "listen this long (default 3; with --watch: until interrupted)"},
 };
 
 constexpr std::string_view kAppsDetails =
-    "Lists host and application id, application kind, life-cycle state, filter level,\n"
-    "messages dropped by a full queue, the middleware logger's verbosity per category\n"
-    "and its print format. A logger that went away (its State disposed or its writer\n"
+    "Lists host and application id, application kind, the identity of its process\n"
+    "(exe@host[pid], from discovery), life-cycle state, filter level and messages\n"
+    "dropped by a full queue; with --middleware also the middleware logger's verbosity\n"
+    "per category and its print format. A logger that went away (its State disposed or its writer\n"
     "lost) is marked \"(gone)\". DROPPED and the other counts (--json) are what the\n"
     "logger's process counted since it started, as its logger last published them\n"
     "(at most once a second); \"-\" (null) for a logger that publishes none.\n"
@@ -56,17 +60,17 @@ void printJson(const std::vector<AppRecord> &records) {
     for (const AppRecord &record : records) std::fputs(renderAppJson(record).c_str(), stdout);
 }
 
-void printTable(const std::vector<AppRecord> &records, std::int32_t domain) {
+void printTable(const std::vector<AppRecord> &records, std::int32_t domain, bool middleware) {
     if (records.empty()) {
         std::fprintf(stderr, "no loggers seen in domain %d\n", domain);
         return;
     }
-    std::fputs(renderAppsTable(records).c_str(), stdout);
+    std::fputs(renderAppsTable(records, middleware).c_str(), stdout);
 }
 
 // One screen of --watch: on a terminal the screen is redrawn, elsewhere
 // each change is printed below the previous one.
-void redraw(const std::vector<AppRecord> &records, std::int32_t domain) {
+void redraw(const std::vector<AppRecord> &records, std::int32_t domain, bool middleware) {
     std::time_t now = std::time(nullptr);
     std::tm parts{};
     localtime_r(&now, &parts);
@@ -75,7 +79,7 @@ void redraw(const std::vector<AppRecord> &records, std::int32_t domain) {
     if (isatty(STDOUT_FILENO)) std::fputs("\x1b[H\x1b[2J", stdout);
     else std::fputs("\n", stdout);
     std::printf("loggers in domain %d at %s\n\n", domain, clock);
-    std::fputs(records.empty() ? "(no loggers seen yet)\n" : renderAppsTable(records).c_str(), stdout);
+    std::fputs(records.empty() ? "(no loggers seen yet)\n" : renderAppsTable(records, middleware).c_str(), stdout);
 }
 
 int listOnce(AppsWatch &watch, const ParsedArguments &arguments, std::int32_t domain) {
@@ -90,15 +94,16 @@ int listOnce(AppsWatch &watch, const ParsedArguments &arguments, std::int32_t do
         watch.domain.signal.waitUntil(deadline);
     }
     std::vector<AppRecord> records = recordsOf(watch.apps());
-    if (arguments.has("json")) printJson(records);
-    else printTable(records, domain);
+    if (jsonRequested(arguments)) printJson(records);
+    else printTable(records, domain, arguments.has("middleware"));
     return 0;
 }
 
 int keepWatching(AppsWatch &watch, const ParsedArguments &arguments, std::int32_t domain) {
     Clock::time_point deadline = deadlineAfter(arguments.seconds("timeout", 0));
-    bool json = arguments.has("json");
-    if (!json) redraw({}, domain);
+    bool json = jsonRequested(arguments);
+    bool middleware = arguments.has("middleware");
+    if (!json) redraw({}, domain, middleware);
     while (!stopRequested() && Clock::now() < deadline) {
         AppDirectory before = watch.apps();
         if (watch.update()) {
@@ -108,7 +113,7 @@ int keepWatching(AppsWatch &watch, const ParsedArguments &arguments, std::int32_
                     if (old == nullptr || *old != record) printJson({record});
                 }
             } else {
-                redraw(recordsOf(watch.apps()), domain);
+                redraw(recordsOf(watch.apps()), domain, middleware);
             }
             std::fflush(stdout);
         }
@@ -125,6 +130,7 @@ const CommandDescription kAppsCommand{
 int runApps(const ParsedArguments &arguments) {
     std::int32_t domain = arguments.domain();
     arguments.seconds("timeout", 0);  // checked before DDS starts
+    jsonRequested(arguments);
     AppsWatch watch(domain);
     return arguments.has("watch") ? keepWatching(watch, arguments, domain) : listOnce(watch, arguments, domain);
 }

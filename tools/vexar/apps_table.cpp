@@ -16,8 +16,12 @@ std::string stateText(const AppRecord &record) {
     return record.gone ? text + " (gone)" : text;
 }
 
-Row headerRow() {
-    Row row{"HOST:APP", "KIND", "STATE", "LEVEL", "DROPPED"};
+// Columns before the middleware logger's.
+constexpr std::size_t kOwnColumns = 6;
+
+Row headerRow(bool middleware) {
+    Row row{"HOST:APP", "KIND", "IDENTITY", "STATE", "LEVEL", "DROPPED"};
+    if (!middleware) return row;
     for (std::int32_t category = 0; category < QTV_VX_ADMIN_STATE_VERBOSITIES_LENGTH; ++category) {
         row.emplace_back(nameOf(kCategoryNames, category));
     }
@@ -25,12 +29,20 @@ Row headerRow() {
     return row;
 }
 
-Row recordRow(const AppRecord &record) {
-    std::string kind;
-    appendPrintable(kind, record.kind);
-    Row row{formatAppId(record.id), kind.empty() ? "-" : kind, stateText(record),
+std::string printableOrDash(std::string_view text) {
+    std::string printable;
+    appendPrintable(printable, text);
+    return printable.empty() ? "-" : printable;
+}
+
+Row recordRow(const AppRecord &record, bool middleware) {
+    Row row{formatAppId(record.id),
+            printableOrDash(record.kind),
+            printableOrDash(record.identity),
+            stateText(record),
             nameOrNumber(kLevelNames, record.filterLevel),
             record.counts ? std::to_string(record.counts->dropped) : std::string("-")};
+    if (!middleware) return row;
     for (std::int32_t verbosity : record.verbosities) row.push_back(nameOrNumber(kVerbosityNames, verbosity));
     row.push_back(nameOrNumber(kPrintFormatNames, record.printFormat));
     return row;
@@ -88,9 +100,9 @@ AppRecord AppRecord::fromState(const QTV_VX_ADMIN_State &state) {
     return record;
 }
 
-std::string renderAppsTable(std::span<const AppRecord> records) {
-    std::vector<Row> rows{headerRow()};
-    for (const AppRecord &record : records) rows.push_back(recordRow(record));
+std::string renderAppsTable(std::span<const AppRecord> records, bool middleware) {
+    std::vector<Row> rows{headerRow(middleware)};
+    for (const AppRecord &record : records) rows.push_back(recordRow(record, middleware));
     std::vector<std::size_t> widths(rows.front().size(), 0);
     for (const Row &row : rows) {
         for (std::size_t column = 0; column < row.size(); ++column) {
@@ -98,6 +110,14 @@ std::string renderAppsTable(std::span<const AppRecord> records) {
         }
     }
     std::string out;
+    if (middleware) {
+        // Five columns of one kind read as one thing: what the application's
+        // middleware logger prints, not five outcomes.
+        std::size_t start = 0;
+        for (std::size_t column = 0; column < kOwnColumns; ++column) start += widths[column] + 2;
+        out.append(start, ' ');
+        out += "MIDDLEWARE LOGGER: VERBOSITY PER CATEGORY, PRINT FORMAT\n";
+    }
     for (const Row &row : rows) appendRow(out, row, widths);
     return out;
 }
@@ -106,6 +126,9 @@ std::string renderAppJson(const AppRecord &record) {
     std::string out = "{\"id\":\"" + formatAppId(record.id) + "\",\"host\":" + std::to_string(record.id.host) +
                       ",\"app\":" + std::to_string(record.id.app) + ",\"kind\":";
     appendJsonString(out, record.kind);
+    out += ",\"identity\":";
+    if (record.identity.empty()) out += "null";
+    else appendJsonString(out, record.identity);
     out += ",\"domain\":" + std::to_string(record.domain) + ",\"state\":";
     appendJsonString(out, nameOrNumber(kStateNames, record.state));
     out += ",\"gone\":";

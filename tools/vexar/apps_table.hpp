@@ -31,6 +31,7 @@ struct MessageCounts {
 struct AppRecord {
     AppId id;
     std::string kind;
+    std::string identity;  // "exe@host[pid]" of its participant, empty while unknown
     std::int32_t domain = 0;
     std::int32_t state = 0;
     std::int32_t filterLevel = 0;
@@ -47,8 +48,9 @@ struct AppRecord {
 
 // A header line and one line per record, columns aligned; a logger that
 // went away shows "(gone)" after its last state, one without counts "-"
-// as its DROPPED.
-std::string renderAppsTable(std::span<const AppRecord> records);
+// as its DROPPED. With `middleware`, the middleware logger's verbosity
+// per category and its print format follow, under a header line of their own.
+std::string renderAppsTable(std::span<const AppRecord> records, bool middleware = false);
 
 // One line: {"id":"01100f3a:8b2c4d1e","host":..,"app":..,"kind":..,...,
 // "counts":{"accepted":..,...}} ("counts":null when none were seen).

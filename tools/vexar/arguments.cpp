@@ -20,6 +20,28 @@ const OptionDescription *findOption(const CommandDescription &command, std::stri
     return nullptr;
 }
 
+const OptionDescription *findShortOption(const CommandDescription &command, char letter) {
+    for (const OptionDescription &option : command.options) {
+        if (option.shortName == letter || option.name == std::string_view(&letter, 1)) return &option;
+    }
+    return nullptr;
+}
+
+// A domain id from the environment; a bad one is named, not ignored.
+std::optional<std::int32_t> domainFromEnvironment() {
+    for (const char *variable : {"VEXAR_DOMAIN", "ROS_DOMAIN_ID"}) {
+        const char *text = std::getenv(variable);
+        if (text == nullptr || *text == '\0') continue;
+        std::optional<std::int32_t> domain = parseInt32(text);
+        if (!domain || *domain < 0 || *domain > kMaxDomainId) {
+            throw UsageError("bad " + std::string(variable) + " '" + text + "' (expected a domain id from 0 to " +
+                             std::to_string(kMaxDomainId) + ")");
+        }
+        return domain;
+    }
+    return std::nullopt;
+}
+
 bool isOptionWord(std::string_view word) {
     if (word.size() < 2 || word[0] != '-') return false;
     return !(word[1] >= '0' && word[1] <= '9');
@@ -29,14 +51,16 @@ bool isOptionWord(std::string_view word) {
 bool isShort(std::string_view name) { return name.size() == 1; }
 
 std::string optionUsage(const OptionDescription &option) {
-    std::string usage = (isShort(option.name) ? "-" : "--") + std::string(option.name);
+    std::string usage = option.shortName != '\0' ? std::string{'-', option.shortName, ',', ' '} : std::string();
+    usage += (isShort(option.name) ? "-" : "--") + std::string(option.name);
     if (!option.valueName.empty()) usage += " " + std::string(option.valueName);
     return usage;
 }
 
 }  // namespace
 
-const OptionDescription kDomainOption{"domain", "N", "DDS domain id (default 0)"};
+const OptionDescription kDomainOption{"domain", "N",
+                                      "DDS domain id (default: $VEXAR_DOMAIN, else $ROS_DOMAIN_ID, else 0)"};
 const OptionDescription kHelpOption{"help", "", "show this help"};
 
 std::optional<std::string> ParsedArguments::value(std::string_view option) const {
@@ -77,7 +101,10 @@ double ParsedArguments::seconds(std::string_view option, double fallback) const 
     return number;
 }
 
-std::int32_t ParsedArguments::domain() const { return integer(kDomainOption.name, 0, 0, kMaxDomainId); }
+std::int32_t ParsedArguments::domain() const {
+    if (has(kDomainOption.name)) return integer(kDomainOption.name, 0, 0, kMaxDomainId);
+    return domainFromEnvironment().value_or(0);
+}
 
 ParsedArguments parseArguments(const CommandDescription &command, std::span<const std::string_view> arguments) {
     ParsedArguments parsed;
@@ -98,13 +125,23 @@ ParsedArguments parseArguments(const CommandDescription &command, std::span<cons
         }
         std::string_view name = word.substr(word.starts_with("--") ? 2 : 1);
         std::optional<std::string> inlineValue;
-        if (std::size_t equals = name.find('='); equals != std::string_view::npos) {
-            inlineValue = std::string(name.substr(equals + 1));
-            name = name.substr(0, equals);
+        const OptionDescription *option = nullptr;
+        if (!word.starts_with("--")) {
+            // "-l warning", "-lwarning"
+            option = findShortOption(command, name.front());
+            if (option != nullptr && name.size() > 1) {
+                if (option->valueName.empty()) option = nullptr;
+                else inlineValue = std::string(name.substr(name[1] == '=' ? 2 : 1));
+            }
+        } else {
+            if (std::size_t equals = name.find('='); equals != std::string_view::npos) {
+                inlineValue = std::string(name.substr(equals + 1));
+                name = name.substr(0, equals);
+            }
+            option = isShort(name) ? nullptr : findOption(command, name);
         }
-        bool dashesFit = word.starts_with("--") != isShort(name);
-        const OptionDescription *option = dashesFit ? findOption(command, name) : nullptr;
         if (option == nullptr) throw UsageError("unknown option '" + std::string(word) + "'");
+        name = option->name;
         if (option->valueName.empty()) {
             if (inlineValue) throw UsageError("option --" + std::string(name) + " takes no value");
             parsed.add(name, "");

@@ -16,6 +16,7 @@ struct OptionDescription {
     std::string_view name;       // without the leading "--"
     std::string_view valueName;  // empty for a flag
     std::string_view help;
+    char shortName = '\0';  // "-l" beside "--level"; none when '\0'
 };
 
 struct CommandDescription {
@@ -47,6 +48,7 @@ public:
     // fallback. Bad values throw UsageError naming the option.
     std::int32_t integer(std::string_view option, std::int32_t fallback, std::int32_t min, std::int32_t max) const;
     double seconds(std::string_view option, double fallback) const;
+    // --domain, else VEXAR_DOMAIN, else ROS_DOMAIN_ID, else 0.
     std::int32_t domain() const;
 
     void add(std::string_view option, std::string value) { values_[std::string(option)].push_back(std::move(value)); }
@@ -56,8 +58,9 @@ private:
 };
 
 // Reads `arguments` (the words after the subcommand). "--name value" and
-// "--name=value" are both accepted, "--" ends the options, and a word like
-// "-5" is an operand (levels may be negative). Throws UsageError for an
+// "--name=value" are both accepted, as are "-x value" and "-xvalue" for an
+// option with a short name; "--" ends the options, and a word like "-5" is
+// an operand (levels may be negative). Throws UsageError for an
 // unknown option, a missing value, or a wrong number of operands; with
 // --help it returns at once with helpRequested set.
 ParsedArguments parseArguments(const CommandDescription &command, std::span<const std::string_view> arguments);

@@ -1,7 +1,9 @@
 #include "dds_session.hpp"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <set>
 
 #include "platform/log/logger.h"
 
@@ -147,6 +149,27 @@ DDS_DataReader *Session::createReader(DDS_Topic *topic, const DDS_DataReaderQos 
                                             DDS_DATA_AVAILABLE_STATUS);
 }
 
+bool Session::learnIdentities(AppIdentities &identities) {
+    struct Visit {
+        AppIdentities &identities;
+        bool learnt = false;
+    } visit{identities};
+    auto learn = [](void *context, const OBLX_DiscoveredParticipant *participant) {
+        auto &into = *static_cast<Visit *>(context);
+        std::string_view announced(reinterpret_cast<const char *>(participant->user_data),
+                                   participant->user_data != nullptr ? participant->user_data_length : 0);
+        constexpr std::string_view prefix = QTV_VX_IDENTITY_USER_DATA_PREFIX;
+        if (!announced.starts_with(prefix)) return;
+        announced.remove_prefix(prefix.size());
+        AppId id{participant->rtps_host_id, participant->rtps_app_id};
+        into.learnt = into.identities.learn(id, std::string(announced)) || into.learnt;
+    };
+    if (OBLX_DomainParticipant_visit_discovered_participants(participant_, learn, &visit) != DDS_RETCODE_OK) {
+        throw DdsFailure("cannot read the discovered participants");
+    }
+    return visit.learnt;
+}
+
 DDS_DataWriter *Session::createWriter(DDS_Topic *topic, const DDS_DataWriterQos &qos) {
     return DDS_Publisher_create_datawriter(publisher_, topic, &qos, nullptr, 0);
 }
@@ -159,6 +182,7 @@ bool AppDirectory::update(Reader<QTV_VX_ADMIN_State> &states) {
             if (info->valid_data) {
                 AppRecord record = AppRecord::fromState(*state);
                 record.gone = gone;
+                record.identity = identityOf(record.id);
                 if (auto counts = counts_.find(record.id); counts != counts_.end()) record.counts = counts->second;
                 records_[record.id] = std::move(record);
                 changed = true;
@@ -193,6 +217,44 @@ const AppRecord *AppDirectory::find(AppId id) const {
     return found == records_.end() ? nullptr : &found->second;
 }
 
+bool AppDirectory::learnIdentities(Session &session) {
+    if (!session.learnIdentities(identities_)) return false;
+    for (const auto &[id, identity] : identities_.all()) {
+        // Assigned only when it differs: lines held by tail point at the text.
+        std::string label = identity.label();
+        if (std::string &known = labels_[id]; known != label) known = label;
+    }
+    bool changed = false;
+    for (auto &[id, record] : records_) {
+        std::string_view label = identityOf(id);
+        if (record.identity == label) continue;
+        record.identity = label;
+        changed = true;
+    }
+    return changed;
+}
+
+std::string_view AppDirectory::identityOf(AppId id) const {
+    auto found = labels_.find(id);
+    if (found != labels_.end()) return found->second;
+    return {};
+}
+
+bool AppDirectory::anyFits(const AppSelector &target) const {
+    return std::ranges::any_of(records_, [&](const auto &entry) {
+        const AppRecord &record = entry.second;
+        return !record.gone && target.matches(record.id, record.kind, record.identity);
+    });
+}
+
+std::string AppDirectory::seenKinds() const {
+    std::set<std::string> kinds;
+    for (const auto &[id, record] : records_) {
+        if (!record.gone) kinds.insert(record.kind.empty() ? formatAppId(id) : record.kind);
+    }
+    return seenNames(kinds);
+}
+
 std::string_view AppDirectory::kindOf(AppId id) const {
     const AppRecord *record = find(id);
     return record == nullptr ? std::string_view() : std::string_view(record->kind);
@@ -200,6 +262,20 @@ std::string_view AppDirectory::kindOf(AppId id) const {
 
 DomainWatch::DomainWatch(std::int32_t domain) : session(domain), states(session, stateReaderQos(), signal) {
     installStopHandlers();
+}
+
+// Discovery announces a participant before its State arrives; a look a few
+// times a second is enough for applications that no State names.
+constexpr auto kDiscoveryLookInterval = std::chrono::milliseconds(250);
+
+bool DomainWatch::updateApps() {
+    bool changed = apps.update(states);
+    Clock::time_point now = Clock::now();
+    if (changed || now >= nextDiscoveryLook_) {
+        nextDiscoveryLook_ = now + kDiscoveryLookInterval;
+        changed = apps.learnIdentities(session) || changed;
+    }
+    return changed;
 }
 
 }  // namespace vexar::cli

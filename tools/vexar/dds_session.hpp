@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "app_id.hpp"
+#include "app_identity.hpp"
 #include "apps_table.hpp"
 #include "platform/dds/data_reader.h"
 #include "platform/dds/data_writer.h"
@@ -117,6 +118,10 @@ public:
 
     DDS_DataReader *createReader(DDS_Topic *topic, const DDS_DataReaderQos &qos, DataSignal &signal);
     DDS_DataWriter *createWriter(DDS_Topic *topic, const DDS_DataWriterQos &qos);
+
+    // Adds the identities that discovery announced for the domain's
+    // participants (in their user data); true when one told something new.
+    bool learnIdentities(AppIdentities &identities);
 
 private:
     using RegisterType = DDS_ReturnCode_t (*)(DDS_DomainParticipant *, const char *);
@@ -239,9 +244,24 @@ public:
     // Null when no State named it.
     const AppRecord *find(AppId id) const;
 
+    // Asks discovery who the participants are; true when a listed logger's
+    // identity changed.
+    bool learnIdentities(Session &session);
+    // "exe@host[pid]" of the application's participant, empty while unknown.
+    std::string_view identityOf(AppId id) const;
+    // Whether a live logger fits the target.
+    bool anyFits(const AppSelector &target) const;
+    // The kinds of the live loggers (HOST:APP for one without), for a
+    // target that fits none: "camera, lidar".
+    std::string seenKinds() const;
+    const AppIdentities &identities() const { return identities_; }
+
 private:
     std::map<AppId, AppRecord> records_;
     std::map<AppId, MessageCounts> counts_;
+    AppIdentities identities_;
+    // The labels of identities_, kept so that lines can point at them.
+    std::map<AppId, std::string> labels_;
 };
 
 // What every command that watches a domain starts with: the middleware's
@@ -256,8 +276,13 @@ struct DomainWatch {
     Reader<QTV_VX_ADMIN_State> states;
     AppDirectory apps;
 
-    // Takes the States that arrived; true when anything changed.
-    bool updateApps() { return apps.update(states); }
+    // Takes the States that arrived, and asks discovery about the
+    // participants when a State came or a while passed; true when anything
+    // changed.
+    bool updateApps();
+
+private:
+    Clock::time_point nextDiscoveryLook_;
 };
 
 }  // namespace vexar::cli

@@ -1,5 +1,5 @@
-// vexar demo: an application that logs through the library at every level,
-// with varying categories and now and then a long message, and answers the
+// vexar demo: an application that logs through the library like a healthy
+// service (or at every level in turn, for trying filters), and answers the
 // remote commands of `vexar set-*` through its logger.
 #include <cstdio>
 #include <limits>
@@ -9,6 +9,7 @@
 
 #include "commands.hpp"
 #include "dds_session.hpp"
+#include "demo_messages.hpp"
 #include "names.hpp"
 #include "usage_error.hpp"
 #include "platform/dds/domain_participant_factory.h"
@@ -28,6 +29,8 @@ constexpr OptionDescription kDemoOptions[] = {
     {"queue", "N", "size of the logger's message queue (default 128)"},
     {"burst", "N", "first log N messages at once, then say how many a full queue dropped"},
     {"echo", "", "echo every message on standard output too"},
+    {"no-remote-administration", "", "take no remote commands (set-* then get no answer)"},
+    {"every-level", "", "log every level and category in turn, every 50th message long (to try filters)"},
     {"config", "FILE",
      "start the logger from the vexar element of FILE (and its QoS profiles); it then decides\n"
      "the level, the queue and the echo"},
@@ -40,12 +43,6 @@ constexpr std::string_view kDemoDetails =
     "Prints its HOST:APP first, logs until stopped, and takes its logger down on\n"
     "SIGINT or SIGTERM, so that `vexar apps` sees it go.";
 
-constexpr std::int32_t kLevels[] = {100, 200, 300, 400, 500, 600, 700, 800};
-constexpr const char *kCategories[] = {"", "net", "db", "ui", "sched"};
-constexpr const char *kEvents[] = {"connection accepted",    "cache refreshed",        "request served",
-                                   "retrying after timeout", "configuration reloaded", "queue drained",
-                                   "checkpoint written"};
-constexpr std::uint64_t kLongMessageEvery = 50;
 // Finalization drops what is still queued: the demo flushes first, waiting
 // at most this long for its subscribers to acknowledge.
 constexpr DDS_Duration_t kFlushTimeout{5, 0};
@@ -58,6 +55,8 @@ struct DemoSettings {
     std::int32_t queueSize;
     std::int32_t burst;
     bool echo;
+    bool everyLevel;
+    bool remoteAdministration;
     std::int32_t domain;
     std::optional<std::string> configFile;
     std::optional<std::string> qosLibrary;
@@ -75,6 +74,8 @@ DemoSettings settingsFrom(const ParsedArguments &arguments) {
     settings.queueSize = arguments.integer("queue", 128, 1, 1 << 20);
     settings.burst = arguments.integer("burst", 0, 0, 1000000);
     settings.echo = arguments.has("echo");
+    settings.everyLevel = arguments.has("every-level");
+    settings.remoteAdministration = !arguments.has("no-remote-administration");
     settings.domain = arguments.domain();
     settings.configFile = arguments.value("config");
     settings.qosLibrary = arguments.value("qos-library");
@@ -90,14 +91,6 @@ DemoSettings settingsFrom(const ParsedArguments &arguments) {
         settings.qosProfile = QTV_VX_QOS_PROFILE_LOSSLESS;
     }
     return settings;
-}
-
-std::string messageText(std::uint64_t index) {
-    std::string text = "message " + std::to_string(index) + ": " + kEvents[index % std::size(kEvents)];
-    if (index % kLongMessageEvery != 0) return text;
-    text += " (a long one:";
-    while (text.size() < 1500) text += " the quick brown fox jumps over the lazy dog";
-    return text + ")";
 }
 
 void nameQosProfile(QTV_VX_Options *options, const DemoSettings &settings) {
@@ -119,6 +112,7 @@ public:
         QTV_VX_Options_setFilterLevel(options_, settings.filterLevel);
         QTV_VX_Options_setQueueSize(options_, settings.queueSize);
         QTV_VX_Options_setEchoToStdout(options_, settings.echo ? 1 : 0);
+        QTV_VX_Options_setRemoteAdministrationEnabled(options_, settings.remoteAdministration ? 1 : 0);
         try {
             nameQosProfile(options_, settings);
         } catch (...) {
@@ -180,7 +174,10 @@ private:
 template <class Options>
 class DemoLogger {
 public:
-    explicit DemoLogger(const DemoSettings &settings) : options_(settings), logger_(options_.start()) {
+    explicit DemoLogger(const DemoSettings &settings)
+        : options_(settings),
+          logger_(options_.start()),
+          message_(settings.everyLevel ? everyLevelDemoMessage : healthyDemoMessage) {
         if (logger_ == nullptr) throw DdsFailure("cannot start the logger");
     }
     ~DemoLogger() { QTV_VX_Vexar_finalizeInstance(); }
@@ -194,14 +191,14 @@ public:
     // Whether every message reached the reliable subscribers in time.
     bool flush() { return QTV_VX_Vexar_flush(logger_, &kFlushTimeout) == DDS_RETCODE_OK; }
     void log(std::uint64_t index) {
-        std::string text = messageText(index);
-        QTV_VX_Vexar_logMessageWithLevelCategory(logger_, kLevels[index % std::size(kLevels)], text.c_str(),
-                                                 kCategories[index % std::size(kCategories)]);
+        DemoMessage message = message_(index);
+        QTV_VX_Vexar_logMessageWithLevelCategory(logger_, message.level, message.text.c_str(), message.category);
     }
 
 private:
     Options options_;
     QTV_VX_Vexar *logger_;
+    DemoMessage (*message_)(std::uint64_t index);
 };
 
 std::uint64_t droppedSoFar() {

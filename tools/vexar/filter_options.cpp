@@ -35,8 +35,16 @@ MessageFilter filterFrom(const ParsedArguments &arguments) {
     return filter;
 }
 
+bool jsonRequested(const ParsedArguments &arguments) {
+    std::optional<std::string> output = arguments.value("output");
+    if (output && *output != "json" && *output != "short") {
+        throw UsageError("bad --output '" + *output + "' (expected json or short)");
+    }
+    return arguments.has("json") || output == "json";
+}
+
 LineStyle styleFrom(const ParsedArguments &arguments) {
-    if (arguments.has("json")) return LineStyle::Json;
+    if (jsonRequested(arguments)) return LineStyle::Json;
     const char *noColour = std::getenv("NO_COLOR");
     bool colourWanted = !arguments.has("no-color") && (noColour == nullptr || *noColour == '\0');
     return colourWanted && isatty(STDOUT_FILENO) ? LineStyle::Colour : LineStyle::Plain;

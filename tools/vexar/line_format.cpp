@@ -10,6 +10,7 @@ namespace vexar::cli {
 namespace {
 
 constexpr std::size_t kKindWidth = 12;
+constexpr std::size_t kIdentityWidth = 20;
 constexpr std::size_t kLevelWidth = 7;
 constexpr std::size_t kCategoryWidth = 10;
 constexpr std::size_t kLocationWidth = 16;
@@ -176,6 +177,18 @@ void appendPrintable(std::string &out, std::string_view text) {
     }
 }
 
+namespace {
+
+// A remote text escaped, then padded; a longer one pushes the rest right.
+void appendPrintablePadded(std::string &out, std::string_view text, std::size_t width) {
+    std::size_t start = out.size();
+    appendPrintable(out, text);
+    std::size_t length = out.size() - start;
+    if (length < width) out.append(width - length, ' ');
+}
+
+}  // namespace
+
 void LineFormatter::append(std::string &out, const LogLine &line) {
     if (style_ == LineStyle::Json) appendJson(out, line);
     else appendText(out, line);
@@ -189,12 +202,11 @@ void LineFormatter::appendText(std::string &out, const LogLine &line) {
     out += ' ';
     appendKind(out, line.kind);
     out += "  ";
+    appendPrintablePadded(out, line.identity, kIdentityWidth);
+    out += "  ";
     appendLevel(out, line.level, style_ == LineStyle::Colour);
     out += "  ";
-    std::size_t categoryStart = out.size();
-    appendPrintable(out, line.category);
-    std::size_t categoryLength = out.size() - categoryStart;
-    if (categoryLength < kCategoryWidth) out.append(kCategoryWidth - categoryLength, ' ');
+    appendPrintablePadded(out, line.category, kCategoryWidth);
     out += "  ";
     LocatedText located = splitLocation(line.message);
     if (!located.file.empty()) {
@@ -216,6 +228,9 @@ void LineFormatter::appendJson(std::string &out, const LogLine &line) {
     out += ",\"id\":\"" + formatAppId(line.app) + "\",\"kind\":";
     if (line.kind.empty()) out += "null";
     else appendJsonString(out, line.kind);
+    out += ",\"identity\":";
+    if (line.identity.empty()) out += "null";
+    else appendJsonString(out, line.identity);
     out += ",\"level\":" + std::to_string(line.level) + ",\"levelName\":";
     std::string_view levelName = nameOf(kLevelNames, line.level);
     if (levelName.empty()) out += "null";

@@ -2,10 +2,12 @@
 // columns, the same with the level coloured for a terminal, or one JSON
 // object for machines.
 //
-//   2026-11-21 18:30:05.123  01100f3a:8b2c4d1e demo          INFO     net         text
+//   2026-11-21 18:30:05.123  01100f3a:8b2c4d1e demo          demo@box[4242]        INFO     net         text
 //
 // Columns: source time (local, milliseconds), HOST:APP, application kind
-// (blank until a State names it; cut at 12 characters with '~'), level
+// (blank until a State names it; cut at 12 characters with '~'), the
+// process's "exe@host[pid]" (blank while unknown; a longer one pushes the
+// rest right), level
 // name (or its number), category (blank when empty; a longer one pushes the
 // text right), text. A text that ends with its call's source location (the
 // C++ API's " [@file:line]") has it shown in a column of its own before the
@@ -26,7 +28,8 @@ struct LogLine {
     std::int64_t seconds = 0;  // source time since the epoch
     std::uint32_t nanoseconds = 0;
     AppId app;
-    std::string_view kind;  // empty while unknown
+    std::string_view kind;      // empty while unknown
+    std::string_view identity;  // "exe@host[pid]", empty while unknown
     std::int32_t level = 0;
     std::string_view category;
     std::string_view message;
@@ -36,16 +39,18 @@ struct LogLine {
 // A line that owns its texts, for lines kept after their source is gone.
 struct OwnedLine {
     explicit OwnedLine(const LogLine &line)
-        : line(line), kind(line.kind), category(line.category), message(line.message) {}
+        : line(line), kind(line.kind), identity(line.identity), category(line.category), message(line.message) {}
     LogLine view() const {
         LogLine copy = line;
         copy.kind = kind;
+        copy.identity = identity;
         copy.category = category;
         copy.message = message;
         return copy;
     }
     LogLine line;
     std::string kind;
+    std::string identity;
     std::string category;
     std::string message;
 };

@@ -11,8 +11,8 @@ LogStore::LogStore(const std::string &path)
       insertApp_(db_.get(), "INSERT INTO apps(host, app) VALUES (?, ?) RETURNING id"),
       findApp_(db_.get(), "SELECT id FROM apps WHERE host = ? AND app = ?"),
       insertState_(db_.get(),
-                   "INSERT INTO states(app, received_time, kind, domain, state, filter_level, print_format, gone) "
-                   "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
+                   "INSERT INTO states(app, received_time, kind, domain, state, filter_level, print_format, gone, "
+                   "identity) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       latestOfApp_(db_.get(), "SELECT max(source_time) FROM messages WHERE app = ?"),
       findMessage_(db_.get(),
                    "SELECT 1 FROM messages WHERE app = ? AND source_time = ? AND level = ? AND text = ? LIMIT 1"),
@@ -89,11 +89,17 @@ bool LogStore::alreadyStored(std::int64_t app, const StoredMessage &message) {
 void LogStore::writeState(const StoredState &state) {
     const AppRecord &record = state.record;
     std::int64_t app = appRow(record.id);
-    Statement setKind(db_.get(), "UPDATE apps SET kind = ? WHERE id = ?");
-    setKind.bind(1, record.kind).bind(2, app).run();
+    // An identity learnt once is kept when a later State comes before it.
+    Statement setKind(db_.get(), "UPDATE apps SET kind = ?, identity = coalesce(?, identity) WHERE id = ?");
+    setKind.bind(1, record.kind);
+    if (record.identity.empty()) setKind.bindNull(2);
+    else setKind.bind(2, record.identity);
+    setKind.bind(3, app).run();
     insertState_.bind(1, app).bind(2, state.receivedTime).bind(3, record.kind).bind(4, std::int64_t{record.domain});
     insertState_.bind(5, std::int64_t{record.state}).bind(6, std::int64_t{record.filterLevel});
     insertState_.bind(7, std::int64_t{record.printFormat}).bind(8, std::int64_t{record.gone ? 1 : 0});
+    if (record.identity.empty()) insertState_.bindNull(9);
+    else insertState_.bind(9, record.identity);
     insertState_.run();
 }
 

@@ -30,7 +30,8 @@ std::string overview() {
         name.resize(16, ' ');
         text += "  " + name + std::string(command.description.summary) + "\n";
     }
-    return text + "\n'vexar COMMAND --help' describes a command. Every command takes --domain N (default 0).\n";
+    return text + "\n'vexar COMMAND --help' describes a command, 'man vexar' all of them. Every command takes\n"
+                  "--domain N (default: $VEXAR_DOMAIN, else $ROS_DOMAIN_ID, else 0).\n";
 }
 
 const Command *findCommand(std::string_view name) {

@@ -51,7 +51,8 @@ bool MessageFilter::looksAtTexts() const {
 
 bool MessageFilter::matches(const LogLine &line) const {
     if (mostVerboseLevel && line.level > *mostVerboseLevel) return false;
-    if (!anyHolds(apps, [&](const AppSelector &app) { return app.matches(line.app, line.kind); })) return false;
+    if (!anyHolds(apps, [&](const AppSelector &app) { return app.matches(line.app, line.kind, line.identity); }))
+        return false;
     if (!categoryPatterns.empty() || !excludedCategoryPatterns.empty()) {
         // fnmatch wants a NUL-terminated text: copied only when asked for.
         const std::string category(line.category);

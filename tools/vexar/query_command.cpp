@@ -24,6 +24,7 @@ constexpr OptionDescription kQueryOptions[] = {
     {"until", "TIME", "messages before TIME (the forms of --since)"},
     kLastOption,
     kJsonOption,
+    kOutputOption,
     kNoColourOption,
 };
 
@@ -46,6 +47,9 @@ int runQuery(const ParsedArguments &arguments) {
     StoreQuery query = storeQueryFrom(arguments);
     LineFormatter formatter(styleFrom(arguments));
     LogDatabase db(path, Database::Access::ReadOnly);
+    for (const std::string &line : unmatchedApps(db, path, query.filter)) {
+        std::fprintf(stderr, "vexar query: %s\n", line.c_str());
+    }
     std::string out;
     selectMessages(db, query, [&](const LogLine &line) {
         formatter.append(out, line);

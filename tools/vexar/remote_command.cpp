@@ -17,11 +17,6 @@ std::int32_t freshInvocation() {
     return std::uniform_int_distribution<std::int32_t>(1, std::numeric_limits<std::int32_t>::max())(entropy);
 }
 
-bool answers(const QTV_VX_ADMIN_CommandResponse &response, const QTV_VX_ADMIN_CommandRequest &request) {
-    return response.invocation == request.invocation &&
-           appIdOf(response.originatorHostAndAppId) == appIdOf(request.originatorHostAndAppId);
-}
-
 }  // namespace
 
 CategoryVerbosities parseCategoryVerbosities(std::span<const std::string> pairs) {
@@ -76,31 +71,49 @@ RemoteCommander::RemoteCommander(Session &session)
     : self_(session.id()), responses_(session, responseReaderQos(), signal_), requests_(session, requestWriterQos()) {}
 
 std::optional<CommandAnswer> RemoteCommander::send(AppId target, const FillCommand &fill, Clock::time_point deadline) {
+    return sendToEach(std::span<const AppId>(&target, 1), fill, deadline).front();
+}
+
+std::vector<std::optional<CommandAnswer>>
+RemoteCommander::sendToEach(std::span<const AppId> targets, const FillCommand &fill, Clock::time_point deadline) {
     OwnedSample<QTV_VX_ADMIN_CommandRequest> owned;
     QTV_VX_ADMIN_CommandRequest &request = owned.value;
-    request.targetHostAndAppId = {target.host, target.app};
     request.originatorHostAndAppId = {self_.host, self_.app};
-    request.invocation = freshInvocation();
     fill(request.command);
+    std::vector<std::int32_t> invocations;
+    for (std::int32_t invocation = freshInvocation(); invocations.size() < targets.size();) {
+        invocations.push_back(invocation);
+        invocation = invocation == std::numeric_limits<std::int32_t>::max() ? 1 : invocation + 1;
+    }
 
+    std::vector<std::optional<CommandAnswer>> answers(targets.size());
+    std::size_t unanswered = targets.size();
     std::optional<Clock::time_point> lastSent;
-    std::optional<CommandAnswer> answer;
-    while (!answer && !stopRequested() && Clock::now() < deadline) {
+    while (unanswered > 0 && !stopRequested() && Clock::now() < deadline) {
         Clock::time_point now = Clock::now();
         if (requests_.matchedReaders() > 0 && (!lastSent || now - *lastSent >= kResendInterval)) {
-            if (!requests_.write(request)) throw DdsFailure("cannot send the command request");
+            for (std::size_t i = 0; i < targets.size(); ++i) {
+                if (answers[i]) continue;
+                request.targetHostAndAppId = {targets[i].host, targets[i].app};
+                request.invocation = invocations[i];
+                if (!requests_.write(request)) throw DdsFailure("cannot send the command request");
+            }
             lastSent = now;
         }
         signal_.waitUntil(deadline);
         responses_.takeAll([&](const std::vector<Received<QTV_VX_ADMIN_CommandResponse>> &received) {
             for (const auto &[response, info] : received) {
-                if (answer || !info->valid_data || !answers(*response, request)) continue;
-                answer = CommandAnswer{appIdOf(response->hostAndAppId), response->commandResult,
-                                       response->message != nullptr ? response->message : ""};
+                if (!info->valid_data || appIdOf(response->originatorHostAndAppId) != self_) continue;
+                for (std::size_t i = 0; i < targets.size(); ++i) {
+                    if (answers[i] || response->invocation != invocations[i]) continue;
+                    answers[i] = CommandAnswer{appIdOf(response->hostAndAppId), response->commandResult,
+                                               response->message != nullptr ? response->message : ""};
+                    --unanswered;
+                }
             }
         });
     }
-    return answer;
+    return answers;
 }
 
 }  // namespace vexar::cli

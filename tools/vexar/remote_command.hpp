@@ -1,5 +1,5 @@
-// One remote command to one logger and the response that answers it: what
-// `vexar set-*` sends from the command line and `vexar web` from the page.
+// One remote command to one logger (or to each of several) and the response
+// that answers it: what `vexar set-*` sends from the command line and `vexar web` from the page.
 // The request carries a random invocation number and the sender's own
 // participant ids as originator; a response answers it when it echoes both.
 #pragma once
@@ -42,6 +42,11 @@ public:
     // reader may not have matched the writer yet, and the commands are
     // idempotent) and waits for its answer until the deadline or a stop.
     std::optional<CommandAnswer> send(AppId target, const FillCommand &fill, Clock::time_point deadline);
+    // The same command to each target at once, each request with its own
+    // invocation number; the answers in the targets' order, nothing for a
+    // target that did not answer in time.
+    std::vector<std::optional<CommandAnswer>> sendToEach(std::span<const AppId> targets, const FillCommand &fill,
+                                                         Clock::time_point deadline);
 
 private:
     AppId self_;

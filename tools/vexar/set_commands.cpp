@@ -1,7 +1,8 @@
-// vexar set-level, set-verbosity, set-format: one remote command to one
-// logger, answered by its CommandResponse.
+// vexar set-level, set-verbosity, set-format: one remote command to each
+// logger that the target names, each answered by its CommandResponse.
 #include <cstdio>
 #include <optional>
+#include <vector>
 
 #include "commands.hpp"
 #include "dds_session.hpp"
@@ -13,13 +14,17 @@ namespace vexar::cli {
 namespace {
 
 constexpr OptionDescription kSetOptions[] = {
-    {"timeout", "SECONDS", "wait this long for the answer (default 5; 0: no limit)"},
+    {"all", "", "steer every logger the target names (a glob does so without it)"},
+    {"timeout", "SECONDS", "wait this long for the answers (default 5; 0: no limit)"},
 };
 
-#define VEXAR_CLI_TARGET_HELP                                                               \
-    "HOST:APP names the logger as `vexar apps` shows it (8 hex digits each, or 0x-hex or\n" \
-    "decimal ids), or is an application kind that names exactly one logger.\n"              \
-    "Exit status: 0 OK, 2 the logger answered NOT_SUPPORTED or ERROR, 3 no answer in time."
+#define VEXAR_CLI_TARGET_HELP                                                                \
+    "TARGET is HOST:APP as `vexar apps` shows it (8 hex digits each, or 0x-hex or decimal\n" \
+    "ids), an application kind, an executable's name, exe@host[pid], or a glob over those\n" \
+    "and over HOST:APP or hostname:exe (01100f3a:*, myhost:*). A name that fits several\n"   \
+    "loggers needs --all; a glob steers every logger it fits. One line per logger.\n"        \
+    "Exit status: 0 all answered OK, 2 one answered NOT_SUPPORTED or ERROR, 3 one did not\n" \
+    "answer in time (or none fits)."
 
 constexpr std::string_view kSetLevelDetails =
     "LEVEL is FATAL, SEVERE, ERROR, WARNING, NOTICE, INFO, DEBUG, TRACE or a number\n"
@@ -34,84 +39,99 @@ constexpr std::string_view kSetFormatDetails =
 
 constexpr auto kKindSettleTime = std::chrono::milliseconds(500);
 
-// The one live logger of `kind`; nothing when none shows up in time.
-std::optional<AppId> findLoggerOfKind(const std::string &kind, DomainWatch &watch, Clock::time_point deadline) {
+// The live loggers that the selector names, once the States have settled
+// (and at least one showed up) or at the deadline.
+std::vector<AppId> findTargets(const AppSelector &selector, DomainWatch &watch, Clock::time_point deadline) {
     std::vector<AppId> matches;
     std::optional<Clock::time_point> firstSeen;
     while (!stopRequested()) {
         watch.updateApps();
         matches.clear();
         for (const auto &[id, record] : watch.apps.records()) {
-            if (!record.gone && record.kind == kind) matches.push_back(id);
+            if (!record.gone && selector.matches(id, record.kind, record.identity)) matches.push_back(id);
         }
         Clock::time_point now = Clock::now();
         if (!matches.empty() && !firstSeen) firstSeen = now;
         if ((firstSeen && now - *firstSeen >= kKindSettleTime) || now >= deadline) break;
         watch.signal.waitUntil(deadline);
     }
-    if (matches.size() > 1) {
-        std::string ids;
-        for (AppId id : matches) ids += " " + formatAppId(id);
-        throw UsageError("application kind '" + kind + "' names " + std::to_string(matches.size()) + " loggers:" + ids +
-                         "; give HOST:APP");
-    }
-    if (matches.empty()) return std::nullopt;
-    return matches.front();
+    return matches;
 }
 
-int report(const CommandAnswer &answer, std::string_view kind) {
-    std::string line = formatAppId(answer.responder);
-    if (!kind.empty()) line += " " + std::string(kind);
-    line += ": " + nameOrNumber(kCommandResultNames, answer.result);
-    if (!answer.message.empty()) line += ": " + answer.message;
-    std::printf("%s\n", line.c_str());
-    return answer.result == QTV_VX_COMMAND_RESULT_OK ? 0 : kExitRefused;
+std::string loggerName(AppId id, const AppDirectory &apps) {
+    std::string name = formatAppId(id);
+    if (std::string_view kind = apps.kindOf(id); !kind.empty()) name += " " + std::string(kind);
+    if (std::string_view identity = apps.identityOf(id); !identity.empty()) name += " " + std::string(identity);
+    return name;
+}
+
+// One line per logger; the status says the worst: 3 when one did not
+// answer, else 2 when one refused, else 0.
+int report(const std::vector<AppId> &targets, const std::vector<std::optional<CommandAnswer>> &answers,
+           const AppDirectory &apps, std::int32_t domain, double timeout) {
+    int status = 0;
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+        const std::optional<CommandAnswer> &answer = answers[i];
+        if (!answer) {
+            std::fprintf(stderr, "no answer from %s in domain %d within %g s\n", loggerName(targets[i], apps).c_str(),
+                         domain, timeout);
+            status = kExitNoAnswer;
+            continue;
+        }
+        std::string line = loggerName(targets[i], apps) + ": " + nameOrNumber(kCommandResultNames, answer->result);
+        if (!answer->message.empty()) line += ": " + answer->message;
+        std::printf("%s\n", line.c_str());
+        if (answer->result != QTV_VX_COMMAND_RESULT_OK && status == 0) status = kExitRefused;
+    }
+    return status;
 }
 
 int sendCommand(const ParsedArguments &arguments, const FillCommand &fill) {
     AppSelector selector = AppSelector::parse(arguments.operands.front());
     double timeout = arguments.seconds("timeout", 5);
     std::int32_t domain = arguments.domain();
+    bool many = arguments.has("all") || selector.isGlob();
 
     DomainWatch watch(domain);
     RemoteCommander commander(watch.session);
     Clock::time_point deadline = deadlineAfter(timeout);
 
-    std::optional<AppId> target;
-    if (selector.isKind()) {
-        target = findLoggerOfKind(std::get<std::string>(selector.target), watch, deadline);
-        if (!target) {
-            std::fprintf(stderr, "no logger of %s in domain %d within %g s\n", selector.describe().c_str(), domain,
-                         timeout);
+    std::vector<AppId> targets;
+    if (selector.isId()) {
+        targets.push_back(std::get<AppId>(selector.target));
+    } else {
+        targets = findTargets(selector, watch, deadline);
+        if (targets.empty()) {
+            std::fprintf(stderr, "no logger of %s in domain %d (seen: %s)\n", selector.describe().c_str(), domain,
+                         watch.apps.seenKinds().c_str());
             return kExitNoAnswer;
         }
-    } else {
-        target = std::get<AppId>(selector.target);
+        if (targets.size() > 1 && !many) {
+            std::string names;
+            for (AppId id : targets) names += (names.empty() ? "" : ", ") + loggerName(id, watch.apps);
+            throw UsageError(selector.describe() + " names " + std::to_string(targets.size()) + " loggers (" + names +
+                             "); give --all for every one, or one HOST:APP");
+        }
     }
 
-    std::optional<CommandAnswer> answer = commander.send(*target, fill, deadline);
+    std::vector<std::optional<CommandAnswer>> answers = commander.sendToEach(targets, fill, deadline);
     watch.updateApps();
-    if (!answer) {
-        std::fprintf(stderr, "no answer from %s in domain %d within %g s\n", formatAppId(*target).c_str(), domain,
-                     timeout);
-        return kExitNoAnswer;
-    }
-    return report(*answer, watch.apps.kindOf(answer->responder));
+    return report(targets, answers, watch.apps, domain, timeout);
 }
 
 }  // namespace
 
 const CommandDescription kSetLevelCommand{
-    "set-level", "HOST:APP LEVEL", "Set a logger's filter level.", kSetLevelDetails, kSetOptions, 2, 2};
+    "set-level", "TARGET LEVEL", "Set a logger's filter level.", kSetLevelDetails, kSetOptions, 2, 2};
 const CommandDescription kSetVerbosityCommand{"set-verbosity",
-                                              "HOST:APP CATEGORY=VERBOSITY...",
+                                              "TARGET CATEGORY=VERBOSITY...",
                                               "Set the verbosity of an application's middleware logger per category.",
                                               kSetVerbosityDetails,
                                               kSetOptions,
                                               2,
                                               1 + 16};
 const CommandDescription kSetFormatCommand{"set-format",
-                                           "HOST:APP FORMAT",
+                                           "TARGET FORMAT",
                                            "Set the print format of an application's middleware logger.",
                                            kSetFormatDetails,
                                            kSetOptions,

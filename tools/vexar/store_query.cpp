@@ -1,6 +1,7 @@
 #include "store_query.hpp"
 
 #include <algorithm>
+#include <set>
 #include <variant>
 #include <vector>
 
@@ -25,26 +26,53 @@ struct QuerySql {
 // common word by source time would read every one of them.
 bool fromTextIndex(const StoreQuery &query) { return query.terms && query.last; }
 
-// The rows of any of the applications, each named by its ids or its kind.
-void addApps(QuerySql &sql, const std::vector<AppSelector> &apps) {
-    std::string either;
-    for (const AppSelector &app : apps) {
-        if (!either.empty()) either += " OR ";
-        if (const auto *id = std::get_if<AppId>(&app.target)) {
-            either += "(host = ? AND app = ?)";
-            sql.values.emplace_back(std::int64_t{id->host});
-            sql.values.emplace_back(std::int64_t{id->app});
-        } else {
-            either += "kind = ?";
-            sql.values.emplace_back(std::get<std::string>(app.target));
-        }
+// One application as the database knows it.
+struct StoredApp {
+    std::int64_t row;
+    AppId id;
+    std::string kind;
+    std::string identity;
+};
+
+// What the apps table holds; few rows, so names and globs are matched here
+// exactly as tail matches them.
+std::vector<StoredApp> storedApps(LogDatabase &db) {
+    bool hasIdentity = db.schemaVersion() >= kSchemaWithIdentity;
+    Statement statement(db.get(), std::string("SELECT id, host, app, coalesce(kind, ''), ") +
+                                      (hasIdentity ? "coalesce(identity, '')" : "''") + " FROM apps");
+    std::vector<StoredApp> apps;
+    while (statement.step()) {
+        apps.push_back(
+            {statement.integer(0),
+             {static_cast<std::int32_t>(statement.integer(1)), static_cast<std::int32_t>(statement.integer(2))},
+             std::string(statement.text(3)),
+             std::string(statement.text(4))});
     }
-    sql.add("m.app IN (SELECT id FROM apps WHERE " + either + ")");
+    return apps;
 }
 
-QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
+bool selects(const AppSelector &selector, const StoredApp &app) {
+    return selector.matches(app.id, app.kind, app.identity);
+}
+
+// The rows of any of the applications.
+void addApps(QuerySql &sql, const std::vector<AppSelector> &selectors, const std::vector<StoredApp> &apps) {
+    std::string rows;
+    for (const StoredApp &app : apps) {
+        if (!std::ranges::any_of(selectors, [&](const AppSelector &selector) { return selects(selector, app); })) {
+            continue;
+        }
+        rows += rows.empty() ? "?" : ", ?";
+        sql.values.emplace_back(app.row);
+    }
+    sql.add("m.app IN (" + rows + ")");
+}
+
+QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited, const std::vector<StoredApp> &apps,
+               bool hasIdentity) {
     QuerySql sql;
-    sql.text = "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text ";
+    sql.text = "SELECT m.source_time, a.host, a.app, a.kind, m.level, m.category, m.text, ";
+    sql.text += hasIdentity ? "a.identity " : "NULL ";
     sql.text += fromTextIndex(query) ? "FROM messages_text t CROSS JOIN messages m ON m.id = t.rowid "
                                        "CROSS JOIN apps a ON a.id = m.app WHERE messages_text MATCH ?"
                                      : "FROM messages m JOIN apps a ON a.id = m.app WHERE 1";
@@ -59,7 +87,7 @@ QuerySql sqlOf(const StoreQuery &query, bool newestFirst, bool limited) {
             sql.add("m.level <= " + std::to_string(kIndexedLevelMost));
         }
     }
-    if (!filter.apps.empty()) addApps(sql, filter.apps);
+    if (!filter.apps.empty()) addApps(sql, filter.apps, apps);
     if (query.since) {
         sql.add("m.source_time >= ?");
         sql.values.emplace_back(*query.since);
@@ -91,6 +119,7 @@ LogLine lineOf(const Statement &row) {
     line.level = static_cast<std::int32_t>(row.integer(4));
     line.category = row.text(5);
     line.message = row.text(6);
+    line.identity = row.text(7);
     return line;
 }
 
@@ -116,14 +145,16 @@ std::string fullTextQuery(std::string_view words) {
     return query;
 }
 
-void selectMessages(Database &db, const StoreQuery &query, const std::function<void(const LogLine &)> &use) {
+void selectMessages(LogDatabase &db, const StoreQuery &query, const std::function<void(const LogLine &)> &use) {
     const MessageFilter &filter = query.filter;
     // The SQL decides level, application, time and text; only a category
     // glob or a regular expression is left for the filter (whose level and
     // application tests then hold already).
     bool filteredAfter = filter.looksAtTexts();
     bool newestFirst = query.last.has_value();
-    QuerySql sql = sqlOf(query, newestFirst, newestFirst && !filteredAfter);
+    std::vector<StoredApp> apps = filter.apps.empty() ? std::vector<StoredApp>{} : storedApps(db);
+    QuerySql sql =
+        sqlOf(query, newestFirst, newestFirst && !filteredAfter, apps, db.schemaVersion() >= kSchemaWithIdentity);
     Statement statement(db.get(), sql.text);
     for (std::size_t i = 0; i < sql.values.size(); ++i) {
         int index = static_cast<int>(i + 1);
@@ -147,6 +178,19 @@ void selectMessages(Database &db, const StoreQuery &query, const std::function<v
                                                 : a.line.nanoseconds < b.line.nanoseconds;
     });
     for (const OwnedLine &owned : newest) use(owned.view());
+}
+
+std::vector<std::string> unmatchedApps(LogDatabase &db, const std::string &path, const MessageFilter &filter) {
+    if (filter.apps.empty()) return {};
+    std::vector<StoredApp> apps = storedApps(db);
+    std::set<std::string> seen;
+    for (const StoredApp &app : apps) seen.insert(app.kind.empty() ? formatAppId(app.id) : app.kind);
+    std::vector<std::string> lines;
+    for (const AppSelector &selector : filter.apps) {
+        if (std::ranges::any_of(apps, [&](const StoredApp &app) { return selects(selector, app); })) continue;
+        lines.push_back("no logger of " + selector.describe() + " in " + path + " (seen: " + seenNames(seen) + ")");
+    }
+    return lines;
 }
 
 }  // namespace vexar::cli

@@ -8,10 +8,11 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "line_format.hpp"
 #include "message_filter.hpp"
-#include "sqlite_db.hpp"
+#include "store_schema.hpp"
 
 namespace vexar::cli {
 
@@ -25,7 +26,11 @@ struct StoreQuery {
 
 // Calls `use` for each selected message in source-time order (ties in the
 // order recorded). The line's views live until `use` returns.
-void selectMessages(Database &db, const StoreQuery &query, const std::function<void(const LogLine &)> &use);
+void selectMessages(LogDatabase &db, const StoreQuery &query, const std::function<void(const LogLine &)> &use);
+
+// For each --app that names no application the database holds, a line
+// such as "no logger of kind 'nosuch' in log.db (seen: alpha, beta)".
+std::vector<std::string> unmatchedApps(LogDatabase &db, const std::string &path, const MessageFilter &filter);
 
 // The full-text query for words typed by a user: each word quoted (so that
 // punctuation is plain text), all required; a trailing '*' keeps a prefix.

@@ -64,6 +64,13 @@ CREATE TRIGGER messages_text_delete AFTER DELETE ON messages BEGIN
   INSERT INTO messages_text(messages_text, rowid, text) VALUES ('delete', old.id, old.text);
 END;
 )sql",
+    // The identity of each application's process, from discovery: two
+    // applications of one kind can be told apart in a query. Older rows
+    // keep it unknown (NULL).
+    R"sql(
+ALTER TABLE apps ADD COLUMN identity TEXT;
+ALTER TABLE states ADD COLUMN identity TEXT;
+)sql",
 };
 static_assert(std::size(kMigrations) == kSchemaVersion);
 
@@ -85,10 +92,10 @@ void migrate(Database &db, std::int64_t from) {
 }  // namespace
 
 LogDatabase::LogDatabase(const std::string &path, Access access) : Database(path, access) {
-    prepareSchema(*this, path, access);
+    schemaVersion_ = prepareSchema(*this, path, access);
 }
 
-void prepareSchema(Database &db, const std::string &path, Database::Access access) {
+std::int64_t prepareSchema(Database &db, const std::string &path, Database::Access access) {
     std::int64_t applicationId = 0;
     std::int64_t version = 0;
     bool empty = false;
@@ -110,11 +117,9 @@ void prepareSchema(Database &db, const std::string &path, Database::Access acces
                              std::to_string(kSchemaVersion) + ")",
                          SQLITE_NOTADB);
     }
-    if (access == Database::Access::ReadOnly) {
-        if (version == kSchemaVersion) return;
-        throw StoreError(path + " has schema version " + std::to_string(version) + ": run 'vexar record' on it once",
-                         SQLITE_NOTADB);
-    }
+    // A reader takes an older file as it stands (what it lacks reads as
+    // unknown), so a database is never changed by looking at it.
+    if (access == Database::Access::ReadOnly) return version;
     // Only a file found to be ours (or empty) is changed. Statement
     // journals (a delete's trigger) stay in memory. Larger pages than the
     // default make fewer, fuller writes of a stream of appended rows; a
@@ -127,6 +132,7 @@ void prepareSchema(Database &db, const std::string &path, Database::Access acces
         throw StoreError(path + " cannot be written: " + error.what(), error.code);
     }
     if (version < kSchemaVersion) migrate(db, version);
+    return kSchemaVersion;
 }
 
 }  // namespace vexar::cli

@@ -12,9 +12,11 @@
 namespace vexar::cli {
 
 inline constexpr std::int32_t kLogDatabaseId = 0x56584c47;  // "VXLG"
-inline constexpr std::int32_t kSchemaVersion = 2;
+inline constexpr std::int32_t kSchemaVersion = 3;
 // The most verbose level that the level index holds.
 inline constexpr std::int32_t kIndexedLevelMost = 400;
+// The first version that stores applications' identities ("exe@host[pid]").
+inline constexpr std::int32_t kSchemaWithIdentity = 3;
 
 // A log database opened for reading or writing: a writer uses WAL (readers
 // go on while it commits) and syncs at checkpoints only, so a killed
@@ -22,11 +24,18 @@ inline constexpr std::int32_t kIndexedLevelMost = 400;
 class LogDatabase : public Database {
 public:
     LogDatabase(const std::string &path, Access access);
+
+    // The file's version: a reader takes older files as they are.
+    std::int64_t schemaVersion() const { return schemaVersion_; }
+
+private:
+    std::int64_t schemaVersion_ = 0;
 };
 
 // Checks that the database is ours and not newer than this program; with
 // ReadWrite access, an empty file becomes a log database and an older one
-// is migrated. Throws StoreError with one line naming `path` otherwise.
-void prepareSchema(Database &db, const std::string &path, Database::Access access);
+// is migrated. Returns the version it then has. Throws StoreError with one
+// line naming `path` otherwise.
+std::int64_t prepareSchema(Database &db, const std::string &path, Database::Access access);
 
 }  // namespace vexar::cli

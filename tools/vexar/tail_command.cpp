@@ -30,10 +30,12 @@ constexpr OptionDescription kTailOptions[] = {
     {"count", "N", "exit after N messages"},
     {"timeout", "SECONDS", "exit after SECONDS (status 3 when --count was not reached)"},
     kJsonOption,
+    kOutputOption,
     kNoColourOption,
     {"db", "PATH", "first the recorded history from this log database (the last 10, or -n, --since)"},
     {"n", "N", "with --db: the last N recorded messages that match"},
     {"since", "TIME", "with --db: the recorded messages from TIME on (the forms of 'vexar query')"},
+    {"follow", "", "keep printing new messages (what tail always does; for the habit of tail -f)", 'f'},
 };
 
 constexpr std::string_view kTailDetails =
@@ -104,6 +106,7 @@ public:
             if (!info->valid_data) continue;
             LogLine line = lineOf(*message, *info);
             line.kind = apps.kindOf(line.app);
+            line.identity = apps.identityOf(line.app);
             if (held_.empty() && !awaitsState(line, now)) {
                 print(line);
             } else {
@@ -123,6 +126,7 @@ public:
             for (const HeldMessage &held : held_) {
                 LogLine line = held.view();
                 line.kind = apps.kindOf(line.app);
+                line.identity = apps.identityOf(line.app);
                 print(line);
             }
             held_.clear();
@@ -224,6 +228,31 @@ void printHistory(const std::string &path, const StoreQuery &query, TailPrinter 
     printer.releaseHeld(apps);
 }
 
+// An --app that fits no logger is said once, with what is there, after the
+// States had a moment to arrive; tail goes on, since it may still come.
+class UnmatchedTargets {
+public:
+    static constexpr auto kFirstLook = std::chrono::milliseconds(1500);
+
+    UnmatchedTargets(std::vector<AppSelector> targets, std::int32_t domain)
+        : targets_(std::move(targets)), domain_(domain), sayAt_(Clock::now() + kFirstLook) {}
+
+    void sayOnce(const AppDirectory &apps) {
+        if (targets_.empty() || Clock::now() < sayAt_) return;
+        for (const AppSelector &target : targets_) {
+            if (apps.anyFits(target)) continue;
+            std::fprintf(stderr, "vexar tail: no logger of %s in domain %d yet (seen: %s)\n", target.describe().c_str(),
+                         domain_, apps.seenKinds().c_str());
+        }
+        targets_.clear();
+    }
+
+private:
+    std::vector<AppSelector> targets_;
+    std::int32_t domain_;
+    Clock::time_point sayAt_;
+};
+
 }  // namespace
 
 const CommandDescription kTailCommand{
@@ -232,6 +261,7 @@ const CommandDescription kTailCommand{
 
 int runTail(const ParsedArguments &arguments) {
     MessageFilter filter = filterFrom(arguments);
+    std::vector<AppSelector> filterTargets = filter.apps;
     std::int32_t count = arguments.integer("count", 0, 1, std::numeric_limits<std::int32_t>::max());
     double timeout = arguments.seconds("timeout", 0);
     std::int32_t domain = arguments.domain();
@@ -249,8 +279,10 @@ int runTail(const ParsedArguments &arguments) {
     };
 
     Clock::time_point deadline = deadlineAfter(timeout);
+    UnmatchedTargets unmatched(filterTargets, domain);
     while (!printer.done() && !stopRequested()) {
         watch.updateApps();
+        unmatched.sayOnce(watch.apps);
         // One bounded batch per turn, so that States, the deadline and a stop
         // are still seen under a flood; a full batch means more is waiting.
         bool moreWaiting = logs.take(kBatch, [&](std::vector<Received<QTV_VX_LogMessage>> &batch) {
