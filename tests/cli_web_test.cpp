@@ -124,6 +124,7 @@ TEST(CliWebJson, MessagesAndLoggersCarryTheirLabel) {
     AppRecord named;
     named.id = {1, 2};
     named.kind = "demo";
+    named.identity = "demo@rover[42]";
     AppRecord unnamed;
     unnamed.id = {3, 4};
     board.replace({{named.id, named}, {unnamed.id, unnamed}});
@@ -132,7 +133,7 @@ TEST(CliWebJson, MessagesAndLoggersCarryTheirLabel) {
     board.messagesFrom(lines, now - 2s);
     auto apps = nlohmann::json::parse(board.json(now));
     ASSERT_EQ(apps.size(), 2u);
-    EXPECT_EQ(apps[0]["label"], "00000001:00000002 demo");
+    EXPECT_EQ(apps[0]["label"], "00000001:00000002 demo demo@rover[42]");
     EXPECT_NEAR(apps[0]["lastMessageAgo"].get<double>(), 2.0, 0.05);
     EXPECT_EQ(apps[1]["label"], "00000003:00000004");
     EXPECT_TRUE(apps[1]["lastMessageAgo"].is_null());

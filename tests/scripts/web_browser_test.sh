@@ -35,7 +35,7 @@ click '#apply'
 wait_js 'location.search === "?level=WARNING&app=alpha"' "the filter in the address"
 wait_js 'vexarConsole.stats.received > 20' "filtered rows"
 rows='[...document.querySelectorAll("#rows .row:not([hidden])")]'
-wait_js "$rows.length > 5 && $rows.every(r => r.querySelector(\".app\").textContent === \"$ALPHA alpha\"
+wait_js "$rows.length > 5 && $rows.every(r => r.querySelector(\".app\").textContent.startsWith(\"$ALPHA alpha \")
   && [\"FATAL\", \"SEVERE\", \"ERROR\", \"WARNING\"].includes(r.querySelector(\".level\").textContent))" \
   "only alpha's warnings and worse shown"
 

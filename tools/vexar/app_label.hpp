@@ -1,6 +1,7 @@
 // How the web console names an application wherever it shows one: its
-// HOST:APP and, once a State has named it, its kind. One function, so that
-// a richer identity changes every place at once.
+// HOST:APP, its kind once a State has named it, and its identity
+// (exe@host[pid]) once discovery has announced it. One function, so that
+// every place names it alike.
 #pragma once
 
 #include <string>
@@ -10,7 +11,7 @@
 
 namespace vexar::cli {
 
-// "01100f3a:8b2c4d1e demo", or just the ids while the kind is unknown.
-std::string appLabel(AppId id, std::string_view kind);
+// "01100f3a:8b2c4d1e demo demo@rover[4242]", less what is not known yet.
+std::string appLabel(AppId id, std::string_view kind, std::string_view identity);
 
 }  // namespace vexar::cli

@@ -96,6 +96,7 @@ struct WebWatch {
         line.nanoseconds = info.source_timestamp.nanosec;
         line.app = appIdOf(message.hostAndAppId);
         line.kind = domain.apps.kindOf(line.app);
+        line.identity = domain.apps.identityOf(line.app);
         line.level = message.level;
         line.category = message.category != nullptr ? message.category : "";
         line.message = message.message != nullptr ? message.message : "";

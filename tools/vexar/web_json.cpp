@@ -54,14 +54,14 @@ StoreQuery logsQuery(const QueryParameters &parameters) {
 void appendMessageJson(std::string &out, LineFormatter &json, const LogLine &line) {
     json.append(out, line);
     std::string members = ",\"label\":";
-    appendJsonString(members, appLabel(line.app, line.kind));
+    appendJsonString(members, appLabel(line.app, line.kind, line.identity));
     extendObject(out, members);
 }
 
 std::string appJson(const AppRecord &record, std::optional<double> lastMessageAgo) {
     std::string object = renderAppJson(record);
     std::string members = ",\"label\":";
-    appendJsonString(members, appLabel(record.id, record.kind));
+    appendJsonString(members, appLabel(record.id, record.kind, record.identity));
     members += ",\"lastMessageAgo\":";
     if (lastMessageAgo) {
         char seconds[32];

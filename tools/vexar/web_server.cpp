@@ -177,9 +177,9 @@ FillCommand commandOf(const std::string &kind, const nlohmann::json &body) {
     return setVerbosityCommand(parseCategoryVerbosities(pairs));
 }
 
-std::string answerJson(AppId target, const std::optional<CommandAnswer> &answer, std::string_view kind) {
+std::string answerJson(AppId target, const std::optional<CommandAnswer> &answer, const AppRecord &record) {
     std::string out = "{\"id\":\"" + formatAppId(target) + "\",\"label\":";
-    appendJsonString(out, appLabel(target, kind));
+    appendJsonString(out, appLabel(target, record.kind, record.identity));
     out += ",\"result\":";
     appendJsonString(out, answer ? nameOrNumber(kCommandResultNames, answer->result) : "NO_ANSWER");
     out += ",\"message\":";
@@ -305,7 +305,7 @@ void WebServer::route() {
             answer = commander_.send(*target, fill, deadlineAfter(kCommandTimeout));
         }
         response.status = answer ? 200 : 504;
-        response.set_content(answerJson(*target, answer, record->kind), kJson);
+        response.set_content(answerJson(*target, answer, *record), kJson);
     });
     server_->Get(R"(/api/apps/([^/]+)/(level|verbosity|format))", [](const Request &, Response &response) {
         response.set_header("Allow", "POST");
