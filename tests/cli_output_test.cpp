@@ -93,11 +93,12 @@ TEST_F(CliOutput, ASourceLocationEndingTheTextIsAColumnAndTwoJsonFields) {
         EXPECT_EQ(located.line, c.line) << c.message;
     }
     EXPECT_EQ(format(LineStyle::Plain, line(600, "", "net", "retry 1 [@net.cpp:42]")),
-              "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e               INFO     net         net.cpp:42        "
-              "retry 1\n");
+              "2026-11-21 18:30:05.123  01100f3a:8b2c4d1e                                     INFO     net         "
+              "net.cpp:42        retry 1\n");
     EXPECT_EQ(format(LineStyle::Json, line(600, "", "", "retry 1 [@net.cpp:42]")),
               "{\"time\":\"2026-11-21T18:30:05.123456789Z\",\"host\":17829690,\"app\":-1960030946,"
-              "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"level\":600,\"levelName\":\"INFO\",\"category\":\"\","
+              "\"id\":\"01100f3a:8b2c4d1e\",\"kind\":null,\"identity\":null,\"level\":600,\"levelName\":\"INFO\","
+              "\"category\":\"\","
               "\"message\":\"retry 1\",\"file\":\"net.cpp\",\"line\":42}\n");
 }
 

@@ -14,12 +14,13 @@ _vexar_options() {
         "--config --qos-library --qos-profile --default-qos $common" ;;
     config) echo "--json $common" ;;
     record) echo "--db --keep --max-size --stats --timeout $common" ;;
+    web) echo "--listen --db --token $common" ;;
     esac
 }
 
 _vexar() {
     local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="tail apps set-level set-verbosity set-format demo config record query"
+    local commands="tail apps set-level set-verbosity set-format demo config record query web"
     local levels="FATAL SEVERE ERROR WARNING NOTICE INFO DEBUG TRACE"
     if ((COMP_CWORD == 1)); then
         mapfile -t COMPREPLY < <(compgen -W "$commands --help --version" -- "$cur")
