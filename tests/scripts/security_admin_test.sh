@@ -1,7 +1,8 @@
 # Remote administration under DDS Security, with credentials made by
 # scripts/security/make-credentials.sh: applications log, an operator
 # commands them, an observer only reads, a participant without credentials
-# neither reads nor commands, refusals say why, and with encryption no
+# neither reads nor commands, the web console steers only as an operator,
+# refusals say why, and with encryption no
 # message text crosses lo in clear. Skipped without openssl or Cyclone's
 # security plugins.
 DOMAIN=220
@@ -71,6 +72,23 @@ run_vexar "$OUT" tail --domain "$DOMAIN" --timeout 4 --no-color
 run_vexar "$OUT" set-level "$ALPHA" 500 --domain "$DOMAIN" --timeout 4
 expect_rc 3 "unsecured set-level"
 [[ $(level_of "$ALPHA") == 700 ]] || fail "alpha's level changed without credentials: $(cat "$OUT")"
+
+# The web console: an observer's shows the loggers and refuses its
+# controls, saying why; an operator's steers them.
+source "$(dirname "$0")/web_support.sh"
+as observer start_web
+[[ $(wait_for_app alpha) == "$ALPHA" ]] || fail "observer's console does not list alpha"
+api POST "/api/apps/$ALPHA/level" -H "X-Vexar-Token: $TOKEN" -d '{"level":"INFO"}'
+expect_status 403 "observer's console control"
+expect_jq '.error | contains("may not command")' "observer's console saying why"
+kill "$WEB_PID"
+as operator start_web
+wait_for_app alpha >/dev/null
+api POST "/api/apps/$ALPHA/level" -H "X-Vexar-Token: $TOKEN" -d '{"level":"WARNING"}'
+expect_status 200 "operator's console control"
+expect_jq '.result == "OK"' "operator's console control answered"
+[[ $(level_of "$ALPHA") == 400 ]] || fail "alpha's level after the operator's console: $(cat "$OUT")"
+kill "$WEB_PID"
 
 # Refusals name their reason: a logger without the right to publish logs,
 # and a participant whose certificate the identity CA did not sign.

@@ -4,6 +4,7 @@
 // board; the HTTP server's threads serve the page from those.
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <random>
 
 #include "apps_board.hpp"
@@ -117,10 +118,19 @@ const CommandDescription kWebCommand{
 int runWeb(const ParsedArguments &arguments) {
     WebSettings settings = settingsFrom(arguments);
     WebWatch watch(settings.domain);
-    RemoteCommander commander(watch.domain.session);
+    // A console whose credentials may only read (DDS Security) still shows
+    // the logs and the loggers; its controls say why they cannot act.
+    std::optional<RemoteCommander> commander;
+    std::string noCommander;
+    try {
+        commander.emplace(watch.domain.session);
+    } catch (const DdsFailure &error) {
+        noCommander = std::string("this console may not command loggers: ") + error.what();
+        std::fprintf(stderr, "vexar web: %s; serving without controls\n", noCommander.c_str());
+    }
     LiveHub hub;
     AppsBoard board;
-    WebServer server(settings, hub, board, commander);
+    WebServer server(settings, hub, board, commander ? &*commander : nullptr, noCommander);
     std::printf("vexar web: serving domain %d on http://%s:%d/#token=%s\n", settings.domain, settings.host.c_str(),
                 server.port(), settings.token.c_str());
     std::fflush(stdout);

@@ -189,8 +189,14 @@ std::string answerJson(AppId target, const std::optional<CommandAnswer> &answer,
 
 }  // namespace
 
-WebServer::WebServer(const WebSettings &settings, LiveHub &hub, AppsBoard &apps, RemoteCommander &commander)
-    : settings_(settings), hub_(hub), apps_(apps), commander_(commander), server_(std::make_unique<httplib::Server>()) {
+WebServer::WebServer(const WebSettings &settings, LiveHub &hub, AppsBoard &apps, RemoteCommander *commander,
+                     std::string noCommander)
+    : settings_(settings),
+      hub_(hub),
+      apps_(apps),
+      commander_(commander),
+      noCommander_(std::move(noCommander)),
+      server_(std::make_unique<httplib::Server>()) {
     server_->new_task_queue = [] { return new httplib::ThreadPool(kHttpThreads); };
     port_ = settings.port == 0 ? server_->bind_to_any_port(settings.host)
                                : (server_->bind_to_port(settings.host, settings.port) ? settings.port : -1);
@@ -287,6 +293,7 @@ void WebServer::route() {
         std::string token = request.get_header_value(std::string(kTokenHeader).c_str());
         if (token.empty()) return sendError(response, 401, "this control needs the token that vexar web printed");
         if (!sameToken(token, settings_.token)) return sendError(response, 403, "wrong token");
+        if (commander_ == nullptr) return sendError(response, 403, noCommander_);
         std::optional<AppId> target = parseAppId(request.matches[1].str());
         if (!target) return sendError(response, 400, "bad application id (expected HOST:APP)");
         std::optional<AppRecord> record = apps_.find(*target);
@@ -302,7 +309,7 @@ void WebServer::route() {
         std::optional<CommandAnswer> answer;
         {
             std::lock_guard lock(commandMutex_);
-            answer = commander_.send(*target, fill, deadlineAfter(kCommandTimeout));
+            answer = commander_->send(*target, fill, deadlineAfter(kCommandTimeout));
         }
         response.status = answer ? 200 : 504;
         response.set_content(answerJson(*target, answer, *record), kJson);

@@ -32,7 +32,10 @@ class WebServer {
 public:
     // Binds the address; throws DdsFailure-like std::runtime_error when it
     // cannot.
-    WebServer(const WebSettings &settings, LiveHub &hub, AppsBoard &apps, RemoteCommander &commander);
+    // Without a commander (the domain refused this console the command
+    // topics) the controls answer 403 with `noCommander`.
+    WebServer(const WebSettings &settings, LiveHub &hub, AppsBoard &apps, RemoteCommander *commander,
+              std::string noCommander = {});
     ~WebServer();
     WebServer(const WebServer &) = delete;
     WebServer &operator=(const WebServer &) = delete;
@@ -48,7 +51,8 @@ private:
     WebSettings settings_;
     LiveHub &hub_;
     AppsBoard &apps_;
-    RemoteCommander &commander_;
+    RemoteCommander *commander_;
+    std::string noCommander_;
     std::mutex commandMutex_;  // one command at a time: the commander has one response reader
     std::unique_ptr<httplib::Server> server_;
     int port_ = 0;
