@@ -20,8 +20,7 @@
 // samples of an instance, so a subscriber that falls behind the writer loses
 // what it cannot take; the benchmarks run under VexarQosLibrary::Lossless
 // unless VEXAR_BENCH_PROFILE says otherwise). The subscriber (tests/support/
-// log_subscriber.hpp: reliable, keep-all, takes on loan in batches on the
-// middleware's receive thread as samples arrive, as ddsperf's does) marks
+// log_subscriber.hpp: reliable, keep-all, takes on loan in batches) marks
 // every sequence number it gets; its rate is distinct messages over the time
 // from the first to the last arrival. Lost = logged - distinct received,
 // whatever the cause: the queue's overflow, a failed write, DDS.
@@ -33,7 +32,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -97,8 +95,6 @@ public:
         if (first_ == Clock::time_point{}) first_ = last_;
     }
     bool complete() const { return distinct_ == static_cast<long>(seen_.size()); }
-    Clock::time_point lastArrival() const { return last_; }
-    Clock::time_point createdAt() const { return created_; }
 
     void print() const {
         double seconds = std::chrono::duration<double>(last_ - first_).count();
@@ -126,7 +122,6 @@ private:
     std::vector<bool> seen_;
     long distinct_ = 0, duplicates_ = 0, foreign_ = 0;
     Clock::time_point first_{}, last_{};
-    Clock::time_point created_ = Clock::now();
 };
 
 int subscribe(int domain, long messages) {
@@ -135,24 +130,17 @@ int subscribe(int domain, long messages) {
     for (auto deadline = Clock::now() + 20s; !subscriber.matched(); std::this_thread::sleep_for(1ms)) {
         if (Clock::now() > deadline) return 1;
     }
-    SequenceTally tally(messages);
-    std::mutex tallyLock;
-    if (!subscriber.takeOnArrival([&](const QTV_VX_LogMessage &sample) {
-            std::lock_guard lock(tallyLock);
-            tally.record(sample.message);
-            tally.arrivedNow();
-        })) {
-        return 1;
-    }
     std::printf("ready\n");
     std::fflush(stdout);
-    for (;;) {
-        std::this_thread::sleep_for(10ms);
-        std::lock_guard lock(tallyLock);
-        Clock::time_point lastArrival = tally.lastArrival();
-        if (tally.complete() || Clock::now() - std::max(lastArrival, tally.createdAt()) > kIdleEnd) break;
+    SequenceTally tally(messages);
+    for (auto idleSince = Clock::now(); !tally.complete() && Clock::now() - idleSince < kIdleEnd;) {
+        if (subscriber.takeEach([&](const QTV_VX_LogMessage &sample) { tally.record(sample.message); }) == 0) {
+            std::this_thread::sleep_for(200us);
+            continue;
+        }
+        tally.arrivedNow();
+        idleSince = Clock::now();
     }
-    std::lock_guard lock(tallyLock);
     tally.print();
     return 0;
 }

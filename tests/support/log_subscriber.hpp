@@ -13,9 +13,6 @@
 // two takes).
 #pragma once
 
-#include <functional>
-
-#include "platform/dds/data_reader.h"
 #include "platform/dds/subscriber.h"
 #include "platform/dds/topic.h"
 #include "support/participant.hpp"
@@ -80,28 +77,11 @@ public:
         }
     }
 
-    // Takes every sample on the middleware's receive thread as it arrives,
-    // as Cyclone's own ddsperf subscriber does: no thread of ours to wake,
-    // and the reader's history stays short. `each` runs on that thread.
-    bool takeOnArrival(std::function<void(const QTV_VX_LogMessage &)> each) {
-        onArrival_ = std::move(each);
-        DDS_DataReaderListener listener = DDS_DataReaderListener_INITIALIZER;
-        listener.listener_data = this;
-        listener.on_data_available = [](void *self, DDS_DataReader *) {
-            auto *subscriber = static_cast<LogSubscriber *>(self);
-            subscriber->takeEach(subscriber->onArrival_);
-        };
-        return DDS_DataReader_set_listener(QTV_VX_LogMessageDataReader_as_datareader(reader_), &listener,
-                                           DDS_DATA_AVAILABLE_STATUS) == DDS_RETCODE_OK;
-    }
-
 private:
     // Always the same batch: Cyclone 0.10.2 writes as many pointers as the
     // largest batch ever taken on a reader into later loans.
     static constexpr DDS_Long kBatch = 256;
 
-    // Before the participant, so that it outlives the reader's callbacks.
-    std::function<void(const QTV_VX_LogMessage &)> onArrival_;
     Participant participant_;
     QTV_VX_LogMessageDataReader *reader_ = nullptr;
 };
