@@ -30,7 +30,7 @@ vexar_configure build/tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_WERROR=ON -
 vexar_build build/tsan
 ctest_run build/tsan -R 'Concurrency'
 
-phase "libFuzzer (bounded runs over the decoders and the XML loader)"
+phase "libFuzzer (bounded runs over the decoders, the XML loader and the tool's parsers)"
 CC=clang CXX=clang++ vexar_configure build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVEXAR_FUZZ=ON -DVEXAR_BUILD_TESTS=OFF -DVEXAR_BUILD_BENCH=OFF -DVEXAR_BUILD_TOOLS=OFF
 vexar_build build/fuzz
 bash "$VEXAR_ROOT/tests/fuzz/run.sh" build/fuzz
