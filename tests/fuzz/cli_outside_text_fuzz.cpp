@@ -33,7 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     (void)vexar::cli::splitLocation(text);
     try {
         (void)vexar::cli::logsQuery(parametersOf(text));
-    } catch (const vexar::cli::UsageError &) {
-    }
+    } catch (const vexar::cli::UsageError &) {}
     return 0;
 }

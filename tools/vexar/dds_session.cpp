@@ -217,6 +217,17 @@ const AppRecord *AppDirectory::find(AppId id) const {
     return found == records_.end() ? nullptr : &found->second;
 }
 
+LogLine logLineOf(const QTV_VX_LogMessage &message, const DDS_SampleInfo &info) {
+    LogLine line;
+    line.seconds = info.source_timestamp.sec;
+    line.nanoseconds = info.source_timestamp.nanosec;
+    line.app = appIdOf(message.hostAndAppId);
+    line.level = message.level;
+    line.category = message.category != nullptr ? message.category : "";
+    line.message = message.message != nullptr ? message.message : "";
+    return line;
+}
+
 bool AppDirectory::learnIdentities(Session &session) {
     if (!session.learnIdentities(identities_)) return false;
     for (const auto &[id, identity] : identities_.all()) {

@@ -16,6 +16,7 @@
 #include "app_id.hpp"
 #include "app_identity.hpp"
 #include "apps_table.hpp"
+#include "line_format.hpp"
 #include "platform/dds/data_reader.h"
 #include "platform/dds/data_writer.h"
 #include "platform/dds/domain_participant.h"
@@ -226,6 +227,10 @@ public:
 private:
     typename Type::DataWriter *writer_;
 };
+
+// A received log message as a line; its texts stay the sample's, and
+// kind and identity are left for the caller, who knows the applications.
+LogLine logLineOf(const QTV_VX_LogMessage &message, const DDS_SampleInfo &info);
 
 // The logger States seen so far, by application. A State instance that is
 // disposed or loses its writer marks its logger gone; a new State revives it.

@@ -104,7 +104,7 @@ public:
         Clock::time_point now = Clock::now();
         for (const auto &[message, info] : batch) {
             if (!info->valid_data) continue;
-            LogLine line = lineOf(*message, *info);
+            LogLine line = logLineOf(*message, *info);
             line.kind = apps.kindOf(line.app);
             line.identity = apps.identityOf(line.app);
             if (held_.empty() && !awaitsState(line, now)) {
@@ -159,17 +159,6 @@ private:
     void writeOut() {
         std::fwrite(out_.data(), 1, out_.size(), stdout);
         out_.clear();
-    }
-
-    static LogLine lineOf(const QTV_VX_LogMessage &message, const DDS_SampleInfo &info) {
-        LogLine line;
-        line.seconds = info.source_timestamp.sec;
-        line.nanoseconds = info.source_timestamp.nanosec;
-        line.app = appIdOf(message.hostAndAppId);
-        line.level = message.level;
-        line.category = message.category != nullptr ? message.category : "";
-        line.message = message.message != nullptr ? message.message : "";
-        return line;
     }
 
     MessageFilter filter_;

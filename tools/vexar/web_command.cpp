@@ -92,15 +92,9 @@ struct WebWatch {
     }
 
     LogLine lineOf(const QTV_VX_LogMessage &message, const DDS_SampleInfo &info) const {
-        LogLine line;
-        line.seconds = info.source_timestamp.sec;
-        line.nanoseconds = info.source_timestamp.nanosec;
-        line.app = appIdOf(message.hostAndAppId);
+        LogLine line = logLineOf(message, info);
         line.kind = domain.apps.kindOf(line.app);
         line.identity = domain.apps.identityOf(line.app);
-        line.level = message.level;
-        line.category = message.category != nullptr ? message.category : "";
-        line.message = message.message != nullptr ? message.message : "";
         return line;
     }
 
