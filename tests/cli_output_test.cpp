@@ -12,6 +12,7 @@
 #include "line_format.hpp"
 #include "loss_report.hpp"
 #include "message_filter.hpp"
+#include "usage_error.hpp"
 
 namespace {
 
@@ -165,6 +166,15 @@ TEST_F(CliOutput, FilterEdgesAndARegexSearchingOnlyTheView) {
     EXPECT_TRUE(onlyHiding.matches(line(600, "", "ui", "x")));
     const std::string text = "abc";
     EXPECT_TRUE(Regex("b$").search(std::string_view(text).substr(0, 2))) << "the view ends before the c";
+    // Patterns can come from a URL: those that make regcomp take memory or
+    // time beyond any use are refused, the rest compile.
+    for (const char *refused : {"a+++", "a*+", "x{2}{3}", "a{256}", "a{1,300}", "(a)\\1"}) {
+        EXPECT_THROW(Regex{refused}, UsageError) << refused;
+    }
+    EXPECT_THROW(Regex(std::string(1025, 'a')), UsageError);
+    for (const char *accepted : {"a+b*", "[+*]+", "x{2,5}", "\\++", "[[:digit:]]+", "[]+]?", "a{255}"}) {
+        EXPECT_NO_THROW(Regex{accepted}) << accepted;
+    }
     EXPECT_FALSE(Regex("b$").search(text));
 }
 

@@ -3,6 +3,8 @@
 #include <fnmatch.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 
 #include "usage_error.hpp"
 
@@ -13,7 +15,74 @@ void Regex::Free::operator()(regex_t *compiled) const {
     delete compiled;
 }
 
+namespace {
+
+constexpr std::size_t kPatternMost = 1024;
+constexpr long kRepeatMost = 255;
+
+bool isQuantifier(char c) { return c == '*' || c == '+' || c == '?' || c == '{'; }
+
+// The end of the bracket expression that starts at `at` ('['): a ']' right
+// after the '[' or '[^' is a member, and "[:class:]" is one element.
+std::size_t bracketEnd(const std::string &pattern, std::size_t at) {
+    std::size_t i = at + 1;
+    if (i < pattern.size() && pattern[i] == '^') ++i;
+    if (i < pattern.size() && pattern[i] == ']') ++i;
+    while (i < pattern.size() && pattern[i] != ']') {
+        if (pattern[i] == '[' && i + 1 < pattern.size() && std::strchr(":.=", pattern[i + 1]) != nullptr) {
+            std::size_t close = pattern.find(std::string(1, pattern[i + 1]) + "]", i + 2);
+            i = close == std::string::npos ? pattern.size() : close + 2;
+        } else {
+            ++i;
+        }
+    }
+    return i;
+}
+
+// glibc's regcomp builds its automaton eagerly: stacked quantifiers
+// ("a+++..."), large repeat counts and back-references make it take
+// memory or time beyond any use, and a pattern can come from a URL. Such
+// patterns are refused before it sees them.
+void checkShape(const std::string &pattern) {
+    auto refuse = [&](const std::string &why) {
+        throw UsageError("regular expression refused (" + why + "): '" + pattern.substr(0, 80) +
+                         (pattern.size() > 80 ? "...'" : "'"));
+    };
+    if (pattern.size() > kPatternMost) refuse("longer than " + std::to_string(kPatternMost) + " characters");
+    bool afterQuantifier = false;
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+        char c = pattern[i];
+        if (c == '\\') {
+            if (i + 1 < pattern.size() && pattern[i + 1] >= '1' && pattern[i + 1] <= '9') refuse("a back-reference");
+            ++i;
+            afterQuantifier = false;
+        } else if (c == '[') {
+            i = bracketEnd(pattern, i);
+            afterQuantifier = false;
+        } else if (isQuantifier(c)) {
+            if (afterQuantifier) refuse("a repetition of a repetition");
+            if (c == '{') {
+                std::size_t close = pattern.find('}', i);
+                if (close == std::string::npos) continue;  // regcomp says what is wrong
+                for (std::size_t digit = i + 1; digit < close;) {
+                    char *end = nullptr;
+                    long count = std::strtol(pattern.c_str() + digit, &end, 10);
+                    if (count > kRepeatMost) refuse("a repeat count above " + std::to_string(kRepeatMost));
+                    digit = static_cast<std::size_t>(end - pattern.c_str()) + 1;
+                }
+                i = close;
+            }
+            afterQuantifier = true;
+        } else {
+            afterQuantifier = false;
+        }
+    }
+}
+
+}  // namespace
+
 Regex::Regex(const std::string &pattern) {
+    checkShape(pattern);
     auto compiled = std::make_unique<regex_t>();
     int error = regcomp(compiled.get(), pattern.c_str(), REG_EXTENDED | REG_NOSUB);
     if (error != 0) {
