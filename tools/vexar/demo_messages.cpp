@@ -2,14 +2,10 @@
 
 #include <iterator>
 
+#include "vexar/VexarUtility.h"
+
 namespace vexar::cli {
 namespace {
-
-constexpr std::int32_t kError = 300;
-constexpr std::int32_t kWarning = 400;
-constexpr std::int32_t kNotice = 500;
-constexpr std::int32_t kInfo = 600;
-constexpr std::int32_t kDebug = 700;
 
 struct Event {
     const char *category;
@@ -69,14 +65,14 @@ std::string longConfigurationText(std::uint64_t index) {
 
 DemoMessage healthyDemoMessage(std::uint64_t index) {
     if (index % kLongHealthyEvery == kLongHealthyEvery / 2) {
-        return {kInfo, "config", longConfigurationText(index)};
+        return {QTV_VX_LOG_LEVEL_INFO, "config", longConfigurationText(index)};
     }
     std::uint64_t draw = permille(index);
-    if (index > 0 && draw < 2) return fromEvents(kError, kErrorEvents, index);
-    if (index > 0 && draw < 25) return fromEvents(kWarning, kWarningEvents, index);
-    if (draw < 50) return fromEvents(kNotice, kNoticeEvents, index);
-    if (draw < 600) return fromEvents(kInfo, kInfoEvents, index);
-    return fromEvents(kDebug, kDebugEvents, index);
+    if (index > 0 && draw < 2) return fromEvents(QTV_VX_LOG_LEVEL_ERROR, kErrorEvents, index);
+    if (index > 0 && draw < 25) return fromEvents(QTV_VX_LOG_LEVEL_WARNING, kWarningEvents, index);
+    if (draw < 50) return fromEvents(QTV_VX_LOG_LEVEL_NOTICE, kNoticeEvents, index);
+    if (draw < 600) return fromEvents(QTV_VX_LOG_LEVEL_INFO, kInfoEvents, index);
+    return fromEvents(QTV_VX_LOG_LEVEL_DEBUG, kDebugEvents, index);
 }
 
 DemoMessage everyLevelDemoMessage(std::uint64_t index) {

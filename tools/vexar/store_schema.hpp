@@ -8,13 +8,14 @@
 #include <string>
 
 #include "sqlite_db.hpp"
+#include "vexar/VexarUtility.h"
 
 namespace vexar::cli {
 
 inline constexpr std::int32_t kLogDatabaseId = 0x56584c47;  // "VXLG"
 inline constexpr std::int32_t kSchemaVersion = 3;
 // The most verbose level that the level index holds.
-inline constexpr std::int32_t kIndexedLevelMost = 400;
+inline constexpr std::int32_t kIndexedLevelMost = QTV_VX_LOG_LEVEL_WARNING;  // as in schema 2's SQL
 // The first version that stores applications' identities ("exe@host[pid]").
 inline constexpr std::int32_t kSchemaWithIdentity = 3;
 
